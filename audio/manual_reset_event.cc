@@ -1,0 +1,41 @@
+#include "audio/manual_reset_event.h"
+
+#include <pthread.h>
+
+namespace parlavox {
+
+void ManualResetEvent::Set() {
+  {
+    std::lock_guard lock(mutex_);
+    set_ = true;
+  }
+  changed_.notify_all();
+}
+
+void ManualResetEvent::Reset() {
+  std::lock_guard lock(mutex_);
+  set_ = false;
+}
+
+bool ManualResetEvent::IsSet() const {
+  std::lock_guard lock(mutex_);
+  return set_;
+}
+
+bool ManualResetEvent::WaitFor(std::chrono::milliseconds timeout) const {
+  // The condition-variable wait must not be unwound by a thread cancellation (it is
+  // noexcept and would take the mutex down with it), so cancellation is held off while
+  // waiting and honoured right after.
+  int old_state = 0;
+  pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &old_state);
+  bool result;
+  {
+    std::unique_lock lock(mutex_);
+    result = changed_.wait_for(lock, timeout, [this] { return set_; });
+  }
+  pthread_setcancelstate(old_state, nullptr);
+  if (old_state == PTHREAD_CANCEL_ENABLE) pthread_testcancel();
+  return result;
+}
+
+}  // namespace parlavox

@@ -1,0 +1,150 @@
+#include "audio/worker_thread.h"
+
+#include <fcntl.h>
+#include <spawn.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <ctime>
+#include <future>
+#include <thread>
+
+extern char** environ;
+
+namespace parlavox {
+namespace {
+
+constexpr std::chrono::milliseconds kStopGrace{5000};
+constexpr std::chrono::milliseconds kQuickStopGrace{50};
+constexpr std::chrono::milliseconds kProcessPollInterval{20};
+
+timespec DeadlineAfter(std::chrono::milliseconds delay) {
+  timespec now{};
+  clock_gettime(CLOCK_REALTIME, &now);
+  const auto total_ns = static_cast<long long>(now.tv_nsec) +
+                        std::chrono::duration_cast<std::chrono::nanoseconds>(delay).count();
+  now.tv_sec += static_cast<time_t>(total_ns / 1'000'000'000);
+  now.tv_nsec = static_cast<long>(total_ns % 1'000'000'000);
+  return now;
+}
+
+// Marks the worker finished when the entry leaves, whether Run returned or the
+// thread was cancelled and is being unwound.
+class FinishedMark {
+ public:
+  explicit FinishedMark(std::atomic<bool>& finished) : finished_(finished) {}
+  ~FinishedMark() { finished_.store(true); }
+
+ private:
+  std::atomic<bool>& finished_;
+};
+
+}  // namespace
+
+int NiceForPriority(int priority, int process_nice) {
+  int offset;
+  if (priority <= -15) {
+    offset = 19;
+  } else if (priority >= 15) {
+    offset = -20;
+  } else {
+    offset = -5 * priority;
+  }
+  return std::clamp(process_nice + offset, -20, 19);
+}
+
+// What a new thread needs from Start: the object, and the nice value to take on,
+// with a way to tell Start whether that worked.
+struct WorkerThread::Launch {
+  WorkerThread* worker;
+  int nice;
+  std::promise<bool> priority_applied;
+};
+
+WorkerThread::~WorkerThread() { Stop(); }
+
+bool WorkerThread::Start(int priority) {
+  if (thread_) {
+    if (!finished_.load()) return true;
+    pthread_join(*thread_, nullptr);
+    thread_.reset();
+  }
+  stop_event_.Reset();
+  finished_.store(false);
+
+  errno = 0;
+  const int process_nice = getpriority(PRIO_PROCESS, 0);
+  Launch launch{this, NiceForPriority(priority, errno == 0 ? process_nice : 0), {}};
+  std::future<bool> priority_applied = launch.priority_applied.get_future();
+  pthread_t thread;
+  if (pthread_create(&thread, nullptr, &WorkerThread::ThreadEntry, &launch) != 0) {
+    finished_.store(true);
+    return false;
+  }
+  thread_ = thread;
+  return priority_applied.get();
+}
+
+void* WorkerThread::ThreadEntry(void* argument) {
+  auto* launch = static_cast<Launch*>(argument);
+  WorkerThread* worker = launch->worker;
+  FinishedMark mark(worker->finished_);
+  // A thread's nice value is its own on Linux: setpriority on its thread id.
+  const bool applied = setpriority(PRIO_PROCESS, static_cast<id_t>(gettid()), launch->nice) == 0;
+  launch->priority_applied.set_value(applied);  // `launch` is gone after this line
+  worker->OnThreadStart();
+  worker->Run();
+  worker->OnThreadEnd();
+  return nullptr;
+}
+
+void WorkerThread::Stop() { StopWithin(kStopGrace); }
+
+void WorkerThread::StopQuick() { StopWithin(kQuickStopGrace); }
+
+void WorkerThread::StopWithin(std::chrono::milliseconds grace) {
+  stop_event_.Set();
+  if (!thread_) return;
+  const timespec deadline = DeadlineAfter(grace);
+  if (pthread_timedjoin_np(*thread_, nullptr, &deadline) == ETIMEDOUT) {
+    pthread_cancel(*thread_);
+    pthread_join(*thread_, nullptr);
+  }
+  thread_.reset();
+}
+
+bool WorkerThread::IsRunning() const { return thread_.has_value() && !finished_.load(); }
+
+bool WorkerThread::RunProcessAndWait(const std::string& command_line) {
+  posix_spawn_file_actions_t actions;
+  posix_spawn_file_actions_init(&actions);
+  // Like a program in a hidden console of its own: it shares no terminal or output with us.
+  posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
+  posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
+  posix_spawn_file_actions_adddup2(&actions, STDOUT_FILENO, STDERR_FILENO);
+  posix_spawnattr_t attributes;
+  posix_spawnattr_init(&attributes);
+  posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSID);
+
+  std::string shell = "/bin/sh", dash_c = "-c", command = command_line;
+  char* argv[] = {shell.data(), dash_c.data(), command.data(), nullptr};
+  pid_t pid = 0;
+  const int spawned = posix_spawn(&pid, "/bin/sh", &actions, &attributes, argv, environ);
+  posix_spawnattr_destroy(&attributes);
+  posix_spawn_file_actions_destroy(&actions);
+  if (spawned != 0) return false;
+
+  while (waitpid(pid, nullptr, WNOHANG) == 0) {
+    if (WaitForStop(kProcessPollInterval)) {
+      // The program runs on by itself; someone still has to collect its exit status.
+      std::thread([pid] { waitpid(pid, nullptr, 0); }).detach();
+      break;
+    }
+  }
+  return true;
+}
+
+}  // namespace parlavox

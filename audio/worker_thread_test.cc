@@ -1,0 +1,203 @@
+#include "audio/worker_thread.h"
+
+#include <sys/resource.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <chrono>
+#include <filesystem>
+#include <thread>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+namespace parlavox {
+namespace {
+
+using namespace std::chrono_literals;
+using Clock = std::chrono::steady_clock;
+
+template <typename Predicate>
+bool Eventually(Predicate done, std::chrono::milliseconds limit = 5000ms) {
+  const auto deadline = Clock::now() + limit;
+  while (Clock::now() < deadline) {
+    if (done()) return true;
+    std::this_thread::sleep_for(5ms);
+  }
+  return done();
+}
+
+// Records what happened to it; its body either waits politely for the stop event,
+// returns at once, or ignores the event altogether.
+class ProbeThread : public WorkerThread {
+ public:
+  enum class Body { kWaitForStop, kReturnAtOnce, kIgnoreStop };
+  explicit ProbeThread(Body body) : body_(body) {}
+  ~ProbeThread() override { Stop(); }
+
+  std::atomic<int> starts{0};
+  std::atomic<int> ends{0};
+  std::atomic<bool> stop_seen_at_start{false};
+  std::atomic<int> nice_in_body{99};
+
+ protected:
+  void OnThreadStart() override {
+    stop_seen_at_start = StopRequested();
+    errno = 0;
+    nice_in_body = getpriority(PRIO_PROCESS, static_cast<id_t>(gettid()));
+    ++starts;
+  }
+  void Run() override {
+    switch (body_) {
+      case Body::kWaitForStop:
+        while (!WaitForStop(10s)) {
+        }
+        break;
+      case Body::kReturnAtOnce:
+        break;
+      case Body::kIgnoreStop:
+        for (;;) std::this_thread::sleep_for(10ms);
+    }
+  }
+  void OnThreadEnd() override { ++ends; }
+
+ private:
+  Body body_;
+};
+
+TEST(WorkerThreadTest, StartIsNeverDoubledAndRestartsAfterTheBodyEnds) {
+  ProbeThread waiting(ProbeThread::Body::kWaitForStop);
+  EXPECT_FALSE(waiting.IsRunning());
+  ASSERT_TRUE(waiting.Start(0));
+  ASSERT_TRUE(Eventually([&] { return waiting.starts == 1; }));
+  EXPECT_TRUE(waiting.IsRunning());
+  EXPECT_TRUE(waiting.Start(WorkerThread::kPriorityLowest));  // already running
+  std::this_thread::sleep_for(50ms);
+  EXPECT_EQ(waiting.starts, 1);
+  waiting.Stop();
+  EXPECT_FALSE(waiting.IsRunning());
+  EXPECT_EQ(waiting.ends, 1);
+
+  ProbeThread quick(ProbeThread::Body::kReturnAtOnce);
+  ASSERT_TRUE(quick.Start(0));
+  ASSERT_TRUE(Eventually([&] { return !quick.IsRunning(); }));
+  ASSERT_TRUE(quick.Start(0));  // the ended thread is joined and a fresh one starts
+  ASSERT_TRUE(Eventually([&] { return quick.starts == 2 && quick.ends == 2; }));
+}
+
+TEST(WorkerThreadTest, StartClearsAStopRequestLeftFromBefore) {
+  ProbeThread thread(ProbeThread::Body::kWaitForStop);
+  thread.Stop();  // never started: only sets the event
+  ASSERT_TRUE(thread.Start(0));
+  ASSERT_TRUE(Eventually([&] { return thread.starts == 1; }));
+  EXPECT_FALSE(thread.stop_seen_at_start);
+  std::this_thread::sleep_for(30ms);
+  EXPECT_TRUE(thread.IsRunning());
+}
+
+TEST(WorkerThreadTest, BodyThatIgnoresStopIsEndedWithoutOnThreadEnd) {
+  ProbeThread stubborn(ProbeThread::Body::kIgnoreStop);
+  ASSERT_TRUE(stubborn.Start(0));
+  ASSERT_TRUE(Eventually([&] { return stubborn.starts == 1; }));
+
+  auto began = Clock::now();
+  stubborn.StopQuick();
+  auto waited = Clock::now() - began;
+  EXPECT_GE(waited, 50ms);
+  EXPECT_LT(waited, 4000ms);
+  EXPECT_FALSE(stubborn.IsRunning());
+  EXPECT_EQ(stubborn.ends, 0);
+
+  ASSERT_TRUE(stubborn.Start(0));
+  ASSERT_TRUE(Eventually([&] { return stubborn.starts == 2; }));
+  began = Clock::now();
+  stubborn.Stop();
+  waited = Clock::now() - began;
+  EXPECT_GE(waited, 5000ms);
+  EXPECT_EQ(stubborn.ends, 0);
+}
+
+TEST(WorkerThreadTest, LowerPriorityBecomesAHigherNiceValue) {
+  EXPECT_EQ(NiceForPriority(0, 0), 0);
+  EXPECT_EQ(NiceForPriority(WorkerThread::kPriorityLowest, 0), 10);
+  EXPECT_EQ(NiceForPriority(-1, 3), 8);
+  EXPECT_EQ(NiceForPriority(2, 0), -10);
+  EXPECT_EQ(NiceForPriority(-15, 0), 19);
+  EXPECT_EQ(NiceForPriority(15, 0), -20);
+  EXPECT_EQ(NiceForPriority(-2, 15), 19);  // clamped
+
+  ProbeThread thread(ProbeThread::Body::kWaitForStop);
+  errno = 0;
+  const int process_nice = getpriority(PRIO_PROCESS, 0);
+  ASSERT_EQ(errno, 0);
+  ASSERT_TRUE(thread.Start(WorkerThread::kPriorityLowest));
+  ASSERT_TRUE(Eventually([&] { return thread.starts == 1; }));
+  EXPECT_EQ(thread.nice_in_body, NiceForPriority(WorkerThread::kPriorityLowest, process_nice));
+}
+
+// A derived object whose body keeps touching its own member: its destructor must
+// end the thread before the member goes away (AddressSanitizer watches).
+class BusyOwner : public WorkerThread {
+ public:
+  ~BusyOwner() override { Stop(); }
+  std::atomic<bool> running{false};
+
+ protected:
+  void Run() override {
+    running = true;
+    while (!WaitForStop(1ms)) samples_.push_back(static_cast<int>(samples_.size()));
+  }
+
+ private:
+  std::vector<int> samples_;
+};
+
+TEST(WorkerThreadTest, DestroyingARunningWorkerEndsItsThreadFirst) {
+  auto owner = std::make_unique<BusyOwner>();
+  ASSERT_TRUE(owner->Start(0));
+  ASSERT_TRUE(Eventually([&] { return owner->running.load(); }));
+  owner.reset();
+}
+
+// Runs one program on its own thread, as a derived body would.
+class ProcessRunner : public WorkerThread {
+ public:
+  explicit ProcessRunner(std::string command) : command_(std::move(command)) {}
+  ~ProcessRunner() override { Stop(); }
+  std::atomic<bool> result{false};
+  std::atomic<bool> returned{false};
+
+ protected:
+  void Run() override {
+    result = RunProcessAndWait(command_);
+    returned = true;
+  }
+
+ private:
+  std::string command_;
+};
+
+TEST(WorkerThreadTest, RunProcessAndWaitWaitsForTheProgramOrForStop) {
+  const auto marker = std::filesystem::temp_directory_path() /
+                      ("parlavox-worker-" + std::to_string(getpid()));
+  std::filesystem::remove(marker);
+  ProcessRunner finisher("sleep 0.2; touch '" + marker.string() + "'");
+  ASSERT_TRUE(finisher.Start(0));
+  ASSERT_TRUE(Eventually([&] { return finisher.returned.load(); }));
+  EXPECT_TRUE(finisher.result);
+  EXPECT_TRUE(std::filesystem::exists(marker));  // it returned only after the program ended
+  std::filesystem::remove(marker);
+
+  ProcessRunner sleeper("sleep 30");
+  ASSERT_TRUE(sleeper.Start(0));
+  std::this_thread::sleep_for(100ms);
+  EXPECT_FALSE(sleeper.returned);
+  const auto began = Clock::now();
+  sleeper.Stop();
+  EXPECT_LT(Clock::now() - began, 4000ms);
+  EXPECT_TRUE(sleeper.returned);
+  EXPECT_TRUE(sleeper.result);
+}
+
+}  // namespace
+}  // namespace parlavox
