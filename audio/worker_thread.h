@@ -61,9 +61,7 @@ class WorkerThread {
   virtual void OnThreadEnd() {}
 
   // Waits up to `timeout` for a stop request; returns true when one came.
-  bool WaitForStop(std::chrono::milliseconds timeout) const {
-    return stop_event_.WaitFor(timeout);
-  }
+  bool WaitForStop(std::chrono::milliseconds timeout) const { return stop_event_.WaitFor(timeout); }
   bool StopRequested() const { return stop_event_.IsSet(); }
 
   // Guards data that the derived class shares between its thread and its owner.

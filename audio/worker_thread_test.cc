@@ -178,8 +178,8 @@ class ProcessRunner : public WorkerThread {
 };
 
 TEST(WorkerThreadTest, RunProcessAndWaitWaitsForTheProgramOrForStop) {
-  const auto marker = std::filesystem::temp_directory_path() /
-                      ("parlavox-worker-" + std::to_string(getpid()));
+  const auto marker =
+      std::filesystem::temp_directory_path() / ("parlavox-worker-" + std::to_string(getpid()));
   std::filesystem::remove(marker);
   ProcessRunner finisher("sleep 0.2; touch '" + marker.string() + "'");
   ASSERT_TRUE(finisher.Start(0));

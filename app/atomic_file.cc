@@ -1,0 +1,82 @@
+#include "app/atomic_file.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <cerrno>
+
+namespace parlavox {
+namespace {
+
+bool WriteAll(int fd, std::string_view data) {
+  while (!data.empty()) {
+    const ssize_t written = write(fd, data.data(), data.size());
+    if (written < 0) {
+      if (errno == EINTR) continue;
+      return false;
+    }
+    data.remove_prefix(static_cast<size_t>(written));
+  }
+  return true;
+}
+
+// Creates a fresh file beside `path` that no one else uses; -1 when that fails.
+int CreateSiblingTemporary(const std::string& path, std::string* temporary) {
+  static std::atomic<unsigned> counter{0};
+  for (int attempt = 0; attempt < 100; ++attempt) {
+    *temporary = path + ".tmp" + std::to_string(getpid()) + "." + std::to_string(counter++);
+    const int fd = open(temporary->c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+    if (fd >= 0 || errno != EEXIST) return fd;
+  }
+  return -1;
+}
+
+}  // namespace
+
+std::optional<std::string> ReadWholeFile(const std::string& path) {
+  const int fd = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+  if (fd < 0) return std::nullopt;
+  std::string contents;
+  char buffer[65536];
+  for (;;) {
+    const ssize_t got = read(fd, buffer, sizeof buffer);
+    if (got < 0 && errno == EINTR) continue;
+    if (got < 0) {
+      close(fd);
+      return std::nullopt;
+    }
+    if (got == 0) break;
+    contents.append(buffer, static_cast<size_t>(got));
+  }
+  close(fd);
+  return contents;
+}
+
+bool ReplaceFile(const std::string& path, std::string_view contents) {
+  std::string temporary;
+  const int fd = CreateSiblingTemporary(path, &temporary);
+  if (fd < 0) return false;
+  struct stat old_file {};
+  if (stat(path.c_str(), &old_file) == 0) fchmod(fd, old_file.st_mode & 07777);
+  const bool written = WriteAll(fd, contents);
+  const bool closed = close(fd) == 0;
+  if (written && closed && rename(temporary.c_str(), path.c_str()) == 0) return true;
+  unlink(temporary.c_str());
+  return false;
+}
+
+FileLock::FileLock(const std::string& path)
+    : fd_(open((path + ".lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666)) {
+  if (fd_ < 0) return;
+  while (flock(fd_, LOCK_EX) != 0 && errno == EINTR) {
+  }
+}
+
+FileLock::~FileLock() {
+  if (fd_ >= 0) close(fd_);  // closing releases the lock
+}
+
+}  // namespace parlavox

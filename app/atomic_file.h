@@ -1,0 +1,35 @@
+#ifndef PARLAVOX_APP_ATOMIC_FILE_H_
+#define PARLAVOX_APP_ATOMIC_FILE_H_
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace parlavox {
+
+// Reads a whole file; nullopt when it can't be opened or read.
+std::optional<std::string> ReadWholeFile(const std::string& path);
+
+// Replaces the file at `path` with `contents` so that a reader in any thread or
+// process sees either the old file or the new one, never a part. The new file keeps
+// the old one's permissions, or gets the default ones when there was none.
+// Returns false, leaving the old file as it was, when the write fails.
+bool ReplaceFile(const std::string& path, std::string_view contents);
+
+// Holds an exclusive advisory lock on `<path>.lock` for as long as it lives, so that
+// read-modify-write cycles on `path` from several threads or processes take turns.
+// A lock file that can't be created gives no lock; the caller goes on regardless.
+class FileLock {
+ public:
+  explicit FileLock(const std::string& path);
+  FileLock(const FileLock&) = delete;
+  FileLock& operator=(const FileLock&) = delete;
+  ~FileLock();
+
+ private:
+  int fd_;
+};
+
+}  // namespace parlavox
+
+#endif  // PARLAVOX_APP_ATOMIC_FILE_H_

@@ -1,0 +1,49 @@
+#include "app/folder_store.h"
+
+#include <filesystem>
+
+#include "app/paths.h"
+#include "app/profile_file.h"
+
+namespace parlavox {
+namespace {
+
+constexpr std::string_view kSection = "Folders";
+
+std::string FirstEntry(const std::string& list) { return list.substr(0, list.find(':')); }
+
+}  // namespace
+
+FolderStore::FolderStore(std::string current_user_file, std::string machine_file)
+    : current_user_file_(std::move(current_user_file)), machine_file_(std::move(machine_file)) {}
+
+FolderStore FolderStore::FromEnvironment() {
+  const std::string user_config = EnvironmentOr("XDG_CONFIG_HOME", HomeFolder() + "/.config");
+  std::string machine_config = FirstEntry(EnvironmentOr("XDG_CONFIG_DIRS", "/etc/xdg"));
+  if (machine_config.empty()) machine_config = "/etc/xdg";
+  return FolderStore(user_config + "/parlavox/folders.ini",
+                     machine_config + "/parlavox/folders.ini");
+}
+
+std::optional<std::string> FolderStore::Read(FolderScope scope, std::string_view name) const {
+  std::optional<std::string> value = FindProfileString(FileOf(scope), kSection, name);
+  if (value && value->size() > kMaxPath) value->resize(kMaxPath);
+  return value;
+}
+
+void FolderStore::Write(FolderScope scope, std::string_view name, std::string_view value) const {
+  const std::string& file = FileOf(scope);
+  std::error_code ignored;
+  std::filesystem::create_directories(std::filesystem::path(file).parent_path(), ignored);
+  WriteProfileString(file, kSection, name, value);
+}
+
+void FolderStore::Delete(FolderScope scope, std::string_view name) const {
+  WriteProfileString(FileOf(scope), kSection, name, std::nullopt);
+}
+
+const std::string& FolderStore::FileOf(FolderScope scope) const {
+  return scope == FolderScope::kCurrentUser ? current_user_file_ : machine_file_;
+}
+
+}  // namespace parlavox

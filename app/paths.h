@@ -1,0 +1,28 @@
+#ifndef PARLAVOX_APP_PATHS_H_
+#define PARLAVOX_APP_PATHS_H_
+
+#include <string>
+#include <string_view>
+
+namespace parlavox {
+
+// Longest path the program keeps; longer ones are cut.
+inline constexpr size_t kMaxPath = 259;
+
+// `folder` + "/" + `name`, where the "/" is left out when the folder is empty or
+// already ends in "/" or "\"; cut at kMaxPath characters.
+std::string JoinPath(std::string_view folder, std::string_view name);
+
+// `path` without trailing "/" and "\" characters; a path made only of separators
+// keeps its first one, so "/" stays the root.
+std::string StripTrailingSeparators(std::string_view path);
+
+// $name when it is set and not empty, otherwise `fallback`.
+std::string EnvironmentOr(const char* name, std::string_view fallback);
+
+// The user's home folder: $HOME, or the account's home when that is unset.
+std::string HomeFolder();
+
+}  // namespace parlavox
+
+#endif  // PARLAVOX_APP_PATHS_H_

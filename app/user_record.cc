@@ -1,0 +1,107 @@
+#include "app/user_record.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+
+#include "app/atomic_file.h"
+
+namespace parlavox {
+namespace {
+
+constexpr size_t kFlagsOffset = 0;
+constexpr size_t kIdOffset = 4;
+constexpr size_t kNameOffset = 8;
+constexpr size_t kEmailOffset = kNameOffset + UserRecord::kTextSize;
+
+using RecordBytes = std::array<uint8_t, kUserRecordSize>;
+
+void PutLittleEndian(RecordBytes& bytes, size_t offset, uint32_t value) {
+  for (size_t i = 0; i < 4; ++i) bytes[offset + i] = static_cast<uint8_t>(value >> (8 * i));
+}
+
+uint32_t GetLittleEndian(const RecordBytes& bytes, size_t offset) {
+  uint32_t value = 0;
+  for (size_t i = 0; i < 4; ++i) value |= uint32_t{bytes[offset + i]} << (8 * i);
+  return value;
+}
+
+std::string TextOf(const std::array<char, UserRecord::kTextSize>& field) {
+  return std::string(field.data(), strnlen(field.data(), field.size()));
+}
+
+void SetText(std::array<char, UserRecord::kTextSize>& field, std::string_view text) {
+  size_t length = std::min(text.size(), field.size() - 1);
+  // Back off to the start of a UTF-8 character when the cut falls inside one.
+  if (length < text.size()) {
+    while (length > 0 && (static_cast<unsigned char>(text[length]) & 0xC0) == 0x80) --length;
+  }
+  field.fill('\0');
+  std::memcpy(field.data(), text.data(), length);
+}
+
+}  // namespace
+
+std::string UserRecord::Name() const { return TextOf(name); }
+std::string UserRecord::Email() const { return TextOf(email); }
+void UserRecord::SetName(std::string_view text) { SetText(name, text); }
+void UserRecord::SetEmail(std::string_view text) { SetText(email, text); }
+
+RecordBytes UserRecord::ToBytes() const {
+  RecordBytes bytes{};
+  PutLittleEndian(bytes, kFlagsOffset, flags);
+  PutLittleEndian(bytes, kIdOffset, static_cast<uint32_t>(id));
+  std::memcpy(bytes.data() + kNameOffset, name.data(), kTextSize);
+  std::memcpy(bytes.data() + kEmailOffset, email.data(), kTextSize);
+  return bytes;
+}
+
+UserRecord UserRecord::FromBytes(const RecordBytes& bytes) {
+  UserRecord record;
+  record.flags = GetLittleEndian(bytes, kFlagsOffset);
+  record.id = static_cast<int32_t>(GetLittleEndian(bytes, kIdOffset));
+  std::memcpy(record.name.data(), bytes.data() + kNameOffset, kTextSize);
+  std::memcpy(record.email.data(), bytes.data() + kEmailOffset, kTextSize);
+  return record;
+}
+
+bool ReadUserRecord(UserRecord* record, const std::string& path) {
+  // Non-blocking, so that a pipe planted under the record's name can't stall us.
+  const int fd = open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+  if (fd < 0) return false;
+  struct stat status {};
+  if (fstat(fd, &status) != 0 || !S_ISREG(status.st_mode)) {
+    close(fd);
+    return false;
+  }
+  RecordBytes bytes = record->ToBytes();
+  size_t filled = 0;
+  while (filled < bytes.size()) {
+    const ssize_t got = read(fd, bytes.data() + filled, bytes.size() - filled);
+    if (got < 0 && errno == EINTR) continue;
+    if (got <= 0) break;
+    filled += static_cast<size_t>(got);
+  }
+  close(fd);
+  *record = UserRecord::FromBytes(bytes);
+  record->name.back() = '\0';
+  record->email.back() = '\0';
+  return true;
+}
+
+bool WriteUserRecord(const UserRecord& record, const std::string& path) {
+  const RecordBytes bytes = record.ToBytes();
+  const std::string_view contents(reinterpret_cast<const char*>(bytes.data()), bytes.size());
+  if (ReplaceFile(path, contents)) return true;
+  // Some network file systems refuse to rename over a file that another machine
+  // holds open; write it in place then.
+  const int fd = open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
+  if (fd < 0) return false;
+  const bool written = write(fd, bytes.data(), bytes.size()) == static_cast<ssize_t>(bytes.size());
+  return close(fd) == 0 && written;
+}
+
+}  // namespace parlavox
