@@ -96,6 +96,12 @@ TEST(WorkerThreadTest, StartClearsAStopRequestLeftFromBefore) {
 }
 
 TEST(WorkerThreadTest, BodyThatIgnoresStopIsEndedWithoutOnThreadEnd) {
+#if defined(__SANITIZE_ADDRESS__)
+  // AddressSanitizer's runtime aborts while a cancelled thread unwinds (its
+  // sigaltstack interceptor misreads the unwinding stack; google/sanitizers#1399),
+  // so the forced end is tested in the regular build only.
+  GTEST_SKIP() << "thread cancellation is not supported under AddressSanitizer";
+#endif
   ProbeThread stubborn(ProbeThread::Body::kIgnoreStop);
   ASSERT_TRUE(stubborn.Start(0));
   ASSERT_TRUE(Eventually([&] { return stubborn.starts == 1; }));

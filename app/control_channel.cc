@@ -1,0 +1,66 @@
+#include "app/control_channel.h"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <QDir>
+#include <QLocalSocket>
+
+#include "app/paths.h"
+
+namespace parlavox {
+namespace {
+
+constexpr int kConnectTimeoutMs = 1000;
+constexpr int kAnswerTimeoutMs = 10000;
+
+}  // namespace
+
+std::string ControlSocketPath() {
+  std::string folder = EnvironmentOr("XDG_RUNTIME_DIR", "");
+  if (folder.empty()) {
+    folder = QDir::tempPath().toStdString() + "/parlavox-" + std::to_string(getuid());
+    mkdir(folder.c_str(), 0700);
+  }
+  return JoinPath(folder, "parlavox.sock");
+}
+
+ControlServer::ControlServer(Answer answer) : answer_(std::move(answer)) {
+  server_.setSocketOptions(QLocalServer::UserAccessOption);
+  QObject::connect(&server_, &QLocalServer::newConnection, [this] { TakeConnection(); });
+}
+
+bool ControlServer::Listen(const std::string& path) {
+  const QString name = QString::fromStdString(path);
+  QLocalServer::removeServer(name);
+  return server_.listen(name);
+}
+
+void ControlServer::TakeConnection() {
+  while (QLocalSocket* socket = server_.nextPendingConnection()) {
+    QObject::connect(socket, &QLocalSocket::disconnected, socket, &QObject::deleteLater);
+    QObject::connect(socket, &QLocalSocket::readyRead, socket, [this, socket] {
+      if (!socket->canReadLine()) return;
+      const std::string request = socket->readLine().trimmed().toStdString();
+      socket->write(QByteArray::fromStdString(answer_(request) + "\n"));
+      socket->flush();
+      socket->disconnectFromServer();
+    });
+  }
+}
+
+std::optional<std::string> SendControlRequest(const std::string& socket_path,
+                                              std::string_view request) {
+  QLocalSocket socket;
+  socket.connectToServer(QString::fromStdString(socket_path));
+  if (!socket.waitForConnected(kConnectTimeoutMs)) return std::nullopt;
+  socket.write(QByteArray(request.data(), static_cast<qsizetype>(request.size())) + "\n");
+  socket.waitForBytesWritten(kConnectTimeoutMs);
+  while (!socket.canReadLine()) {
+    if (!socket.waitForReadyRead(kAnswerTimeoutMs)) break;
+  }
+  if (!socket.canReadLine()) return std::nullopt;
+  return socket.readLine().trimmed().toStdString();
+}
+
+}  // namespace parlavox

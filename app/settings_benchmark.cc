@@ -1,0 +1,106 @@
+// How fast the settings store and the presence pass are on a large office:
+// settings.ini with 1000 users, and 1000 inward folders with their records.
+
+#include <benchmark/benchmark.h>
+
+#include <filesystem>
+
+#include "app/paths.h"
+#include "app/presence_poller.h"
+#include "app/profile_file.h"
+#include "app/scratch_folder_test_util.h"
+#include "app/user_list.h"
+#include "app/user_record.h"
+
+namespace parlavox {
+namespace {
+
+constexpr int kUsers = 1000;
+
+// settings.ini as a copy that has polled 1000 users looks, with their folders and
+// records on the local disk.
+class LargeOffice {
+ public:
+  LargeOffice() {
+    std::string text = "[settings]\nsoundoutdevice=0\nsoundoutvolume=0dB\n[users]\n";
+    text += "foldercount=" + std::to_string(kUsers) + "\n";
+    for (int i = 0; i < kUsers; ++i) {
+      const std::string folder = scratch_ / ("user" + std::to_string(i));
+      std::filesystem::create_directory(folder);
+      UserRecord record;
+      record.id = 1000 + i;
+      record.SetName("Colleague number " + std::to_string(i));
+      record.set_on(i % 2 == 0);
+      WriteUserRecord(record, JoinPath(folder, kUserRecordFileName));
+      text += "folder" + std::to_string(i) + "=" + folder + "\n";
+      text += "name" + std::to_string(i) + "=" + record.Name() + "\n";
+      text += "on" + std::to_string(i) + "=" + (record.is_on() ? "true" : "false") + "\n";
+      text += "id" + std::to_string(i) + "=" + std::to_string(record.id) + "\n";
+    }
+    WriteFileText(scratch_ / "settings.ini", text);
+    settings_.LocateFolders(FolderStore(scratch_ / "u.ini", scratch_ / "m.ini"), scratch_.path());
+  }
+
+  const SettingsFile& settings() const { return settings_; }
+
+ private:
+  ScratchFolder scratch_;
+  SettingsFile settings_;
+};
+
+void BM_ReadValue(benchmark::State& state) {
+  LargeOffice office;
+  int i = 0;
+  for (auto _ : state) {
+    benchmark::DoNotOptimize(office.settings().ReadText(kUsersSection, ListKey("name", i)));
+    i = (i + 337) % kUsers;
+  }
+  state.SetItemsProcessed(state.iterations());
+}
+BENCHMARK(BM_ReadValue);
+
+void BM_WriteChangedValue(benchmark::State& state) {
+  LargeOffice office;
+  int i = 0, round = 0;
+  for (auto _ : state) {
+    office.settings().WriteText(kUsersSection, ListKey("name", i),
+                                "Renamed " + std::to_string(round++));
+    i = (i + 337) % kUsers;
+  }
+  state.SetItemsProcessed(state.iterations());
+}
+BENCHMARK(BM_WriteChangedValue);
+
+// The poller's most frequent write: an id that is already there.
+void BM_WriteUnchangedValue(benchmark::State& state) {
+  LargeOffice office;
+  int i = 0;
+  for (auto _ : state) {
+    office.settings().WriteInt(kUsersSection, ListKey("id", i), 1000 + i);
+    i = (i + 337) % kUsers;
+  }
+  state.SetItemsProcessed(state.iterations());
+}
+BENCHMARK(BM_WriteUnchangedValue);
+
+// One poll of every user when nothing changed, the steady state of an office.
+void BM_PresencePass(benchmark::State& state) {
+  LargeOffice office;
+  RefreshPresence(office.settings());
+  for (auto _ : state) benchmark::DoNotOptimize(RefreshPresence(office.settings()));
+  state.SetItemsProcessed(state.iterations() * kUsers);
+}
+BENCHMARK(BM_PresencePass)->Unit(benchmark::kMillisecond);
+
+void BM_UserListRefill(benchmark::State& state) {
+  LargeOffice office;
+  UserList list;
+  for (auto _ : state) list.Refill(office.settings());
+  state.SetItemsProcessed(state.iterations() * kUsers);
+}
+BENCHMARK(BM_UserListRefill)->Unit(benchmark::kMillisecond);
+
+}  // namespace
+}  // namespace parlavox
+
+BENCHMARK_MAIN();

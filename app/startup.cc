@@ -1,0 +1,25 @@
+#include "app/startup.h"
+
+#include <filesystem>
+
+#include "app/paths.h"
+
+namespace parlavox {
+
+std::string ProgramFolder() {
+  return EnvironmentOr("XDG_DATA_HOME", HomeFolder() + "/.local/share") + "/parlavox";
+}
+
+SettingsFile LocateSettings(const FolderStore& folders) {
+  const std::string program_folder = ProgramFolder();
+  std::error_code ignored;
+  std::filesystem::create_directories(program_folder, ignored);
+  SettingsFile settings;
+  settings.LocateFolders(folders, program_folder);
+  if (settings.inward_folder() == JoinPath(program_folder, "Incoming")) {
+    std::filesystem::create_directory(settings.inward_folder(), ignored);
+  }
+  return settings;
+}
+
+}  // namespace parlavox

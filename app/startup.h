@@ -1,0 +1,23 @@
+#ifndef PARLAVOX_APP_STARTUP_H_
+#define PARLAVOX_APP_STARTUP_H_
+
+#include <string>
+
+#include "app/folder_store.h"
+#include "app/settings_file.h"
+
+namespace parlavox {
+
+// Where a user's copy keeps its data: $XDG_DATA_HOME/parlavox, by default
+// ~/.local/share/parlavox. It holds no programs, only settings and, unless another
+// folder is set, the inward folder.
+std::string ProgramFolder();
+
+// Creates the program folder and locates settings.ini and the inward folder. On a
+// first start, when no inward folder is recorded and the default one is missing,
+// creates the default one too.
+SettingsFile LocateSettings(const FolderStore& folders);
+
+}  // namespace parlavox
+
+#endif  // PARLAVOX_APP_STARTUP_H_

@@ -1,0 +1,10 @@
+#!/usr/bin/env bash
+# Builds an optimised copy and runs every benchmark, printing their figures.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+scripts/setup.sh
+cmake -S . -B build-bench -G Ninja -DCMAKE_BUILD_TYPE=Release >/dev/null
+cmake --build build-bench
+for benchmark in build-bench/*/parlavox_*_benchmark; do
+  "$benchmark"
+done

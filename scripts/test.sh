@@ -1,0 +1,20 @@
+#!/usr/bin/env bash
+# Installs what is needed, checks the formatting, then builds and runs every test twice:
+# once as released, once under AddressSanitizer and UndefinedBehaviorSanitizer.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+scripts/setup.sh
+
+git ls-files '*.cc' '*.h' | xargs clang-format --dry-run --Werror
+
+run_suite() {
+  local folder=$1
+  shift
+  cmake -S . -B "$folder" -G Ninja "$@" >/dev/null
+  cmake --build "$folder"
+  (cd "$folder" && ctest --output-on-failure --parallel 2 --timeout 300)
+}
+
+run_suite build -DCMAKE_BUILD_TYPE=RelWithDebInfo
+ASAN_OPTIONS=detect_leaks=1:abort_on_error=1 UBSAN_OPTIONS=print_stacktrace=1 \
+  run_suite build-sanitize -DCMAKE_BUILD_TYPE=Debug -DPARLAVOX_SANITIZE=ON
