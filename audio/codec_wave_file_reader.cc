@@ -1,0 +1,153 @@
+#include "audio/codec_wave_file_reader.h"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cmath>
+
+#include "audio/sample_conversion.h"
+
+namespace parlavox {
+namespace {
+
+// libsndfile hands every format over as floats where 1.0 is 16-bit full scale; for
+// integer codecs this gives their 16-bit values back exactly.
+int16_t To16BitValue(float value) {
+  return static_cast<int16_t>(std::clamp(std::lround(value * 32768.0f), -32768L, 32767L));
+}
+
+}  // namespace
+
+CodecWaveFileReader::CodecWaveFileReader(int fd, const WaveLayout& layout)
+    : WaveFileReader(static_cast<int32_t>(layout.format.sample_rate), layout.format.channels,
+                     kFullScale),
+      fd_(fd),
+      data_start_(layout.data_start),
+      data_size_(layout.data_size),
+      average_bytes_per_second_(layout.format.average_bytes_per_second),
+      estimated_frames_(FramesForBytes(layout.data_size)),
+      decoded_(static_cast<size_t>(kMaxBlockFrames) * layout.format.channels) {
+  OpenCodec();
+}
+
+bool CodecWaveFileReader::OpenCodec() {
+  if (sound_ != nullptr) sf_close(sound_);
+  file_offset_ = 0;
+  SF_VIRTUAL_IO io{&FileLength, &SeekFile, &ReadFile, &WriteFile, &TellFile};
+  SF_INFO info{};
+  sound_ = sf_open_virtual(&io, SFM_READ, &info, this);
+  if (sound_ != nullptr && info.channels == channels()) return true;
+  MarkInvalid();
+  return false;
+}
+
+CodecWaveFileReader::~CodecWaveFileReader() {
+  if (sound_ != nullptr) sf_close(sound_);
+  close(fd_);
+}
+
+int64_t CodecWaveFileReader::FramesForBytes(int64_t bytes) const {
+  const int64_t rate = sample_rate(), average = average_bytes_per_second_;
+  if (average == 0) return bytes;
+  return bytes / average * rate + bytes % average * rate / average;
+}
+
+int64_t CodecWaveFileReader::UndecodedBytes() const {
+  return std::max<int64_t>(data_start_ + data_size_ - file_offset_, 0);
+}
+
+void CodecWaveFileReader::ReadBlock(int32_t* samples, int frames) {
+  const int channels = this->channels();
+  int32_t* const block_end = samples + int64_t{frames} * channels;
+  position_ += frames;
+  if (!is_valid() || position_ <= 0) {
+    std::fill(samples, block_end, 0);
+    return;
+  }
+  int64_t wanted = frames;
+  if (wanted > position_) {  // the block starts before the first sample
+    const int64_t lead = (wanted - position_) * channels;
+    std::fill_n(samples, lead, 0);
+    samples += lead;
+    wanted = position_;
+  }
+  int64_t got = 0;
+  if (!end_of_data_) {
+    got = std::max<sf_count_t>(sf_readf_float(sound_, decoded_.data(), wanted), 0);
+    for (int64_t i = 0; i < got * channels; ++i) samples[i] = From16(To16BitValue(decoded_[i]));
+    estimated_frames_ = position_ - (wanted - got) + FramesForBytes(UndecodedBytes());
+    if (got < wanted) {
+      end_of_data_ = true;
+      estimated_frames_ = position_ - (wanted - got);
+    }
+  }
+  std::fill(samples + got * channels, block_end, 0);
+}
+
+void CodecWaveFileReader::Seek(int64_t frame) {
+  if (!is_valid()) return;
+  end_of_data_ = false;
+  if (frame <= 0) {
+    if (sf_seek(sound_, 0, SEEK_SET) < 0) OpenCodec();
+  } else if (frame >= estimated_frames_ ||
+             (sf_seek(sound_, frame, SEEK_SET) < 0 && !DecodeFromStartTo(frame))) {
+    sf_seek(sound_, 0, SEEK_END);
+    end_of_data_ = true;
+  }
+  position_ = frame;
+}
+
+bool CodecWaveFileReader::DecodeFromStartTo(int64_t frame) {
+  // Some decoders can't even go back to the start once they reached the end.
+  if (sf_seek(sound_, 0, SEEK_SET) < 0 && !OpenCodec()) return false;
+  while (frame > 0) {
+    const sf_count_t wanted = std::min<int64_t>(frame, kMaxBlockFrames);
+    if (sf_readf_float(sound_, decoded_.data(), wanted) != wanted) return false;
+    frame -= wanted;
+  }
+  return true;
+}
+
+sf_count_t CodecWaveFileReader::FileLength(void* self) {
+  struct stat status {};
+  return fstat(static_cast<CodecWaveFileReader*>(self)->fd_, &status) == 0 ? status.st_size : 0;
+}
+
+sf_count_t CodecWaveFileReader::SeekFile(sf_count_t offset, int whence, void* self) {
+  auto* reader = static_cast<CodecWaveFileReader*>(self);
+  switch (whence) {
+    case SEEK_SET:
+      reader->file_offset_ = offset;
+      break;
+    case SEEK_CUR:
+      reader->file_offset_ += offset;
+      break;
+    case SEEK_END:
+      reader->file_offset_ = FileLength(self) + offset;
+      break;
+  }
+  reader->file_offset_ = std::max<int64_t>(reader->file_offset_, 0);
+  return reader->file_offset_;
+}
+
+sf_count_t CodecWaveFileReader::ReadFile(void* buffer, sf_count_t count, void* self) {
+  auto* reader = static_cast<CodecWaveFileReader*>(self);
+  ssize_t got;
+  do {
+    got = pread(reader->fd_, buffer, static_cast<size_t>(std::max<sf_count_t>(count, 0)),
+                static_cast<off_t>(reader->file_offset_));
+  } while (got < 0 && errno == EINTR);
+  if (got <= 0) return 0;
+  reader->file_offset_ += got;
+  return got;
+}
+
+sf_count_t CodecWaveFileReader::WriteFile(const void*, sf_count_t, void*) { return 0; }
+
+sf_count_t CodecWaveFileReader::TellFile(void* self) {
+  return static_cast<CodecWaveFileReader*>(self)->file_offset_;
+}
+
+}  // namespace parlavox

@@ -1,0 +1,112 @@
+#include "audio/pcm_wave_file_reader.h"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+
+#include "audio/sample_conversion.h"
+
+namespace parlavox {
+namespace {
+
+int BytesPerSample(uint16_t bits) { return bits <= 8 ? 1 : bits <= 16 ? 2 : 4; }
+
+int32_t Sample(const uint8_t* bytes, int bytes_per_sample) {
+  switch (bytes_per_sample) {
+    case 1:
+      return FromUnsigned8(bytes[0]);
+    case 2:
+      return From16(static_cast<int16_t>(bytes[0] | bytes[1] << 8));
+    default:
+      return From32(static_cast<int32_t>(uint32_t{bytes[0]} | uint32_t{bytes[1]} << 8 |
+                                         uint32_t{bytes[2]} << 16 | uint32_t{bytes[3]} << 24));
+  }
+}
+
+}  // namespace
+
+PcmWaveFileReader::PcmWaveFileReader(int fd, const WaveLayout& layout)
+    : WaveFileReader(static_cast<int32_t>(layout.format.sample_rate), layout.format.channels,
+                     layout.format.bits_per_sample <= 8 ? kFullScale8Bit : kFullScale),
+      fd_(fd),
+      data_start_(layout.data_start),
+      bytes_per_sample_(BytesPerSample(layout.format.bits_per_sample)),
+      read_offset_(layout.data_start),
+      buffer_(static_cast<size_t>(frame_bytes()) * kMaxBlockFrames) {
+  RefreshLength();
+}
+
+PcmWaveFileReader::~PcmWaveFileReader() { close(fd_); }
+
+void PcmWaveFileReader::RefreshLength() {
+  uint8_t size_field[4];
+  if (pread(fd_, size_field, 4, static_cast<off_t>(data_start_ - 4)) != 4) return;
+  struct stat status {};
+  if (fstat(fd_, &status) != 0) return;
+  const int64_t claimed = uint32_t{size_field[0]} | uint32_t{size_field[1]} << 8 |
+                          uint32_t{size_field[2]} << 16 | uint32_t{size_field[3]} << 24;
+  const int64_t present = std::max<int64_t>(status.st_size - data_start_, 0);
+  known_frames_ = std::min(claimed, present) / frame_bytes();
+}
+
+int64_t PcmWaveFileReader::GetLength() {
+  if (known_frames_ <= position_) RefreshLength();
+  return known_frames_;
+}
+
+void PcmWaveFileReader::Seek(int64_t frame) {
+  if (!is_valid()) return;
+  position_ = frame;
+  if (frame < 1) {
+    read_offset_ = data_start_;
+    return;
+  }
+  if (frame > known_frames_) RefreshLength();
+  read_offset_ = data_start_ + std::min(frame, known_frames_) * frame_bytes();
+}
+
+void PcmWaveFileReader::ReadBlock(int32_t* samples, int frames) {
+  const int channels = this->channels();
+  int32_t* const block_end = samples + int64_t{frames} * channels;
+  position_ += frames;
+  if (!is_valid() || position_ <= 0) {
+    std::fill(samples, block_end, 0);
+    return;
+  }
+  int64_t wanted = frames;
+  if (wanted > position_) {  // the block starts before the first sample
+    const int64_t lead = (wanted - position_) * channels;
+    std::fill_n(samples, lead, 0);
+    samples += lead;
+    wanted = position_;
+  }
+  if (position_ > known_frames_) {
+    RefreshLength();
+    if (position_ > known_frames_)
+      wanted = std::max<int64_t>(wanted - (position_ - known_frames_), 0);
+  }
+
+  int64_t got_bytes = 0;
+  const int64_t want_bytes = wanted * frame_bytes();
+  while (got_bytes < want_bytes) {
+    const ssize_t got =
+        pread(fd_, buffer_.data() + got_bytes, static_cast<size_t>(want_bytes - got_bytes),
+              static_cast<off_t>(read_offset_ + got_bytes));
+    if (got < 0 && errno == EINTR) continue;
+    if (got <= 0) break;
+    got_bytes += got;
+  }
+  // Only whole frames count; a frame still being written is read again next time.
+  const int64_t got_frames = got_bytes / frame_bytes();
+  read_offset_ += got_frames * frame_bytes();
+  const int64_t got_samples = got_frames * channels;
+  for (int64_t i = 0; i < got_samples; ++i) {
+    samples[i] = Sample(&buffer_[static_cast<size_t>(i * bytes_per_sample_)], bytes_per_sample_);
+  }
+  std::fill(samples + got_samples, block_end, 0);
+}
+
+}  // namespace parlavox

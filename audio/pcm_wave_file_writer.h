@@ -1,0 +1,42 @@
+#ifndef PARLAVOX_AUDIO_PCM_WAVE_FILE_WRITER_H_
+#define PARLAVOX_AUDIO_PCM_WAVE_FILE_WRITER_H_
+
+#include <string>
+#include <vector>
+
+#include "audio/wave_file.h"
+
+namespace parlavox {
+
+// Writes 8-, 16- or 32-bit PCM behind the 46-byte header (an 18-byte "fmt " chunk).
+// While the file grows the header claims 32 seconds beyond the written end and is
+// rewritten, and flushed, after every 16 seconds of audio; others may read the file
+// meanwhile. Destroying the writer writes the exact header.
+class PcmWaveFileWriter : public WaveFileWriter {
+ public:
+  static constexpr int kHeaderSize = 46;
+
+  PcmWaveFileWriter(const std::string& path, uint32_t sample_rate, int channels,
+                    int bits_per_sample, int64_t start_frame);
+  ~PcmWaveFileWriter() override;
+
+  void Truncate(int64_t frame) override;
+
+ protected:
+  void WriteBlock(const int32_t* samples, int frames) override;
+
+ private:
+  int64_t frame_bytes() const { return int64_t{channels()} * bytes_per_sample_; }
+  // Writes the header at the file's start; a provisional one claims 32 s more.
+  void WriteHeader(bool provisional);
+
+  uint32_t sample_rate_;
+  int bytes_per_sample_;
+  int fd_ = -1;
+  int64_t refresh_countdown_ = 0;
+  std::vector<uint8_t> buffer_;
+};
+
+}  // namespace parlavox
+
+#endif  // PARLAVOX_AUDIO_PCM_WAVE_FILE_WRITER_H_

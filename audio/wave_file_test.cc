@@ -1,0 +1,358 @@
+#include "audio/wave_file.h"
+
+#include <stdlib.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <cmath>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <thread>
+
+#include <gtest/gtest.h>
+
+#include "audio/sample_conversion.h"
+
+namespace parlavox {
+namespace {
+
+using namespace std::string_literals;
+
+std::string Bytes(const std::string& path) {
+  std::ifstream in(path, std::ios::binary);
+  return std::string(std::istreambuf_iterator<char>(in), {});
+}
+
+uint32_t Le32(const std::string& bytes, size_t at) {
+  return uint32_t(uint8_t(bytes[at])) | uint32_t(uint8_t(bytes[at + 1])) << 8 |
+         uint32_t(uint8_t(bytes[at + 2])) << 16 | uint32_t(uint8_t(bytes[at + 3])) << 24;
+}
+
+std::string Le(uint32_t value, int size) {
+  std::string bytes;
+  for (int i = 0; i < size; ++i) bytes += char(value >> (8 * i));
+  return bytes;
+}
+
+// Runs a shell command; returns its exit status.
+int Shell(const std::string& command) { return WEXITSTATUS(std::system(command.c_str())); }
+
+// What sox decodes a file to, as 16-bit signed values, without dither.
+std::vector<int16_t> DecodedBySox(const std::string& path) {
+  const std::string raw = path + ".raw";
+  EXPECT_EQ(Shell("sox -D '" + path + "' -t raw -e signed -b 16 -L '" + raw + "'"), 0);
+  const std::string bytes = Bytes(raw);
+  std::vector<int16_t> values(bytes.size() / 2);
+  for (size_t i = 0; i < values.size(); ++i) {
+    values[i] = int16_t(uint8_t(bytes[2 * i]) | uint8_t(bytes[2 * i + 1]) << 8);
+  }
+  return values;
+}
+
+std::vector<int32_t> ReadAll(WaveFileReader& reader, int64_t frames) {
+  std::vector<int32_t> samples(size_t(frames * reader.channels()));
+  reader.Read(samples.data(), frames);
+  return samples;
+}
+
+// A test tone on the internal scale: a 440 Hz sine at about half scale.
+std::vector<int32_t> Tone(int frames, int channels, uint32_t rate) {
+  std::vector<int32_t> samples;
+  for (int i = 0; i < frames; ++i) {
+    for (int c = 0; c < channels; ++c) {
+      samples.push_back(int32_t(std::lround(250000 * std::sin(2 * M_PI * 440 * i / rate + c))));
+    }
+  }
+  return samples;
+}
+
+class WaveFileTest : public testing::Test {
+ protected:
+  WaveFileTest() {
+    std::string pattern = (std::filesystem::temp_directory_path() / "wave-XXXXXX").string();
+    folder_ = mkdtemp(pattern.data());
+  }
+  ~WaveFileTest() override { std::filesystem::remove_all(folder_); }
+  std::string Path(const std::string& name) const { return folder_ + "/" + name; }
+
+  // Writes a file out of a header and sample bytes for the chunk-walk cases.
+  std::string Handmade(const std::string& name, const std::string& bytes) {
+    std::ofstream(Path(name), std::ios::binary) << bytes;
+    return Path(name);
+  }
+  static std::string Format(uint16_t channels, uint32_t rate, uint32_t size = 16,
+                            uint16_t bits = 16) {
+    const uint32_t align = channels * ((bits + 7u) / 8u);
+    std::string fmt =
+        Le(1, 2) + Le(channels, 2) + Le(rate, 4) + Le(rate * align, 4) + Le(align, 2) + Le(bits, 2);
+    fmt.resize(size, '\0');
+    return "fmt " + Le(size, 4) + fmt;
+  }
+  static std::string Riff(const std::string& chunks) {
+    return "RIFF" + Le(uint32_t(chunks.size() + 4), 4) + "WAVE" + chunks;
+  }
+
+  std::string folder_;
+};
+
+TEST_F(WaveFileTest, MessageFileHasTheExact46ByteLayout) {
+  const std::string path = Path("1234.wav");
+  {
+    auto writer = CreateWaveFileWriter(path, 11025, 1, 16, 0);
+    ASSERT_TRUE(writer->is_valid());
+    const int32_t samples[] = {16, -16, 524272, -524288, 7};
+    writer->Write(samples, 5);
+  }
+  const std::string expected = "RIFF" + Le(10 + 38, 4) + "WAVEfmt " + Le(18, 4) + Le(1, 2) +
+                               Le(1, 2) + Le(11025, 4) + Le(22050, 4) + Le(2, 2) + Le(16, 2) +
+                               Le(0, 2) + "data" + Le(10, 4) + Le(1, 2) + Le(0xFFFF, 2) +
+                               Le(0x7FFF, 2) + Le(0x8000, 2) + Le(0, 2);
+  EXPECT_EQ(Bytes(path), expected);
+}
+
+TEST_F(WaveFileTest, SamplesConvertAsTheTableSaysAndWrap) {
+  EXPECT_EQ(FromUnsigned8(255), kFullScale8Bit);
+  EXPECT_EQ(FromUnsigned8(0), -128 * 2048);
+  EXPECT_EQ(ToUnsigned8(kFullScale8Bit), 255);
+  EXPECT_EQ(ToUnsigned8(kFullScale), 128);  // 16-bit full scale is beyond 8 bits: wraps
+  EXPECT_EQ(From16(32767), kFullScale);
+  EXPECT_EQ(To16(kFullScale + 16), -32768);
+  EXPECT_EQ(To16(-9), -1);
+  EXPECT_EQ(From32(0x7FFF0000), kFullScale);
+  EXPECT_EQ(From32(0x7FFFFFFF), -524288);  // (value + 2048) wraps
+  EXPECT_EQ(To32(kFullScale), 0x7FFF0000);
+}
+
+TEST_F(WaveFileTest, ProvisionalHeaderClaims32SecondsAndIsRefreshedEvery16) {
+  const std::string path = Path("grow.wav");
+  auto writer = CreateWaveFileWriter(path, 11025, 1, 16, 0);
+  EXPECT_EQ(Le32(Bytes(path), 42), 352800u * 2);
+  std::vector<int32_t> block(441, 160);
+  for (int i = 0; i < 400; ++i) writer->Write(block.data(), 441);  // exactly 16 s
+  EXPECT_EQ(Le32(Bytes(path), 42), 352800u * 2);                   // not refreshed yet
+  writer->Write(block.data(), 441);
+  EXPECT_EQ(writer->length(), 176841);
+  EXPECT_EQ(Le32(Bytes(path), 42), (352800u + 176841u) * 2);
+  EXPECT_EQ(Le32(Bytes(path), 4), (352800u + 176841u) * 2 + 38);
+
+  writer->Truncate(1000);
+  EXPECT_EQ(std::filesystem::file_size(path), 46u + 2000u);
+  writer->Truncate(5000);  // beyond the length: nothing
+  EXPECT_EQ(writer->length(), 1000);
+  writer.reset();
+  EXPECT_EQ(Le32(Bytes(path), 42), 2000u);
+
+  auto invalid = CreateWaveFileWriter(Path("no/such/folder.wav"), 11025, 1, 16, 0);
+  EXPECT_FALSE(invalid->is_valid());
+  invalid->Write(block.data(), 441);
+  EXPECT_EQ(invalid->length(), 441);
+}
+
+TEST_F(WaveFileTest, ChunkWalkAcceptsAndRefusesWhatItShould) {
+  const std::string data = "data" + Le(4, 4) + Le(0x1234, 2) + Le(0x5678, 2);
+  auto opens = [&](const std::string& bytes) {
+    return OpenWaveFileReader(Handmade("case.wav", bytes)) != nullptr;
+  };
+  EXPECT_TRUE(opens(Riff(Format(1, 8000) + data)));
+  EXPECT_TRUE(opens("JUNK" + Le(5, 4) + "abcde" + "x" + Riff(Format(1, 8000) + data)));
+  EXPECT_TRUE(opens(Riff(Format(1, 8000) + "LIST" + Le(3, 4) + "abc" + "\0"s + data)));
+  EXPECT_FALSE(opens(Riff(Format(1, 8000) + "LIST" + Le(0, 4) + data)));
+  EXPECT_FALSE(opens(Riff(Format(1, 8000, 13) + data)));
+  EXPECT_TRUE(opens(Riff(Format(1, 8000, 14) + data)));
+  EXPECT_TRUE(opens(Riff(Format(1, 8000, 8192) + data)));
+  EXPECT_FALSE(opens(Riff(Format(1, 8000, 8193) + data)));
+  EXPECT_TRUE(opens(Riff(Format(1, 192000) + data)));
+  EXPECT_FALSE(opens(Riff(Format(1, 192001) + data)));
+  EXPECT_FALSE(opens(Riff(Format(0, 8000) + data)));
+  EXPECT_FALSE(opens(Riff(Format(1, 8000))));
+  EXPECT_FALSE(opens(""));
+  EXPECT_EQ(OpenWaveFileReader(folder_), nullptr);
+  EXPECT_EQ(OpenWaveFileReader(Path("missing.wav")), nullptr);
+
+  auto reader = OpenWaveFileReader(
+      Handmade("odd.wav", "JUNK" + Le(5, 4) + "abcde" + "x" + Riff(Format(1, 8000) + data)));
+  ASSERT_NE(reader, nullptr);
+  EXPECT_EQ(ReadAll(*reader, 2), (std::vector<int32_t>{0x1234 * 16, 0x5678 * 16}));
+}
+
+TEST_F(WaveFileTest, ReaderGivesSilenceOutsideTheDataAndCapsTheLength) {
+  // The header claims 4 GB of data; the file holds three frames.
+  const std::string path = Handmade(
+      "capped.wav",
+      Riff(Format(1, 11025) + "data" + Le(0xFFFFFFF0, 4) + Le(100, 2) + Le(200, 2) + Le(300, 2)));
+  auto reader = OpenWaveFileReader(path);
+  ASSERT_NE(reader, nullptr);
+  EXPECT_EQ(reader->GetLength(), 3);
+
+  reader->Seek(-1653);  // the inbox starts 0.15 s early
+  std::vector<int32_t> lead = ReadAll(*reader, 1655);
+  EXPECT_TRUE(std::all_of(lead.begin(), lead.begin() + 1653, [](int32_t s) { return s == 0; }));
+  EXPECT_EQ(lead[1653], 1600);
+  EXPECT_EQ(lead[1654], 3200);
+  EXPECT_EQ(ReadAll(*reader, 3), (std::vector<int32_t>{4800, 0, 0}));
+  EXPECT_EQ(reader->GetPosition(), 5);
+
+  std::ofstream(path, std::ios::binary | std::ios::app) << Le(400, 2);  // the file grows
+  EXPECT_EQ(reader->GetLength(), 4);
+}
+
+TEST_F(WaveFileTest, OurPcmFilesReadBackAndAreReadBySox) {
+  const std::vector<int32_t> tone = Tone(3000, 2, 22050);
+  for (const int bits : {8, 16, 32}) {
+    SCOPED_TRACE(bits);
+    const std::string path = Path("ours" + std::to_string(bits) + ".wav");
+    CreateWaveFileWriter(path, 22050, 2, bits, 0)->Write(tone.data(), 3000);
+
+    auto reader = OpenWaveFileReader(path);
+    ASSERT_NE(reader, nullptr);
+    EXPECT_EQ(reader->GetLength(), 3000);
+    EXPECT_EQ(reader->full_scale(), bits == 8 ? kFullScale8Bit : kFullScale);
+    const std::vector<int32_t> back = ReadAll(*reader, 3000);
+    const std::vector<int16_t> sox = DecodedBySox(path);
+    ASSERT_EQ(sox.size(), tone.size());
+    for (size_t i = 0; i < tone.size(); ++i) {
+      const int32_t step = bits == 8 ? 2048 : 16;  // what one file unit is worth
+      ASSERT_LE(std::abs(back[i] - tone[i]), step / 2) << i;
+      // sox scales 8-bit by 256 per unit where we use 2048: 3 bits apart.
+      const int32_t expected16 = bits == 8 ? back[i] / 8 : back[i] / 16;
+      ASSERT_LE(std::abs(sox[i] - expected16), 1) << i;
+    }
+  }
+  EXPECT_EQ(Shell("soxi -r '" + Path("ours16.wav") + "' | grep -qx 22050"), 0);
+  EXPECT_EQ(Shell("soxi -c '" + Path("ours16.wav") + "' | grep -qx 2"), 0);
+}
+
+TEST_F(WaveFileTest, FilesWrittenBySoxReadTheSameAsSoxDecodesThem) {
+  struct Case {
+    const char* encoding;
+    int16_t tolerance;  // in 16-bit units
+  };
+  const Case cases[] = {{"-e unsigned -b 8", 0}, {"-e signed -b 16", 0},
+                        {"-e signed -b 32", 1},  {"-e floating-point -b 32", 1},
+                        {"-e a-law", 0},         {"-e u-law", 0},
+                        {"-e ima-adpcm", 0},     {"-e ms-adpcm", 0},
+                        {"-e gsm-full-rate", 0}};
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.encoding);
+    const std::string path = Path("sox.wav");
+    std::filesystem::remove(path);
+    ASSERT_EQ(Shell(std::string("sox -D -n -r 8000 -c 1 ") + c.encoding + " '" + path +
+                    "' synth 0.7 sine 300-900 vol 0.7"),
+              0);
+    const std::vector<int16_t> sox = DecodedBySox(path);
+    auto reader = OpenWaveFileReader(path);
+    ASSERT_NE(reader, nullptr);
+    ASSERT_TRUE(reader->is_valid());
+    const std::vector<int32_t> ours = ReadAll(*reader, int64_t(sox.size()) + 100);
+    for (size_t i = 0; i < sox.size(); ++i) {
+      const int32_t as16 =
+          std::string(c.encoding).find("-b 8") != std::string::npos ? ours[i] / 8 : ours[i] / 16;
+      ASSERT_LE(std::abs(as16 - sox[i]), c.tolerance) << "sample " << i;
+    }
+    EXPECT_TRUE(
+        std::all_of(ours.begin() + long(sox.size()), ours.end(), [](int32_t s) { return s == 0; }));
+    EXPECT_EQ(reader->GetLength(), int64_t(sox.size()));
+
+    reader->Seek(2000);  // and seeking lands on the same samples
+    const std::vector<int32_t> again = ReadAll(*reader, 10);
+    for (int i = 0; i < 10; ++i) EXPECT_EQ(again[i], ours[2000 + i]) << i;
+  }
+}
+
+TEST_F(WaveFileTest, CodecWriterFilesAreReadByUsAndBySox) {
+  const std::pair<uint16_t, uint16_t> formats[] = {{kFormatIeeeFloat, 32}, {kFormatALaw, 8},
+                                                   {kFormatMuLaw, 8},      {kFormatImaAdpcm, 4},
+                                                   {kFormatMsAdpcm, 4},    {kFormatGsm610, 0}};
+  const std::vector<int32_t> tone = Tone(8000, 1, 8000);
+  for (const auto& [tag, bits] : formats) {
+    SCOPED_TRACE(tag);
+    const std::string path = Path("codec" + std::to_string(tag) + ".wav");
+    WaveFormat format;
+    format.format_tag = tag;
+    format.sample_rate = 8000;
+    format.bits_per_sample = bits;
+    auto writer = CreateWaveFileWriterForFormat(path, format);
+    ASSERT_TRUE(writer->is_valid());
+    writer->Write(tone.data(), 8000);
+    writer.reset();
+
+    const std::vector<int16_t> sox = DecodedBySox(path);
+    ASSERT_GE(sox.size(), 7900u);
+    auto reader = OpenWaveFileReader(path);
+    ASSERT_NE(reader, nullptr);
+    const std::vector<int32_t> ours = ReadAll(*reader, int64_t(sox.size()));
+    double error = 0;
+    for (size_t i = 0; i < sox.size(); ++i) {
+      ASSERT_EQ(ours[i] / 16, sox[i]) << i;
+      error += std::abs(ours[i] - tone[i]);
+    }
+    EXPECT_LT(error / double(sox.size()), 0.05 * 250000);  // close to what went in
+  }
+  WaveFormat unknown;
+  unknown.format_tag = 0x1234;
+  EXPECT_FALSE(CreateWaveFileWriterForFormat(Path("unknown.wav"), unknown)->is_valid());
+}
+
+TEST_F(WaveFileTest, TwentyFourBitFilesAreTakenAsFourBytesASample) {
+  const std::string samples = "\x01\x02\x03\x04\x05\x06\x07\x08\x09\x0a\x0b\x0c";
+  auto reader = OpenWaveFileReader(
+      Handmade("24.wav", Riff(Format(1, 8000, 16, 24) + "data" + Le(12, 4) + samples)));
+  ASSERT_NE(reader, nullptr);
+  EXPECT_EQ(reader->GetLength(), 3);
+  EXPECT_EQ(reader->full_scale(), kFullScale);
+  EXPECT_EQ(ReadAll(*reader, 3),
+            (std::vector<int32_t>{From32(0x04030201), From32(0x08070605), From32(0x0c0b0a09)}));
+}
+
+// A writer in another process appends 40 ms blocks in real time for 20 s; this
+// process trails it as the player does and must receive every sample once, in order.
+TEST_F(WaveFileTest, AGrowingFileIsReadWhileAnotherProcessWritesIt) {
+  constexpr int kBlock = 441, kBlocks = 500;
+  const std::string path = Path("live.wav");
+  auto sample_at = [](int64_t i) { return int32_t((i * 7919) % 65536 - 32768) * 16; };
+  const pid_t writer_pid = fork();
+  ASSERT_GE(writer_pid, 0);
+  if (writer_pid == 0) {
+    auto writer = CreateWaveFileWriter(path, 11025, 1, 16, 0);
+    std::vector<int32_t> block(kBlock);
+    auto next = std::chrono::steady_clock::now();
+    for (int b = 0; b < kBlocks; ++b) {
+      for (int i = 0; i < kBlock; ++i) block[size_t(i)] = sample_at(int64_t(b) * kBlock + i);
+      writer->Write(block.data(), kBlock);
+      next += std::chrono::milliseconds(40);
+      std::this_thread::sleep_until(next);
+    }
+    writer.reset();
+    _exit(0);
+  }
+  std::shared_ptr<WaveFileReader> reader;
+  while (!reader) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    reader = OpenWaveFileReader(path);
+  }
+  int64_t received = 0;
+  bool writer_done = false;
+  std::vector<int32_t> block(kMaxBlockFrames);
+  const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(60);
+  while (received < int64_t{kBlock} * kBlocks && std::chrono::steady_clock::now() < deadline) {
+    const int64_t available = reader->GetLength() - reader->GetPosition();
+    if (available <= 0) {
+      writer_done = writer_done || waitpid(writer_pid, nullptr, WNOHANG) == writer_pid;
+      std::this_thread::sleep_for(std::chrono::milliseconds(10));
+      continue;
+    }
+    const int frames = int(std::min<int64_t>(available, kMaxBlockFrames));
+    reader->Read(block.data(), frames);
+    for (int i = 0; i < frames; ++i)
+      ASSERT_EQ(block[size_t(i)], sample_at(received + i)) << received + i;
+    received += frames;
+  }
+  if (!writer_done) waitpid(writer_pid, nullptr, 0);
+  EXPECT_EQ(received, int64_t{kBlock} * kBlocks);
+  EXPECT_EQ(reader->GetLength(), int64_t{kBlock} * kBlocks);
+}
+
+}  // namespace
+}  // namespace parlavox

@@ -1,0 +1,43 @@
+#include <algorithm>
+
+#include "audio/codec_wave_file_writer.h"
+#include "audio/pcm_wave_file_writer.h"
+#include "audio/wave_file.h"
+
+namespace parlavox {
+
+WaveFileWriter::WaveFileWriter(int channels, int64_t length)
+    : channels_(channels), length_(length) {
+  if (channels_ < 1) {
+    channels_ = 1;
+    valid_ = false;
+  }
+}
+
+void WaveFileWriter::Write(const int32_t* samples, int64_t frames) {
+  while (frames > 0) {
+    const int block = static_cast<int>(std::min<int64_t>(frames, kMaxBlockFrames));
+    length_ += block;
+    WriteBlock(samples, block);
+    samples += int64_t{block} * channels_;
+    frames -= block;
+  }
+}
+
+std::shared_ptr<WaveFileWriter> CreateWaveFileWriter(const std::string& path, uint32_t sample_rate,
+                                                     int channels, int bits_per_sample,
+                                                     int64_t start_frame) {
+  return std::make_shared<PcmWaveFileWriter>(path, sample_rate, channels, bits_per_sample,
+                                             start_frame);
+}
+
+std::shared_ptr<WaveFileWriter> CreateWaveFileWriterForFormat(const std::string& path,
+                                                              const WaveFormat& format) {
+  if (format.format_tag == kFormatPcm) {
+    return CreateWaveFileWriter(path, format.sample_rate, format.channels, format.bits_per_sample,
+                                0);
+  }
+  return std::make_shared<CodecWaveFileWriter>(path, format);
+}
+
+}  // namespace parlavox
