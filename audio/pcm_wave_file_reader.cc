@@ -14,18 +14,6 @@ namespace {
 
 int BytesPerSample(uint16_t bits) { return bits <= 8 ? 1 : bits <= 16 ? 2 : 4; }
 
-int32_t Sample(const uint8_t* bytes, int bytes_per_sample) {
-  switch (bytes_per_sample) {
-    case 1:
-      return FromUnsigned8(bytes[0]);
-    case 2:
-      return From16(static_cast<int16_t>(bytes[0] | bytes[1] << 8));
-    default:
-      return From32(static_cast<int32_t>(uint32_t{bytes[0]} | uint32_t{bytes[1]} << 8 |
-                                         uint32_t{bytes[2]} << 16 | uint32_t{bytes[3]} << 24));
-  }
-}
-
 }  // namespace
 
 PcmWaveFileReader::PcmWaveFileReader(int fd, const WaveLayout& layout)
@@ -103,9 +91,7 @@ void PcmWaveFileReader::ReadBlock(int32_t* samples, int frames) {
   const int64_t got_frames = got_bytes / frame_bytes();
   read_offset_ += got_frames * frame_bytes();
   const int64_t got_samples = got_frames * channels;
-  for (int64_t i = 0; i < got_samples; ++i) {
-    samples[i] = Sample(&buffer_[static_cast<size_t>(i * bytes_per_sample_)], bytes_per_sample_);
-  }
+  DecodePcm(buffer_.data(), bytes_per_sample_, samples, got_samples);
   std::fill(samples + got_samples, block_end, 0);
 }
 

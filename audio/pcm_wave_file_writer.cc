@@ -89,21 +89,7 @@ void PcmWaveFileWriter::WriteHeader(bool provisional) {
 void PcmWaveFileWriter::WriteBlock(const int32_t* samples, int frames) {
   const int64_t count = int64_t{frames} * channels();
   if (is_valid()) {
-    uint8_t* out = buffer_.data();
-    for (int64_t i = 0; i < count; ++i) {
-      switch (bytes_per_sample_) {
-        case 1:
-          *out++ = ToUnsigned8(samples[i]);
-          break;
-        case 2:
-          Put16(out, static_cast<uint16_t>(To16(samples[i])));
-          out += 2;
-          break;
-        default:
-          Put32(out, static_cast<uint32_t>(To32(samples[i])));
-          out += 4;
-      }
-    }
+    EncodePcm(samples, count, bytes_per_sample_, buffer_.data());
     const int64_t end = kHeaderSize + length() * frame_bytes();
     const int64_t block_bytes = count * bytes_per_sample_;
     WriteAll(fd_, buffer_.data(), static_cast<size_t>(block_bytes),

@@ -1,6 +1,7 @@
 #ifndef PARLAVOX_AUDIO_SAMPLE_CONVERSION_H_
 #define PARLAVOX_AUDIO_SAMPLE_CONVERSION_H_
 
+#include <cstddef>
 #include <cstdint>
 
 namespace parlavox {
@@ -29,6 +30,10 @@ inline int32_t From32(int32_t value) {
 inline int32_t To32(int32_t sample) {
   return static_cast<int32_t>(static_cast<uint32_t>(sample) << 12);
 }
+
+// Little-endian PCM bytes of 1, 2 or 4 bytes a sample to and from internal samples.
+void DecodePcm(const uint8_t* bytes, int bytes_per_sample, int32_t* samples, int64_t count);
+void EncodePcm(const int32_t* samples, int64_t count, int bytes_per_sample, uint8_t* bytes);
 
 }  // namespace parlavox
 
