@@ -10,14 +10,22 @@ Intercom::Intercom(const SettingsFile& settings, TaskPoster& poster, IntercomVie
 Intercom::~Intercom() { poller_.Stop(); }
 
 void Intercom::Start() {
-  own_record_ = LoadOrCreateOwnRecord(settings_.inward_folder());
+  LoadOwnUserRecord();
   TurnOn();
+  StartPresencePoller();
+}
+
+void Intercom::LoadOwnUserRecord() {
+  own_record_ = LoadOrCreateOwnRecord(settings_.inward_folder());
+}
+
+void Intercom::StartPresencePoller() {
   poller_.StartPolling([this] { FillUserList(); });
 }
 
 void Intercom::End() {
   own_record_.set_on(false);
-  WriteOwnRecord();
+  WriteOwnUserRecord();
   poller_.Stop();
 }
 
@@ -33,15 +41,15 @@ void Intercom::TurnOff() {
 
 void Intercom::ChangeIdentity(const IdentityChange& change) {
   change.ApplyTo(&own_record_);
-  WriteOwnRecord();
+  WriteOwnUserRecord();
 }
 
 void Intercom::ApplyOnOffState() {
-  WriteOwnRecord();
+  WriteOwnUserRecord();
   view_.ShowOnOff(own_record_.is_on());
 }
 
-void Intercom::WriteOwnRecord() const {
+void Intercom::WriteOwnUserRecord() const {
   WriteUserRecord(own_record_, JoinPath(settings_.inward_folder(), kUserRecordFileName));
 }
 

@@ -54,7 +54,9 @@ class Intercom {
  private:
   // Publishes the own record and shows the on/off state.
   void ApplyOnOffState();
-  void WriteOwnRecord() const;
+  void LoadOwnUserRecord();
+  void StartPresencePoller();
+  void WriteOwnUserRecord() const;
   void FillUserList();
 
   const SettingsFile& settings_;
