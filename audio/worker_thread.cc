@@ -93,6 +93,7 @@ void* WorkerThread::ThreadEntry(void* argument) {
   WorkerThread* worker = launch->worker;
   FinishedMark mark(worker->finished_);
   // A thread's nice value is its own on Linux: setpriority on its thread id.
+  worker->thread_id_ = gettid();
   const bool applied = setpriority(PRIO_PROCESS, static_cast<id_t>(gettid()), launch->nice) == 0;
   launch->priority_applied.set_value(applied);  // `launch` is gone after this line
   worker->OnThreadStart();
@@ -107,6 +108,7 @@ void WorkerThread::StopQuick() { StopWithin(kQuickStopGrace); }
 
 void WorkerThread::StopWithin(std::chrono::milliseconds grace) {
   stop_event_.Set();
+  if (wake_on_stop_ != nullptr) wake_on_stop_->Set();
   if (!thread_) return;
   const timespec deadline = DeadlineAfter(grace);
   if (pthread_timedjoin_np(*thread_, nullptr, &deadline) == ETIMEDOUT) {
@@ -117,6 +119,14 @@ void WorkerThread::StopWithin(std::chrono::milliseconds grace) {
 }
 
 bool WorkerThread::IsRunning() const { return thread_.has_value() && !finished_.load(); }
+
+bool WorkerThread::SetPriority(int priority) {
+  if (!IsRunning()) return false;
+  errno = 0;
+  const int process_nice = getpriority(PRIO_PROCESS, 0);
+  return setpriority(PRIO_PROCESS, static_cast<id_t>(thread_id_.load()),
+                     NiceForPriority(priority, errno == 0 ? process_nice : 0)) == 0;
+}
 
 bool WorkerThread::RunProcessAndWait(const std::string& command_line) {
   posix_spawn_file_actions_t actions;

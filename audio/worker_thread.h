@@ -49,6 +49,9 @@ class WorkerThread {
   // True while a started thread has not yet finished.
   bool IsRunning() const;
 
+  // Changes the priority of the running thread; false when it can't be changed.
+  bool SetPriority(int priority);
+
   // Runs `command_line` through /bin/sh in a session of its own, with no input or
   // output shared with this process, and waits until it ends or the stop event is
   // set; the program is not killed by a stop. Returns false when the shell could
@@ -63,6 +66,8 @@ class WorkerThread {
   // Waits up to `timeout` for a stop request; returns true when one came.
   bool WaitForStop(std::chrono::milliseconds timeout) const { return stop_event_.WaitFor(timeout); }
   bool StopRequested() const { return stop_event_.IsSet(); }
+  // Makes a stop request also set `event`, for a body that waits on that event.
+  void WakeOnStop(ManualResetEvent* event) { wake_on_stop_ = event; }
 
   // Guards data that the derived class shares between its thread and its owner.
   std::mutex& lock() { return lock_; }
@@ -76,6 +81,8 @@ class WorkerThread {
   std::mutex lock_;
   std::optional<pthread_t> thread_;
   std::atomic<bool> finished_{false};
+  std::atomic<pid_t> thread_id_{0};
+  ManualResetEvent* wake_on_stop_ = nullptr;
 };
 
 // The nice value that a thread of `priority` gets in a process whose nice value is

@@ -1,0 +1,62 @@
+#include "audio/pulse_connection.h"
+
+namespace parlavox {
+
+PulseConnection& PulseConnection::Instance() {
+  static PulseConnection* connection = new PulseConnection;  // lives as long as the process
+  return *connection;
+}
+
+PulseConnection::PulseConnection() : mainloop_(pa_threaded_mainloop_new()) {
+  pa_threaded_mainloop_set_name(mainloop_, "parlavox-pulse");
+  pa_threaded_mainloop_start(mainloop_);
+}
+
+void PulseConnection::OnContextState(pa_context*, void* self) {
+  static_cast<PulseConnection*>(self)->Signal();
+}
+
+pa_context* PulseConnection::Context() {
+  if (context_ != nullptr) {
+    const pa_context_state_t state = pa_context_get_state(context_);
+    if (state == PA_CONTEXT_READY) return context_;
+    if (PA_CONTEXT_IS_GOOD(state)) {
+      // Still connecting on another thread's behalf: wait for the outcome below.
+    } else {
+      pa_context_unref(context_);
+      context_ = nullptr;
+    }
+  }
+  if (context_ == nullptr) {
+    context_ = pa_context_new(pa_threaded_mainloop_get_api(mainloop_), "Parlavox");
+    if (context_ == nullptr) return nullptr;
+    pa_context_set_state_callback(context_, &PulseConnection::OnContextState, this);
+    if (pa_context_connect(context_, nullptr, PA_CONTEXT_NOAUTOSPAWN, nullptr) < 0) {
+      pa_context_unref(context_);
+      context_ = nullptr;
+      return nullptr;
+    }
+  }
+  for (;;) {
+    const pa_context_state_t state = pa_context_get_state(context_);
+    if (state == PA_CONTEXT_READY) return context_;
+    if (!PA_CONTEXT_IS_GOOD(state)) return nullptr;  // dropped on the next call
+    pa_threaded_mainloop_wait(mainloop_);
+  }
+}
+
+bool PulseConnection::Wait(pa_operation* operation) {
+  if (operation == nullptr) return false;
+  while (pa_operation_get_state(operation) == PA_OPERATION_RUNNING) {
+    if (context_ == nullptr || !PA_CONTEXT_IS_GOOD(pa_context_get_state(context_))) {
+      pa_operation_cancel(operation);
+      break;
+    }
+    pa_threaded_mainloop_wait(mainloop_);
+  }
+  const bool done = pa_operation_get_state(operation) == PA_OPERATION_DONE;
+  pa_operation_unref(operation);
+  return done;
+}
+
+}  // namespace parlavox

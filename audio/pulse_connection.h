@@ -1,0 +1,49 @@
+#ifndef PARLAVOX_AUDIO_PULSE_CONNECTION_H_
+#define PARLAVOX_AUDIO_PULSE_CONNECTION_H_
+
+#include <pulse/pulseaudio.h>
+
+#include <mutex>
+
+namespace parlavox {
+
+// The process's one connection to the sound server: libpulse's threaded main loop and
+// a context on it. Every libpulse call is made with the main loop locked (a
+// PulseLock), from any thread but the loop's own; callbacks run on the loop's thread
+// with the lock held. The connection is made on first use and made again after the
+// server went away.
+class PulseConnection {
+ public:
+  static PulseConnection& Instance();
+
+  pa_threaded_mainloop* mainloop() const { return mainloop_; }
+
+  // A ready context, connecting first when needed; nullptr when no server answers.
+  // Call with the main loop locked.
+  pa_context* Context();
+
+  // Waits, main loop locked, for an operation to finish and releases it; false when
+  // the connection failed meanwhile. Callbacks must call Signal.
+  bool Wait(pa_operation* operation);
+  void Signal() { pa_threaded_mainloop_signal(mainloop_, 0); }
+
+ private:
+  PulseConnection();
+  static void OnContextState(pa_context* context, void* self);
+
+  pa_threaded_mainloop* mainloop_;
+  pa_context* context_ = nullptr;
+};
+
+// Holds the main loop's lock for as long as it lives.
+class PulseLock {
+ public:
+  PulseLock() { pa_threaded_mainloop_lock(PulseConnection::Instance().mainloop()); }
+  ~PulseLock() { pa_threaded_mainloop_unlock(PulseConnection::Instance().mainloop()); }
+  PulseLock(const PulseLock&) = delete;
+  PulseLock& operator=(const PulseLock&) = delete;
+};
+
+}  // namespace parlavox
+
+#endif  // PARLAVOX_AUDIO_PULSE_CONNECTION_H_

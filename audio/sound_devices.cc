@@ -1,0 +1,50 @@
+#include "audio/sound_devices.h"
+
+#include "audio/pulse_connection.h"
+
+namespace parlavox {
+namespace {
+
+constexpr const char* kDefaultDescription = "System default";
+
+struct Listing {
+  std::vector<SoundDevice>* devices;
+};
+
+template <typename Info>
+void Collect(pa_context*, const Info* info, int end, void* listing) {
+  if (end == 0 && info != nullptr) {
+    static_cast<Listing*>(listing)->devices->push_back(
+        {info->name, info->description != nullptr ? info->description : info->name});
+  }
+  if (end != 0) PulseConnection::Instance().Signal();
+}
+
+std::vector<SoundDevice> List(bool outputs) {
+  std::vector<SoundDevice> devices = {{"", kDefaultDescription}};
+  PulseLock lock;
+  PulseConnection& pulse = PulseConnection::Instance();
+  pa_context* context = pulse.Context();
+  if (context == nullptr) return devices;
+  Listing listing{&devices};
+  pulse.Wait(outputs
+                 ? pa_context_get_sink_info_list(context, &Collect<pa_sink_info>, &listing)
+                 : pa_context_get_source_info_list(context, &Collect<pa_source_info>, &listing));
+  return devices;
+}
+
+std::optional<std::string> NameAt(int index, bool outputs) {
+  if (index <= 0) return "";
+  const std::vector<SoundDevice> devices = List(outputs);
+  if (index >= static_cast<int>(devices.size())) return std::nullopt;
+  return devices[static_cast<size_t>(index)].server_name;
+}
+
+}  // namespace
+
+std::vector<SoundDevice> ListOutputDevices() { return List(true); }
+std::vector<SoundDevice> ListInputDevices() { return List(false); }
+std::optional<std::string> OutputDeviceName(int index) { return NameAt(index, true); }
+std::optional<std::string> InputDeviceName(int index) { return NameAt(index, false); }
+
+}  // namespace parlavox

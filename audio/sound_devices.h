@@ -1,0 +1,30 @@
+#ifndef PARLAVOX_AUDIO_SOUND_DEVICES_H_
+#define PARLAVOX_AUDIO_SOUND_DEVICES_H_
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace parlavox {
+
+// One entry of a device list: the sound server's name for the device (empty for the
+// system's default device) and its description, which is what the person sees.
+struct SoundDevice {
+  std::string server_name;
+  std::string description;
+};
+
+// The devices a person can choose from: entry 0 is the system's default device, then
+// every output (sink) or input (source, monitors included) of the server, in the
+// server's order. Only the default entry when no server answers.
+std::vector<SoundDevice> ListOutputDevices();
+std::vector<SoundDevice> ListInputDevices();
+
+// The server's name for the device at `index` in those lists; 0 and every negative
+// index mean the default device (""). nullopt when there is no such device.
+std::optional<std::string> OutputDeviceName(int index);
+std::optional<std::string> InputDeviceName(int index);
+
+}  // namespace parlavox
+
+#endif  // PARLAVOX_AUDIO_SOUND_DEVICES_H_

@@ -1,0 +1,243 @@
+#include "audio/sound_player.h"
+
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cmath>
+#include <filesystem>
+
+#include <gtest/gtest.h>
+
+#include "audio/sound_devices.h"
+#include "audio/sound_server_test_util.h"
+#include "audio/wave_in.h"
+
+namespace parlavox {
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr uint32_t kRate = 11025;
+
+// Records a source of the private server (a sink's monitor) for as long as it lives.
+class MonitorCapture {
+ public:
+  MonitorCapture(TestLoop& loop, const std::string& source) : in_(loop), buffers_(30) {
+    int index = -1;
+    const std::vector<SoundDevice> devices = ListInputDevices();
+    for (size_t i = 1; i < devices.size(); ++i) {
+      if (devices[i].server_name == source) index = static_cast<int>(i);
+    }
+    EXPECT_GT(index, 0) << source;
+    EXPECT_TRUE(in_.Open(index, kRate, 1, 441, [this](RecordBuffer* buffer) {
+      samples.insert(samples.end(), buffer->samples.begin(), buffer->samples.end());
+      in_.AddBuffer(buffer);
+    }));
+    for (RecordBuffer& buffer : buffers_) {
+      buffer.samples.assign(441, 0);
+      in_.AddBuffer(&buffer);
+    }
+    in_.Start();
+  }
+
+  std::vector<int16_t> samples;
+
+ private:
+  WaveIn in_;
+  std::vector<RecordBuffer> buffers_;
+};
+
+// Remembers what the player said.
+struct RecordingListener : LSoundPlayerListener {
+  void OnPlayStarted(uint32_t) override { ++started; }
+  void OnPlayStopped(uint32_t) override { ++stopped; }
+  void OnPlayPosition(int32_t time, uint32_t) override { positions.push_back(time); }
+  void OnPlayLevels(const ChannelLevels& l, uint32_t) override { levels.push_back(l.levels[0]); }
+  int started = 0, stopped = 0;
+  std::vector<int32_t> positions;
+  std::vector<int8_t> levels;
+};
+
+class SoundPlayerTest : public testing::Test {
+ protected:
+  SoundPlayerTest() {
+    std::string pattern = (std::filesystem::temp_directory_path() / "player-XXXXXX").string();
+    folder_ = mkdtemp(pattern.data());
+    player_.SetListener(&listener_, 0);
+    player_.set_metering(true);
+    player_.set_device(DeviceIndex("speaker"));
+  }
+  ~SoundPlayerTest() override { std::filesystem::remove_all(folder_); }
+
+  static int DeviceIndex(const std::string& sink) {
+    const std::vector<SoundDevice> devices = ListOutputDevices();
+    for (size_t i = 1; i < devices.size(); ++i) {
+      if (devices[i].server_name == sink) return static_cast<int>(i);
+    }
+    return -1;
+  }
+
+  // A 1 kHz sine of `seconds` at half of 16-bit full scale.
+  std::string ToneFile(double seconds) {
+    const std::string path = folder_ + "/tone.wav";
+    auto writer = CreateWaveFileWriter(path, kRate, 1, 16, 0);
+    std::vector<int32_t> tone(static_cast<size_t>(seconds * kRate));
+    for (size_t i = 0; i < tone.size(); ++i) {
+      tone[i] =
+          static_cast<int32_t>(std::lround(16384 * 16 * std::sin(2 * M_PI * 1000 * i / kRate)));
+    }
+    writer->Write(tone.data(), static_cast<int64_t>(tone.size()));
+    return path;
+  }
+
+  bool PlayedToTheEnd(std::chrono::milliseconds limit) {
+    const int before = listener_.stopped;
+    return loop_.RunUntil([&] { return listener_.stopped > before; }, limit);
+  }
+
+  PrivateSoundServer server_;
+  std::string folder_;
+  TestLoop loop_;
+  RecordingListener listener_;
+  LSoundPlayer player_{loop_};
+};
+
+// Where the first loud sample comes after `from`, or -1.
+int64_t Onset(const std::vector<int16_t>& samples, size_t from) {
+  for (size_t i = from; i < samples.size(); ++i) {
+    if (std::abs(samples[i]) > 2000) return static_cast<int64_t>(i);
+  }
+  return -1;
+}
+
+TEST_F(SoundPlayerTest, PlaysAToneAfterTheLeadInThenReportsTheStop) {
+  MonitorCapture monitor(loop_, "speaker.monitor");
+  loop_.RunFor(300ms);
+
+  // Once from the start, once from 0.15 s early as the inbox plays messages: the
+  // second tone must come 1653 frames later after its Play than the first did.
+  int64_t delay[2];
+  size_t play_at = 0;
+  for (int run = 0; run < 2; ++run) {
+    auto reader = OpenWaveFileReader(ToneFile(1.0));
+    ASSERT_NE(reader, nullptr);
+    if (run == 1) reader->Seek(-1653);
+    play_at = monitor.samples.size();
+    listener_.positions.clear();
+    ASSERT_TRUE(player_.Play(reader, 0));
+    ASSERT_TRUE(PlayedToTheEnd(5s));
+    loop_.RunFor(400ms);
+    delay[run] = Onset(monitor.samples, play_at) - static_cast<int64_t>(play_at);
+    ASSERT_GE(delay[run], 0);
+    if (run == 1) EXPECT_EQ(listener_.positions.front(), -1499);
+    EXPECT_EQ(listener_.positions.back(), 10000);
+  }
+  EXPECT_NEAR(delay[1] - delay[0], 1653, 441) << delay[0] << " " << delay[1];
+
+  // The second tone: 1 kHz, at the level it was written, for one second.
+  const int64_t onset = Onset(monitor.samples, play_at);
+  ASSERT_GE(onset, 0);
+  int64_t end = onset, crossings = 0;
+  double energy = 0;
+  for (int64_t i = onset; i < static_cast<int64_t>(monitor.samples.size()); ++i) {
+    if (std::abs(monitor.samples[static_cast<size_t>(i)]) > 2000) end = i;
+  }
+  for (int64_t i = onset + 1; i <= end; ++i) {
+    const int16_t a = monitor.samples[static_cast<size_t>(i - 1)],
+                  b = monitor.samples[static_cast<size_t>(i)];
+    if ((a < 0) != (b < 0)) ++crossings;
+    energy += double(b) * b;
+  }
+  const double seconds = double(end - onset) / kRate;
+  EXPECT_NEAR(seconds, 1.0, 0.01);
+  EXPECT_NEAR(crossings / seconds / 2, 1000, 10);
+  EXPECT_NEAR(std::sqrt(energy / double(end - onset)), 16384 / std::sqrt(2.0), 600);
+  ASSERT_FALSE(listener_.levels.empty());
+  EXPECT_EQ(*std::max_element(listener_.levels.begin(), listener_.levels.end()), 6);
+}
+
+// Another process writes a message in real time while it plays, started 0.15 s
+// early as the inbox starts messages; every sample comes out once, in order (with
+// silence wherever the player had to wait for more), and playback ends once the
+// writer has stopped.
+TEST_F(SoundPlayerTest, PlaysAFileWhileAnotherProcessWritesIt) {
+  constexpr int kBlock = 441, kBlocks = 100;  // 4 s
+  const std::string path = folder_ + "/live.wav";
+  auto sample_at = [](int64_t i) { return int16_t(1000 + (i * 7919) % 20000); };  // never 0
+  MonitorCapture monitor(loop_, "speaker.monitor");
+  loop_.RunFor(300ms);
+  const pid_t writer_pid = fork();
+  ASSERT_GE(writer_pid, 0);
+  if (writer_pid == 0) {
+    auto writer = CreateWaveFileWriter(path, kRate, 1, 16, 0);
+    std::vector<int32_t> block(kBlock);
+    auto next = std::chrono::steady_clock::now();
+    for (int b = 0; b < kBlocks; ++b) {
+      for (int i = 0; i < kBlock; ++i) block[size_t(i)] = sample_at(int64_t(b) * kBlock + i) * 16;
+      writer->Write(block.data(), kBlock);
+      next += 40ms;
+      std::this_thread::sleep_until(next);
+    }
+    writer.reset();
+    _exit(0);
+  }
+  std::shared_ptr<WaveFileReader> reader;
+  while (!reader) {
+    std::this_thread::sleep_for(5ms);
+    reader = OpenWaveFileReader(path);
+  }
+  reader->Seek(-1653);  // as the inbox starts every message: 0.15 s ahead of the writer
+  ASSERT_TRUE(player_.Play(reader, 0));
+  ASSERT_TRUE(PlayedToTheEnd(15s));
+  waitpid(writer_pid, nullptr, 0);
+  loop_.RunFor(300ms);
+
+  std::vector<int16_t> heard;
+  for (int16_t s : monitor.samples) {
+    if (s != 0) heard.push_back(s);
+  }
+  for (size_t i = 0; i < heard.size(); ++i) ASSERT_EQ(heard[i], sample_at(int64_t(i))) << i;
+  ASSERT_EQ(heard.size(), size_t{kBlock} * kBlocks);
+}
+
+TEST_F(SoundPlayerTest, SurvivesTheSoundServerGoingAwayAndComingBack) {
+  ASSERT_TRUE(player_.Play(OpenWaveFileReader(ToneFile(10.0)), 0));
+  loop_.RunFor(500ms);
+  server_.Stop();
+  ASSERT_TRUE(PlayedToTheEnd(5s));
+  EXPECT_FALSE(player_.is_open());
+
+  EXPECT_FALSE(player_.Play(OpenWaveFileReader(ToneFile(0.5)), 0));
+  ASSERT_TRUE(server_.Start());
+  ASSERT_TRUE(player_.Play(OpenWaveFileReader(ToneFile(0.5)), 0));
+  EXPECT_TRUE(PlayedToTheEnd(5s));
+}
+
+TEST_F(SoundPlayerTest, RefusesWhatItCannotPlayAndStopsTheOldStreamFirst) {
+  EXPECT_FALSE(player_.Play(nullptr, 0));
+  player_.set_device(99);
+  EXPECT_FALSE(player_.Play(OpenWaveFileReader(ToneFile(0.5)), 0));
+  player_.set_device(-1);  // the default device
+  ASSERT_TRUE(player_.Play(OpenWaveFileReader(ToneFile(5.0)), 0));
+  ASSERT_TRUE(player_.Play(OpenWaveFileReader(ToneFile(0.2)), 0));
+  EXPECT_EQ(listener_.stopped, 1);  // the first stream was told it stopped
+  EXPECT_TRUE(PlayedToTheEnd(5s));
+}
+
+TEST(ChannelLevelsTest, LevelsFollowTheirFormulas) {
+  std::vector<int32_t> silence(1102, 0), square(1102);
+  for (size_t i = 0; i < square.size(); ++i) square[i] = (i / 10) % 2 ? kFullScale : -kFullScale;
+  EXPECT_EQ(MeanSquareLevel(silence.data(), 1102, 1, 0), -127);
+  EXPECT_EQ(MeanSquareLevel(square.data(), 1102, 1, 0), 15);
+  EXPECT_EQ(MeanSquareLevel(square.data(), 551, 2, 1), 15);
+  EXPECT_EQ(PeakLevel(silence.data(), 441, 1, 0), -127);
+  EXPECT_EQ(PeakLevel(square.data(), 441, 1, 0), 12);
+  const int32_t quarter[] = {131072};
+  EXPECT_EQ(PeakLevel(quarter, 1, 1, 0), 0);
+  EXPECT_EQ(LSoundPlayer::FramesToTime(-1653, 11025), -1499);
+  EXPECT_EQ(LSoundPlayer::FramesToTime(11025, 11025), 10000);
+  EXPECT_EQ(LSoundPlayer::FramesToTime(5, 0), 0);
+}
+
+}  // namespace
+}  // namespace parlavox

@@ -1,0 +1,133 @@
+#ifndef PARLAVOX_AUDIO_SOUND_SERVER_TEST_UTIL_H_
+#define PARLAVOX_AUDIO_SOUND_SERVER_TEST_UTIL_H_
+
+#include <signal.h>
+#include <spawn.h>
+#include <stdlib.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <deque>
+#include <filesystem>
+#include <functional>
+#include <mutex>
+#include <string>
+#include <thread>
+
+#include "audio/task_poster.h"
+
+extern char** environ;
+
+namespace parlavox {
+
+// A PulseAudio server of the test's own: private runtime folder, no sound card, two
+// null sinks ("speaker" and "mic", each with its ".monitor" source). PULSE_SERVER
+// points this process at it. Stop kills it the hard way; Start brings it back on the
+// same socket.
+class PrivateSoundServer {
+ public:
+  PrivateSoundServer() {
+    std::string pattern = (std::filesystem::temp_directory_path() / "pulse-XXXXXX").string();
+    folder_ = mkdtemp(pattern.data());
+    socket_ = folder_ + "/native";
+    setenv("PULSE_SERVER", ("unix:" + socket_).c_str(), 1);
+    setenv("PULSE_RUNTIME_PATH", folder_.c_str(), 1);
+    Start();
+  }
+  ~PrivateSoundServer() {
+    Stop();
+    std::filesystem::remove_all(folder_);
+  }
+
+  bool Start() {
+    const std::string protocol =
+        "module-native-protocol-unix socket=" + socket_ + " auth-anonymous=1";
+    const char* argv[] = {"pulseaudio",
+                          "-n",
+                          "--daemonize=no",
+                          "--exit-idle-time=-1",
+                          "--use-pid-file=false",
+                          "--disable-shm=true",
+                          "-L",
+                          protocol.c_str(),
+                          "-L",
+                          "module-null-sink sink_name=speaker rate=11025 channels=1 norewinds=1",
+                          "-L",
+                          "module-null-sink sink_name=mic rate=11025 channels=1 norewinds=1",
+                          "--log-target=file:/dev/null",
+                          nullptr};
+    const std::string home = "HOME=" + folder_, runtime = "XDG_RUNTIME_DIR=" + folder_,
+                      path = "PATH=/usr/bin:/bin";
+    const char* env[] = {home.c_str(), runtime.c_str(), path.c_str(), nullptr};
+    if (posix_spawnp(&pid_, "pulseaudio", nullptr, nullptr, const_cast<char**>(argv),
+                     const_cast<char**>(env)) != 0) {
+      return false;
+    }
+    for (int i = 0; i < 200; ++i) {  // up to 10 s for the socket to answer
+      if (Pactl("info >/dev/null 2>&1") == 0) return true;
+      std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    }
+    return false;
+  }
+
+  void Stop() {
+    if (pid_ <= 0) return;
+    kill(pid_, SIGKILL);
+    waitpid(pid_, nullptr, 0);
+    pid_ = -1;
+  }
+
+  // Runs pactl against this server with `arguments`; returns its exit status.
+  int Pactl(const std::string& arguments) const {
+    return WEXITSTATUS(std::system(("pactl " + arguments).c_str()));
+  }
+
+ private:
+  std::string folder_;
+  std::string socket_;
+  pid_t pid_ = -1;
+};
+
+// The owner's thread for tests: posted tasks wait in a queue until the test runs them.
+class TestLoop : public TaskPoster {
+ public:
+  void Post(std::function<void()> task) override {
+    std::lock_guard lock(mutex_);
+    tasks_.push_back(std::move(task));
+  }
+
+  // Runs posted tasks until `done` holds or `limit` passes; returns `done`'s verdict.
+  bool RunUntil(const std::function<bool()>& done, std::chrono::milliseconds limit) {
+    const auto deadline = std::chrono::steady_clock::now() + limit;
+    while (!done()) {
+      if (std::chrono::steady_clock::now() > deadline) return false;
+      std::function<void()> task;
+      {
+        std::lock_guard lock(mutex_);
+        if (!tasks_.empty()) {
+          task = std::move(tasks_.front());
+          tasks_.pop_front();
+        }
+      }
+      if (task) {
+        task();
+      } else {
+        std::this_thread::sleep_for(std::chrono::milliseconds(2));
+      }
+    }
+    return true;
+  }
+
+  void RunFor(std::chrono::milliseconds span) {
+    RunUntil([] { return false; }, span);
+  }
+
+ private:
+  std::mutex mutex_;
+  std::deque<std::function<void()>> tasks_;
+};
+
+}  // namespace parlavox
+
+#endif  // PARLAVOX_AUDIO_SOUND_SERVER_TEST_UTIL_H_

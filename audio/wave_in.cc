@@ -1,0 +1,118 @@
+#include "audio/wave_in.h"
+
+#include <algorithm>
+#include <optional>
+
+#include "audio/pulse_connection.h"
+#include "audio/sound_devices.h"
+
+namespace parlavox {
+
+WaveIn::~WaveIn() { Close(); }
+
+bool WaveIn::Open(int device, uint32_t rate, int channels, int buffer_frames, Delivery deliver) {
+  Close();
+  const std::optional<std::string> name = InputDeviceName(device);
+  if (!name || channels < 1 || channels > static_cast<int>(PA_CHANNELS_MAX)) return false;
+
+  PulseLock lock;
+  PulseConnection& pulse = PulseConnection::Instance();
+  pa_context* context = pulse.Context();
+  if (context == nullptr) return false;
+  const pa_sample_spec spec{PA_SAMPLE_S16LE, rate, static_cast<uint8_t>(channels)};
+  if (!pa_sample_spec_valid(&spec)) return false;
+  pa_channel_map map;
+  pa_channel_map_init_extend(&map, spec.channels, PA_CHANNEL_MAP_DEFAULT);
+  stream_ = pa_stream_new(context, "Parlavox call", &spec, &map);
+  if (stream_ == nullptr) return false;
+  deliver_ = std::make_shared<Delivery>(std::move(deliver));
+  pa_stream_set_state_callback(stream_, &WaveIn::OnStreamState, this);
+  pa_stream_set_read_callback(stream_, &WaveIn::OnRead, this);
+
+  // Fragments of one buffer: the server hands over sound as soon as a buffer's worth is in.
+  const uint32_t fragment = static_cast<uint32_t>(buffer_frames * pa_frame_size(&spec));
+  const pa_buffer_attr attributes{static_cast<uint32_t>(-1), static_cast<uint32_t>(-1),
+                                  static_cast<uint32_t>(-1), static_cast<uint32_t>(-1), fragment};
+  if (pa_stream_connect_record(
+          stream_, name->empty() ? nullptr : name->c_str(), &attributes,
+          static_cast<pa_stream_flags_t>(PA_STREAM_ADJUST_LATENCY | PA_STREAM_START_CORKED)) < 0) {
+    Close();
+    return false;
+  }
+  while (pa_stream_get_state(stream_) == PA_STREAM_CREATING) {
+    pa_threaded_mainloop_wait(pulse.mainloop());
+  }
+  if (pa_stream_get_state(stream_) != PA_STREAM_READY) {
+    Close();
+    return false;
+  }
+  return true;
+}
+
+void WaveIn::AddBuffer(RecordBuffer* buffer) {
+  PulseLock lock;
+  buffer->filled = 0;
+  queued_.push_back(buffer);
+}
+
+void WaveIn::Start() { Cork(false); }
+void WaveIn::Stop() { Cork(true); }
+
+void WaveIn::Cork(bool cork) {
+  PulseLock lock;
+  if (stream_ == nullptr || pa_stream_get_state(stream_) != PA_STREAM_READY) return;
+  if (pa_operation* operation = pa_stream_cork(stream_, cork ? 1 : 0, nullptr, nullptr)) {
+    pa_operation_unref(operation);
+  }
+}
+
+void WaveIn::Close() {
+  PulseLock lock;
+  if (stream_ != nullptr) {
+    pa_stream_set_state_callback(stream_, nullptr, nullptr);
+    pa_stream_set_read_callback(stream_, nullptr, nullptr);
+    pa_stream_disconnect(stream_);
+    pa_stream_unref(stream_);
+    stream_ = nullptr;
+  }
+  queued_.clear();
+  deliver_.reset();
+}
+
+void WaveIn::OnStreamState(pa_stream*, void*) { PulseConnection::Instance().Signal(); }
+
+void WaveIn::OnRead(pa_stream* stream, size_t, void* self) {
+  auto* in = static_cast<WaveIn*>(self);
+  const void* data = nullptr;
+  size_t bytes = 0;
+  while (pa_stream_readable_size(stream) > 0 && pa_stream_peek(stream, &data, &bytes) == 0) {
+    if (bytes == 0) break;
+    in->Take(static_cast<const int16_t*>(data), bytes / sizeof(int16_t));
+    pa_stream_drop(stream);
+  }
+}
+
+void WaveIn::Take(const int16_t* samples, size_t count) {
+  while (count > 0 && !queued_.empty()) {
+    RecordBuffer* buffer = queued_.front();
+    const size_t room = buffer->samples.size() - buffer->filled;
+    const size_t taken = std::min(room, count);
+    int16_t* into = buffer->samples.data() + buffer->filled;
+    if (samples != nullptr) {
+      std::copy_n(samples, taken, into);
+      samples += taken;
+    } else {
+      std::fill_n(into, taken, 0);  // a hole in the stream reads as silence
+    }
+    buffer->filled += taken;
+    count -= taken;
+    if (buffer->filled == buffer->samples.size()) {
+      queued_.pop_front();
+      poster_.Post([delivery = std::weak_ptr<Delivery>(deliver_), buffer] {
+        if (const auto deliver = delivery.lock()) (*deliver)(buffer);
+      });
+    }
+  }
+}
+
+}  // namespace parlavox

@@ -1,0 +1,72 @@
+#ifndef PARLAVOX_AUDIO_WAVE_OUT_H_
+#define PARLAVOX_AUDIO_WAVE_OUT_H_
+
+#include <pulse/pulseaudio.h>
+
+#include <atomic>
+#include <cstdint>
+#include <deque>
+#include <vector>
+
+#include "audio/manual_reset_event.h"
+
+namespace parlavox {
+
+// One buffer of 16-bit samples for an output device. `done` is true whenever the
+// device does not hold it: before it is written, once it has played, after a reset.
+struct PlayBuffer {
+  std::vector<int16_t> samples;  // the buffer's room
+  size_t bytes = 0;              // how much of it to play
+  std::atomic<bool> done{true};
+  uint64_t end_index = 0;  // where in the stream this buffer ends
+};
+
+// An output device: a playback stream on the sound server that plays the buffers
+// written to it in order, with nothing buffered in between. A buffer is done when
+// the server has read its last byte; `buffer_done` is set each time buffers finish.
+// A stream the server drops is `failed`: everything queued counts as done and later
+// writes are done at once. Called from one owner at a time, from any thread but
+// libpulse's own.
+class WaveOut {
+ public:
+  WaveOut() = default;
+  WaveOut(const WaveOut&) = delete;
+  WaveOut& operator=(const WaveOut&) = delete;
+  ~WaveOut();
+
+  // Opens output device `device` (see sound_devices.h) for 16-bit PCM.
+  bool Open(int device, uint32_t rate, int channels, ManualResetEvent* buffer_done);
+  void Write(PlayBuffer* buffer);
+  // Drops whatever is queued; every buffer becomes done.
+  void Reset();
+  void Pause();
+  void Restart();
+  void Close();
+  bool failed() const { return failed_.load(); }
+
+  // The volume of the program's own playback streams, now and from now on: 1.0 is the
+  // server's normal volume.
+  static void SetPlaybackVolume(double factor);
+
+ private:
+  static void OnStreamState(pa_stream* stream, void* self);
+  static void OnTimer(pa_mainloop_api* api, pa_time_event* event, const timeval* when, void* self);
+  static void OnTiming(pa_stream* stream, int success, void* self);
+  // Marks done every queued buffer that ends at or before `read_index`.
+  void MarkPlayed(uint64_t read_index);
+  void MarkAllDone();
+  // Declares the device failed when the stream or the connection has gone bad.
+  void CheckHealth(pa_stream* stream);
+  void ApplyVolume();
+
+  pa_stream* stream_ = nullptr;
+  pa_time_event* timer_ = nullptr;
+  ManualResetEvent* buffer_done_ = nullptr;
+  std::deque<PlayBuffer*> queued_;
+  uint64_t write_index_ = 0;
+  std::atomic<bool> failed_{false};
+};
+
+}  // namespace parlavox
+
+#endif  // PARLAVOX_AUDIO_WAVE_OUT_H_
