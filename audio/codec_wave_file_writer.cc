@@ -31,7 +31,7 @@ int ChannelsOf(const WaveFormat& format) { return format.channels == 0 ? 1 : for
 }  // namespace
 
 CodecWaveFileWriter::CodecWaveFileWriter(const std::string& path, const WaveFormat& format)
-    : WaveFileWriter(ChannelsOf(format), 0),
+    : WaveFileWriter(format.sample_rate, ChannelsOf(format), 0),
       buffer_(static_cast<size_t>(kMaxBlockFrames) * ChannelsOf(format)),
       float_buffer_(format.format_tag == kFormatIeeeFloat ? buffer_.size() : 0) {
   const std::optional<int> subtype = LibsndfileSubtype(format);

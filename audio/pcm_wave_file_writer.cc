@@ -41,8 +41,7 @@ bool WriteAll(int fd, const uint8_t* data, size_t size, off_t offset) {
 
 PcmWaveFileWriter::PcmWaveFileWriter(const std::string& path, uint32_t sample_rate, int channels,
                                      int bits_per_sample, int64_t start_frame)
-    : WaveFileWriter(channels, std::max<int64_t>(start_frame, 0)),
-      sample_rate_(sample_rate),
+    : WaveFileWriter(sample_rate, channels, std::max<int64_t>(start_frame, 0)),
       bytes_per_sample_(bits_per_sample <= 8    ? 1
                         : bits_per_sample <= 16 ? 2
                                                 : 4),
@@ -64,7 +63,7 @@ PcmWaveFileWriter::~PcmWaveFileWriter() {
 
 void PcmWaveFileWriter::WriteHeader(bool provisional) {
   const int64_t frames =
-      provisional ? int64_t{sample_rate_} * kProvisionalSeconds + length() : length();
+      provisional ? int64_t{sample_rate()} * kProvisionalSeconds + length() : length();
   // The size fields are 32 bits; a size beyond them wraps, as it does in the format.
   const auto data_size = static_cast<uint32_t>(frames * frame_bytes());
   std::array<uint8_t, kHeaderSize> header{};
@@ -74,8 +73,8 @@ void PcmWaveFileWriter::WriteHeader(bool provisional) {
   Put32(&header[16], 18);
   Put16(&header[20], kFormatPcm);
   Put16(&header[22], static_cast<uint32_t>(channels()));
-  Put32(&header[24], sample_rate_);
-  Put32(&header[28], static_cast<uint32_t>(sample_rate_ * frame_bytes()));
+  Put32(&header[24], sample_rate());
+  Put32(&header[28], static_cast<uint32_t>(sample_rate() * frame_bytes()));
   Put16(&header[32], static_cast<uint32_t>(frame_bytes()));
   Put16(&header[34], static_cast<uint32_t>(bytes_per_sample_ * 8));
   Put16(&header[36], 0);
@@ -83,7 +82,7 @@ void PcmWaveFileWriter::WriteHeader(bool provisional) {
   Put32(&header[42], data_size);
   WriteAll(fd_, header.data(), header.size(), 0);
   fdatasync(fd_);
-  refresh_countdown_ = int64_t{sample_rate_} * kRefreshSeconds;
+  refresh_countdown_ = int64_t{sample_rate()} * kRefreshSeconds;
 }
 
 void PcmWaveFileWriter::WriteBlock(const int32_t* samples, int frames) {

@@ -30,7 +30,6 @@ class PcmWaveFileWriter : public WaveFileWriter {
   // Writes the header at the file's start; a provisional one claims 32 s more.
   void WriteHeader(bool provisional);
 
-  uint32_t sample_rate_;
   int bytes_per_sample_;
   int fd_ = -1;
   int64_t refresh_countdown_ = 0;

@@ -57,6 +57,7 @@ class WaveFileWriter {
   virtual ~WaveFileWriter() = default;
 
   bool is_valid() const { return valid_; }
+  uint32_t sample_rate() const { return sample_rate_; }
   int channels() const { return channels_; }
   int64_t length() const { return length_; }
 
@@ -66,13 +67,14 @@ class WaveFileWriter {
   virtual void Truncate(int64_t frame) = 0;
 
  protected:
-  WaveFileWriter(int channels, int64_t length);
+  WaveFileWriter(uint32_t sample_rate, int channels, int64_t length);
   // Writes at most kMaxBlockFrames frames; length() already counts them.
   virtual void WriteBlock(const int32_t* samples, int frames) = 0;
   void MarkInvalid() { valid_ = false; }
   void set_length(int64_t length) { length_ = length; }
 
  private:
+  uint32_t sample_rate_;
   int channels_;
   int64_t length_;
   bool valid_ = true;

@@ -6,8 +6,8 @@
 
 namespace parlavox {
 
-WaveFileWriter::WaveFileWriter(int channels, int64_t length)
-    : channels_(channels), length_(length) {
+WaveFileWriter::WaveFileWriter(uint32_t sample_rate, int channels, int64_t length)
+    : sample_rate_(sample_rate), channels_(channels), length_(length) {
   if (channels_ < 1) {
     channels_ = 1;
     valid_ = false;

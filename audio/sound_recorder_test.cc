@@ -1,0 +1,155 @@
+#include "audio/sound_recorder.h"
+
+#include <cmath>
+#include <filesystem>
+
+#include <gtest/gtest.h>
+
+#include "audio/sound_devices.h"
+#include "audio/sound_player.h"
+#include "audio/sound_server_test_util.h"
+
+namespace parlavox {
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr uint32_t kRate = 11025;
+
+int DeviceIndex(const std::vector<SoundDevice>& devices, const std::string& name) {
+  for (size_t i = 1; i < devices.size(); ++i) {
+    if (devices[i].server_name == name) return static_cast<int>(i);
+  }
+  return -1;
+}
+
+struct Events : LSoundRecorderListener, LSoundPlayerListener {
+  void OnRecordStarted(uint32_t) override { started_at.push_back(writer->length()); }
+  void OnRecordWaiting(uint32_t) override { waiting_at.push_back(writer->length()); }
+  void OnRecordStopped(uint32_t) override { ++recorder_stopped; }
+  void OnPlayStopped(uint32_t) override { ++player_stopped; }
+  std::shared_ptr<WaveFileWriter> writer;
+  std::vector<int64_t> started_at, waiting_at;
+  int recorder_stopped = 0, player_stopped = 0;
+};
+
+class SoundRecorderTest : public testing::Test {
+ protected:
+  SoundRecorderTest() {
+    std::string pattern = (std::filesystem::temp_directory_path() / "recorder-XXXXXX").string();
+    folder_ = mkdtemp(pattern.data());
+    player_.set_device(DeviceIndex(ListOutputDevices(), "speaker"));
+    player_.SetListener(&events_, 0);
+    recorder_.set_device(DeviceIndex(ListInputDevices(), "speaker.monitor"));
+    recorder_.SetListener(&events_, 0);
+  }
+  ~SoundRecorderTest() override { std::filesystem::remove_all(folder_); }
+
+  // Plays stretches of silence (amplitude 0) and 1 kHz sine, one after another.
+  void PlaySignal(const std::vector<std::pair<double, double>>& stretches) {
+    const std::string path = folder_ + "/signal.wav";
+    {
+      auto writer = CreateWaveFileWriter(path, kRate, 1, 16, 0);
+      for (const auto& [seconds, amplitude] : stretches) {
+        std::vector<int32_t> samples(static_cast<size_t>(seconds * kRate));
+        for (size_t i = 0; i < samples.size(); ++i) {
+          samples[i] = static_cast<int32_t>(amplitude * 16 * std::sin(2 * M_PI * 1000 * i / kRate));
+        }
+        writer->Write(samples.data(), static_cast<int64_t>(samples.size()));
+      }
+    }
+    ASSERT_TRUE(player_.Play(OpenWaveFileReader(path), 0));
+  }
+
+  std::shared_ptr<WaveFileWriter> NewWriter() {
+    events_.writer = CreateWaveFileWriter(folder_ + "/call.wav", kRate, 1, 16, 0);
+    return events_.writer;
+  }
+
+  std::vector<int32_t> Recorded() {
+    auto reader = OpenWaveFileReader(folder_ + "/call.wav");
+    std::vector<int32_t> samples(static_cast<size_t>(reader->GetLength()));
+    reader->Read(samples.data(), reader->GetLength());
+    return samples;
+  }
+
+  PrivateSoundServer server_;
+  std::string folder_;
+  TestLoop loop_;
+  Events events_;
+  LSoundPlayer player_{loop_};
+  LSoundRecorder recorder_{loop_};
+};
+
+TEST_F(SoundRecorderTest, RecordsEveryBufferWhenStartedAsACall) {
+  ASSERT_TRUE(
+      recorder_.StartRecording(NewWriter(), 0, -127, 216000000, LSoundRecorder::kStartWriting));
+  loop_.RunFor(200ms);
+  PlaySignal({{1.0, 16384}});
+  ASSERT_TRUE(loop_.RunUntil([&] { return events_.player_stopped == 1; }, 5s));
+  loop_.RunFor(200ms);
+  const int64_t written = events_.writer->length();
+  events_.writer.reset();
+  recorder_.StopRecording();
+  EXPECT_EQ(events_.recorder_stopped, 1);
+
+  const std::vector<int32_t> samples = Recorded();
+  EXPECT_EQ(static_cast<int64_t>(samples.size()), written);  // nothing cut at the stop
+  int64_t onset = -1, end = 0, crossings = 0;
+  for (size_t i = 0; i < samples.size(); ++i) {
+    if (std::abs(samples[i]) > 2000 * 16) {
+      if (onset < 0) onset = static_cast<int64_t>(i);
+      end = static_cast<int64_t>(i);
+    }
+  }
+  ASSERT_GE(onset, 0);
+  for (int64_t i = onset + 1; i <= end; ++i) {
+    if ((samples[size_t(i - 1)] < 0) != (samples[size_t(i)] < 0)) ++crossings;
+  }
+  EXPECT_NEAR(double(end - onset) / kRate, 1.0, 0.01);
+  EXPECT_NEAR(crossings / 2.0 / (double(end - onset) / kRate), 1000, 10);
+}
+
+TEST_F(SoundRecorderTest, WaitsForSoundAndCutsLongQuietTails) {
+  ASSERT_TRUE(recorder_.StartRecording(NewWriter(), 0, -20, 20000, 0));
+  EXPECT_EQ(recorder_.state(), LSoundRecorder::kWaiting);
+  PlaySignal({{1.0, 0}, {1.0, 16384}, {3.0, 0}});
+  loop_.RunFor(800ms);
+  EXPECT_EQ(events_.writer->length(), 0);  // quiet: nothing written
+
+  ASSERT_TRUE(loop_.RunUntil([&] { return !events_.started_at.empty(); }, 2s));
+  // The first loud buffer, after the second half of the held one when the sound
+  // began there.
+  EXPECT_TRUE(events_.started_at[0] == 441 || events_.started_at[0] == 441 + 221)
+      << events_.started_at[0];
+
+  // 1 s of tone, then more than 2 s of quiet: cut to the last loud time + 0.45 s.
+  ASSERT_TRUE(loop_.RunUntil([&] { return events_.waiting_at.size() == 2; }, 5s));  // 1: at start
+  const double tail_cut = double(events_.writer->length()) / kRate;
+  EXPECT_NEAR(tail_cut, 1.0 + 0.45, 0.1);
+  EXPECT_EQ(recorder_.state(), LSoundRecorder::kWaiting);
+
+  events_.writer.reset();
+  recorder_.StopRecording();  // and at the stop, 50 ms after the last loud time
+  EXPECT_NEAR(double(Recorded().size()) / kRate, tail_cut - 0.4, 0.001);
+}
+
+TEST_F(SoundRecorderTest, SurvivesTheSoundServerGoingAwayAndComingBack) {
+  ASSERT_TRUE(
+      recorder_.StartRecording(NewWriter(), 0, -127, 216000000, LSoundRecorder::kStartWriting));
+  loop_.RunFor(300ms);
+  server_.Stop();
+  loop_.RunFor(300ms);
+  recorder_.StopRecording();
+  EXPECT_EQ(recorder_.state(), LSoundRecorder::kClosed);
+  EXPECT_FALSE(recorder_.StartRecording(NewWriter(), 0, -127, 0, LSoundRecorder::kStartWriting));
+
+  ASSERT_TRUE(server_.Start());
+  recorder_.set_device(DeviceIndex(ListInputDevices(), "speaker.monitor"));
+  ASSERT_TRUE(recorder_.StartRecording(NewWriter(), 0, -127, 0, LSoundRecorder::kStartWriting));
+  EXPECT_TRUE(loop_.RunUntil([&] { return events_.writer->length() > 0; }, 2s));
+  recorder_.StopRecording();
+}
+
+}  // namespace
+}  // namespace parlavox
