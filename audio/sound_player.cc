@@ -1,5 +1,7 @@
 #include "audio/sound_player.h"
 
+#include <sys/prctl.h>
+
 #include <algorithm>
 
 #include "audio/sample_conversion.h"
@@ -113,6 +115,10 @@ void LSoundPlayer::SeekTo(int64_t frame) {
     events_ = 0;
   }
   if (listener_ != nullptr) listener_->OnPlayPosition(FramesToTime(position_, rate()), cookie_);
+}
+
+void LSoundPlayer::OnThreadStart() {
+  prctl(PR_SET_NAME, "parlavox-feed");  // so that tools can tell the feeding thread apart
 }
 
 int LSoundPlayer::QueuedBlocks() const {

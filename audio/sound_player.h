@@ -68,6 +68,7 @@ class LSoundPlayer : public WorkerThread {
 
  protected:
   void Run() override;
+  void OnThreadStart() override;
 
  private:
   // State bits.

@@ -8,3 +8,4 @@ cmake --build build-bench
 for benchmark in build-bench/*/parlavox_*_benchmark; do
   "$benchmark"
 done
+build-bench/audio/parlavox_sound_engine_measure 20
