@@ -93,6 +93,11 @@ void LSoundPlayer::Pause() {
 
 void LSoundPlayer::Resume() {
   if (!(state_ & kOpen)) return;
+  if (state_ & kHold) {
+    wave_out_.BreakLoop();
+    SetPriority(kPriorityHighest);
+    state_ &= static_cast<uint16_t>(~(kHold | kBoostPending));
+  }
   if (state_ & kPaused) {
     wave_out_.Restart();
     state_ &= static_cast<uint16_t>(~kPaused);
@@ -109,7 +114,11 @@ void LSoundPlayer::SeekTo(int64_t frame) {
     reader_->Seek(frame);
     position_ = reader_->GetPosition();
     if (state_ & kPaused) wave_out_.Pause();
-    next_block_ = 0;
+    if (state_ & kHold) {
+      QueueScrubLoop();
+    } else {
+      next_block_ = 0;
+    }
     SetPriority(kPriorityLowest);
     state_ |= kBoostPending;
     events_ = 0;
@@ -119,6 +128,82 @@ void LSoundPlayer::SeekTo(int64_t frame) {
 
 void LSoundPlayer::OnThreadStart() {
   prctl(PR_SET_NAME, "parlavox-feed");  // so that tools can tell the feeding thread apart
+}
+
+void LSoundPlayer::Replay() {
+  if (!(state_ & kOpen)) return;
+  if ((state_ & kPaused) && (state_ & kHold)) {
+    wave_out_.Restart();
+    state_ &= static_cast<uint16_t>(~kPaused);
+    return;
+  }
+  {
+    std::lock_guard lock(player_lock_);
+    wave_out_.Reset();
+    for (PlayBlock& block : blocks_) block.reached = kNoPosition;
+    reader_->Seek(position_);
+    wave_out_.Restart();  // the state below is not paused
+    state_ = kOpen | kHold | kBoostPending;
+    events_ = 0;
+    QueueScrubLoop();
+    SetPriority(kPriorityLowest);
+  }
+  if (listener_ != nullptr) {
+    listener_->OnPlayRestarted(cookie_);
+    listener_->OnPlayPosition(FramesToTime(position_, rate()), cookie_);
+  }
+}
+
+void LSoundPlayer::QueueScrubLoop() {
+  PlayBlock& block = blocks_[static_cast<size_t>(next_block_)];
+  const int quarter = frames_per_block_ / 4;
+  const int64_t at = reader_->GetPosition();
+  reader_->Read(scratch_.data(), quarter);
+  reader_->Seek(at);  // playback goes on from here once the loop is broken
+  const size_t quarter_samples = static_cast<size_t>(quarter) * channels_;
+  for (int round = 0; round < 4; ++round) {
+    std::transform(scratch_.begin(), scratch_.begin() + static_cast<long>(quarter_samples),
+                   block.buffer.samples.begin() + static_cast<long>(round * quarter_samples), To16);
+  }
+  block.buffer.bytes = 4 * quarter_samples * sizeof(int16_t);
+  block.reached = at;
+  state_ |= kHold;
+  wave_out_.WriteLooped(&block.buffer);
+  MeasureLevels(block, quarter);
+  levels_ = block.levels;
+  Notify(kLevelsChanged);
+  next_block_ = (next_block_ + 1) % kBlockCount;
+}
+
+std::array<uint8_t, 512> LSoundPlayer::Overview(int64_t first_frame, int64_t frames) {
+  constexpr int kPoints = 512;
+  std::array<uint8_t, kPoints> points{};
+  if (!(state_ & kOpen) || frames <= 0) return points;
+  std::lock_guard lock(player_lock_);
+  const int64_t resume_at = reader_->GetPosition();
+  const int64_t step = std::max<int64_t>(frames / kPoints, 1);
+  const int span = static_cast<int>(std::min<int64_t>(step, frames_per_block_));
+  for (int p = 0; p < kPoints; ++p) {
+    reader_->Seek(first_frame + p * frames / kPoints);
+    reader_->Read(scratch_.data(), span);
+    int64_t peak = 0;
+    for (int64_t i = 0; i < int64_t{span} * channels_; ++i) {
+      peak = std::max<int64_t>(peak, std::abs(int64_t{scratch_[static_cast<size_t>(i)]}));
+    }
+    points[static_cast<size_t>(p)] =
+        static_cast<uint8_t>(std::min<int64_t>(peak * 255 / reader_->full_scale(), 255));
+  }
+  reader_->Seek(resume_at);
+  return points;
+}
+
+void LSoundPlayer::MeasureLevels(PlayBlock& block, int frames) {
+  if (!metering_) return;
+  block.levels.count = static_cast<uint8_t>(channels_);
+  for (int c = 0; c < channels_; ++c) {
+    block.levels.levels[static_cast<size_t>(c)] =
+        MeanSquareLevel(scratch_.data(), frames, channels_, c);
+  }
 }
 
 int LSoundPlayer::QueuedBlocks() const {
@@ -194,13 +279,7 @@ bool LSoundPlayer::FeedBlock(PlayBlock& block) {
     block.buffer.bytes = static_cast<size_t>(count) * sizeof(int16_t);
     wave_out_.Write(&block.buffer);
     block.reached = reader_->GetPosition();
-    if (metering_) {
-      block.levels.count = static_cast<uint8_t>(channels_);
-      for (int c = 0; c < channels_; ++c) {
-        block.levels.levels[static_cast<size_t>(c)] =
-            MeanSquareLevel(scratch_.data(), frames, channels_, c);
-      }
-    }
+    MeasureLevels(block, frames);
   }
   next_block_ = (next_block_ + 1) % kBlockCount;
   if (next_block_ == kRestartBlock && (state_ & kPreBuffering)) {

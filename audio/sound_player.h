@@ -59,6 +59,13 @@ class LSoundPlayer : public WorkerThread {
   void Pause();
   void Resume();
   void SeekTo(int64_t frame);
+  // For a player screen: plays a quarter block at the current position over and
+  // over (the scrub loop) until Resume lets playback go on from that position.
+  void Replay();
+  // For a player screen: the peaks of `frames` frames from `first_frame` as 512
+  // points of 0 (silence) to 255 (full scale); playback is not disturbed. All zero
+  // when nothing is open.
+  std::array<uint8_t, 512> Overview(int64_t first_frame, int64_t frames);
 
   bool is_open() const { return state_ != 0; }
   bool is_paused() const { return (state_ & kPaused) != 0; }
@@ -86,6 +93,9 @@ class LSoundPlayer : public WorkerThread {
     int64_t reached = kNoPosition;  // reader position at the end of this buffer
   };
 
+  // Queues the scrub loop at the reader's position; the player lock is held.
+  void QueueScrubLoop();
+  void MeasureLevels(PlayBlock& block, int frames);
   // Feeds one free block; false when the feeding is over.
   bool FeedBlock(PlayBlock& block);
   int QueuedBlocks() const;

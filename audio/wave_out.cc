@@ -52,7 +52,9 @@ bool WaveOut::Open(int device, uint32_t rate, int channels, ManualResetEvent* bu
   buffer_done_ = buffer_done;
   failed_ = false;
   write_index_ = 0;
+  read_index_ = 0;
   pa_stream_set_state_callback(stream_, &WaveOut::OnStreamState, this);
+  pa_stream_set_write_callback(stream_, &WaveOut::OnWritable, this);
 
   // Playback starts as soon as one frame is there, so nothing waits to fill up.
   const uint32_t frame = static_cast<uint32_t>(pa_frame_size(&spec));
@@ -80,6 +82,14 @@ bool WaveOut::Open(int device, uint32_t rate, int channels, ManualResetEvent* bu
 void WaveOut::Write(PlayBuffer* buffer) {
   PulseLock lock;
   buffer->done = false;
+  if (looped_ != nullptr) {
+    behind_loop_.push_back(buffer);
+  } else {
+    Send(buffer);
+  }
+}
+
+void WaveOut::Send(PlayBuffer* buffer) {
   if (stream_ == nullptr || failed_ ||
       pa_stream_write(stream_, buffer->samples.data(), buffer->bytes, nullptr, 0,
                       PA_SEEK_RELATIVE) < 0) {
@@ -89,6 +99,47 @@ void WaveOut::Write(PlayBuffer* buffer) {
   write_index_ += buffer->bytes;
   buffer->end_index = write_index_;
   queued_.push_back(buffer);
+}
+
+void WaveOut::WriteLooped(PlayBuffer* buffer) {
+  PulseLock lock;
+  buffer->done = false;
+  if (stream_ == nullptr || failed_ || buffer->bytes == 0) {
+    buffer->done = true;
+    return;
+  }
+  looped_ = buffer;
+  TopUpLoop();
+}
+
+void WaveOut::BreakLoop() {
+  PulseLock lock;
+  if (looped_ == nullptr) return;
+  // The rounds already sent play out; the buffer is done after the last of them.
+  looped_->end_index = write_index_;
+  queued_.push_back(looped_);
+  looped_ = nullptr;
+  while (!behind_loop_.empty()) {
+    Send(behind_loop_.front());
+    behind_loop_.pop_front();
+  }
+}
+
+void WaveOut::OnWritable(pa_stream*, size_t, void* self) {
+  static_cast<WaveOut*>(self)->TopUpLoop();
+}
+
+void WaveOut::TopUpLoop() {
+  // Two rounds ahead of the server's reading: enough not to run dry between timing
+  // updates, little enough that a broken loop ends soon.
+  if (looped_ == nullptr || failed_) return;
+  while (write_index_ < read_index_ + 2 * looped_->bytes) {
+    if (pa_stream_write(stream_, looped_->samples.data(), looped_->bytes, nullptr, 0,
+                        PA_SEEK_RELATIVE) < 0) {
+      return;
+    }
+    write_index_ += looped_->bytes;
+  }
 }
 
 void WaveOut::Reset() {
@@ -104,6 +155,7 @@ void WaveOut::Reset() {
           nullptr))) {
     if (const pa_timing_info* timing = pa_stream_get_timing_info(stream_)) {
       write_index_ = static_cast<uint64_t>(std::max<int64_t>(timing->write_index, 0));
+      read_index_ = write_index_;
     }
   }
 }
@@ -135,6 +187,7 @@ void WaveOut::Close() {
   }
   if (stream_ != nullptr) {
     pa_stream_set_state_callback(stream_, nullptr, nullptr);
+    pa_stream_set_write_callback(stream_, nullptr, nullptr);
     pa_stream_disconnect(stream_);
     pa_stream_unref(stream_);
     stream_ = nullptr;
@@ -197,6 +250,8 @@ void WaveOut::OnTiming(pa_stream* stream, int success, void* self) {
 }
 
 void WaveOut::MarkPlayed(uint64_t read_index) {
+  read_index_ = read_index;
+  TopUpLoop();
   bool any = false;
   while (!queued_.empty() && queued_.front()->end_index <= read_index) {
     queued_.front()->done = true;
@@ -208,7 +263,11 @@ void WaveOut::MarkPlayed(uint64_t read_index) {
 
 void WaveOut::MarkAllDone() {
   for (PlayBuffer* buffer : queued_) buffer->done = true;
+  for (PlayBuffer* buffer : behind_loop_) buffer->done = true;
+  if (looped_ != nullptr) looped_->done = true;
   queued_.clear();
+  behind_loop_.clear();
+  looped_ = nullptr;
   if (buffer_done_ != nullptr) buffer_done_->Set();
 }
 
