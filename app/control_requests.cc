@@ -14,6 +14,13 @@ std::optional<int32_t> ParseUserId(std::string_view text) {
   return id;
 }
 
+std::optional<int32_t> ParseListIndex(std::string_view text) {
+  int32_t index = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), index);
+  if (error != std::errc() || end != text.data() + text.size() || index < 0) return std::nullopt;
+  return index;
+}
+
 std::string StatusJson(const Intercom& intercom) {
   QJsonArray users;
   int index = 0;
@@ -25,8 +32,8 @@ std::string StatusJson(const Intercom& intercom) {
   }
   const QJsonObject status{
       {"on", intercom.is_on()},
-      {"recording", false},
-      {"playing", false},
+      {"recording", intercom.is_recording()},
+      {"playing", intercom.is_playing()},
       {"status", QString::fromStdString(intercom.status_text())},
       {"previous_caller", intercom.previous_caller()},
       {"id", intercom.own_record().id},
@@ -48,6 +55,14 @@ std::string AnswerControlRequest(std::string_view request, Intercom& intercom,
     intercom.TurnOn();
   } else if (verb == "off") {
     intercom.TurnOff();
+  } else if (verb == "call") {
+    const std::optional<int32_t> index = ParseListIndex(argument);
+    if (!index) return "error the user's position must be a whole number from 0";
+    if (!intercom.StartCall(*index)) return "error " + intercom.status_text();
+  } else if (verb == "reply") {
+    if (!intercom.Reply()) return "error " + intercom.status_text();
+  } else if (verb == "hangup") {
+    intercom.StopCall();
   } else if (verb == "show") {
     intercom.ShowMainWindow();
   } else if (verb == "quit") {

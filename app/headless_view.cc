@@ -29,3 +29,15 @@ void HeadlessView::ShowMainWindow() {
 }
 
 }  // namespace parlavox
+
+namespace parlavox {
+
+void HeadlessView::ShowStatus(const std::string& text, bool idle) {
+  if (!idle) std::fprintf(stderr, "parlavox: %s\n", text.c_str());
+}
+
+void HeadlessView::ShowAlert(const std::string& text, const std::string& caption) {
+  std::fprintf(stderr, "parlavox: %s: %s\n", caption.c_str(), text.c_str());
+}
+
+}  // namespace parlavox

@@ -8,12 +8,16 @@
 namespace parlavox {
 
 // Shows the intercom as lines on standard error, for running without a window:
-// the on/off state, each change of the users list, and requests to show itself.
+// the on/off state, each change of the users list, status texts, alerts, and
+// requests to show itself.
 class HeadlessView : public IntercomView {
  public:
   void ShowUsers(const UserList& users) override;
   void ShowOnOff(bool on) override;
   void ShowMainWindow() override;
+  // Logs status texts; the idle texts that rotate between them are not logged.
+  void ShowStatus(const std::string& text, bool idle) override;
+  void ShowAlert(const std::string& text, const std::string& caption) override;
 
  private:
   std::string last_users_line_;

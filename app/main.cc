@@ -30,6 +30,9 @@ struct ControlOption {
 
 constexpr ControlOption kControlOptions[] = {
     {"status", nullptr, "Print the running copy's state as JSON."},
+    {"call", "position", "Start talking to the user at this place in the list (0 first)."},
+    {"reply", nullptr, "Start talking to whoever called last."},
+    {"hangup", nullptr, "Stop talking."},
     {"on", nullptr, "Turn the running copy's intercom on."},
     {"off", nullptr, "Turn the running copy's intercom off."},
     {"show", nullptr, "Ask the running copy to show its window."},
@@ -61,6 +64,10 @@ int ChangeIdentityDirectly(const std::string& option, const std::string& value) 
 int RunControlOption(const std::string& option, const std::string& value) {
   if (option == "set-id" && !ParseUserId(value)) {
     std::fprintf(stderr, "parlavox: the id must be a whole number from 1 to 2147483647\n");
+    return 2;
+  }
+  if (option == "call" && !ParseListIndex(value)) {
+    std::fprintf(stderr, "parlavox: the user's position must be a whole number from 0\n");
     return 2;
   }
   const std::string request =

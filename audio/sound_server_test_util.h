@@ -22,19 +22,24 @@ extern char** environ;
 namespace parlavox {
 
 // A PulseAudio server of the test's own: private runtime folder, no sound card, two
-// null sinks ("speaker" and "mic", each with its ".monitor" source). PULSE_SERVER
-// points this process at it. Stop kills it the hard way; Start brings it back on the
-// same socket.
+// null sinks ("speaker" and "mic", each with its ".monitor" source). Unless told
+// otherwise, PULSE_SERVER points this process at it. Stop kills it the hard way;
+// Start brings it back on the same socket.
 class PrivateSoundServer {
  public:
-  PrivateSoundServer() {
+  explicit PrivateSoundServer(bool serve_this_process = true) {
     std::string pattern = (std::filesystem::temp_directory_path() / "pulse-XXXXXX").string();
     folder_ = mkdtemp(pattern.data());
     socket_ = folder_ + "/native";
-    setenv("PULSE_SERVER", ("unix:" + socket_).c_str(), 1);
-    setenv("PULSE_RUNTIME_PATH", folder_.c_str(), 1);
+    if (serve_this_process) {
+      setenv("PULSE_SERVER", address().c_str(), 1);
+      setenv("PULSE_RUNTIME_PATH", folder_.c_str(), 1);
+    }
     Start();
   }
+
+  // What PULSE_SERVER names this server by.
+  std::string address() const { return "unix:" + socket_; }
   ~PrivateSoundServer() {
     Stop();
     std::filesystem::remove_all(folder_);
@@ -80,7 +85,7 @@ class PrivateSoundServer {
 
   // Runs pactl against this server with `arguments`; returns its exit status.
   int Pactl(const std::string& arguments) const {
-    return WEXITSTATUS(std::system(("pactl " + arguments).c_str()));
+    return WEXITSTATUS(std::system(("PULSE_SERVER=" + address() + " pactl " + arguments).c_str()));
   }
 
  private:

@@ -1,0 +1,231 @@
+// Two copies of the real executable, each with its own home and its own private sound
+// server, list each other and talk: speech goes into the caller's microphone, through
+// a message file in the callee's inward folder, out of the callee's speaker.
+
+#include <signal.h>
+
+#include <cmath>
+#include <fstream>
+
+#include <gtest/gtest.h>
+
+#include "app/intercom_copy_test_util.h"
+#include "audio/sound_server_test_util.h"
+#include "audio/wave_file.h"
+
+namespace parlavox {
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr uint32_t kRate = 11025;
+
+int Shell(const std::string& command) { return WEXITSTATUS(std::system(command.c_str())); }
+
+std::vector<int16_t> RawSamples(const std::string& path) {
+  const std::string bytes = FileText(path);
+  std::vector<int16_t> samples(bytes.size() / 2);
+  for (size_t i = 0; i < samples.size(); ++i) {
+    samples[i] = int16_t(uint8_t(bytes[2 * i]) | uint8_t(bytes[2 * i + 1]) << 8);
+  }
+  return samples;
+}
+
+// The best normalised correlation of `needle` anywhere in `haystack`, both averaged
+// down by 4 first (speech lives well below 1.4 kHz).
+double BestCorrelation(const std::vector<int16_t>& needle, const std::vector<int16_t>& haystack) {
+  auto decimate = [](const std::vector<int16_t>& in) {
+    std::vector<double> out(in.size() / 4);
+    for (size_t i = 0; i < out.size(); ++i) {
+      out[i] = (in[4 * i] + in[4 * i + 1] + in[4 * i + 2] + in[4 * i + 3]) / 4.0;
+    }
+    return out;
+  };
+  const std::vector<double> x = decimate(needle), y = decimate(haystack);
+  double xx = 0;
+  for (double v : x) xx += v * v;
+  double best = 0;
+  for (size_t lag = 0; lag + x.size() <= y.size(); ++lag) {
+    double xy = 0, yy = 0;
+    for (size_t i = 0; i < x.size(); ++i) {
+      xy += x[i] * y[lag + i];
+      yy += y[lag + i] * y[lag + i];
+    }
+    if (yy > 0) best = std::max(best, xy / std::sqrt(xx * yy));
+  }
+  return best;
+}
+
+class CallProcessTest : public testing::Test {
+ protected:
+  CallProcessTest() {
+    // Both copies play on "speaker" (device 1) and record "mic.monitor" (device 2):
+    // what is played into their "mic" sink is what their microphone hears.
+    for (IntercomCopy* copy : {&ann_, &ben_}) {
+      copy->Set("settings", "soundoutdevice", "1");
+      copy->Set("settings", "soundindevice", "2");
+      copy->Set("users", "foldercount", "2");
+    }
+    ann_.Set("users", "folder0", ben_.inward_folder());
+    ben_.Set("users", "folder0", ann_.inward_folder());
+    ann_.Set("users", "folder1", scratch_ / "nobody/Incoming");
+    ben_.Set("users", "folder1", scratch_ / "nobody/Incoming");
+    ann_.Start();
+    ben_.Start();
+    EXPECT_TRUE(ann_.WaitUntilAnswering()) << ann_.log();
+    EXPECT_TRUE(ben_.WaitUntilAnswering()) << ben_.log();
+    EXPECT_EQ(ann_.Control({"--set-name", "Ann"}).first, 0);
+    EXPECT_EQ(ben_.Control({"--set-name", "Ben"}).first, 0);
+    speech_ = scratch_ / "speech.wav";
+    EXPECT_EQ(Shell("espeak-ng -w '" + speech_ + "' 'Parlavox calling. Can you hear me, Ben?'"), 0);
+    EXPECT_EQ(
+        Shell("sox '" + speech_ + "' -r 11025 -c 1 -b 16 -e signed -t raw '" + speech_ + ".raw'"),
+        0);
+  }
+
+  ~CallProcessTest() override {
+    for (IntercomCopy* copy : {&ann_, &ben_}) {
+      copy->Control({"--quit"});
+      copy->process().WaitForExit(10s);
+    }
+  }
+
+  // Records a server's speaker monitor until the returned process is interrupted.
+  std::unique_ptr<ChildProcess> ListenToSpeaker(const PrivateSoundServer& server,
+                                                const std::string& into) {
+    return std::make_unique<ChildProcess>(
+        std::vector<std::string>{"/usr/bin/parec", "--device=speaker.monitor", "--raw",
+                                 "--format=s16le", "--rate=11025", "--channels=1"},
+        std::vector<std::string>{"PULSE_SERVER=" + server.address(), "HOME=" + scratch_.path()},
+        into, scratch_ / "parec.log");
+  }
+
+  // Plays the speech into a copy's microphone while that copy calls with `call`.
+  void Speak(const IntercomCopy& caller, const PrivateSoundServer& server,
+             const std::vector<std::string>& call) {
+    ASSERT_EQ(caller.Control(call).first, 0) << caller.log();
+    ASSERT_EQ(Shell("PULSE_SERVER=" + server.address() + " paplay --device=mic '" + speech_ + "'"),
+              0);
+    ASSERT_EQ(caller.Control({"--hangup"}).first, 0);
+  }
+
+  bool InboxEmpty(const IntercomCopy& copy) {
+    for (const auto& entry : std::filesystem::directory_iterator(copy.inward_folder())) {
+      if (entry.path().extension() == ".wav") return false;
+    }
+    return true;
+  }
+
+  bool BothSeeEachOtherOn() {
+    return Eventually(
+        [&] {
+          return ann_.Status()["users"].toArray()[0].toObject()["on"].toBool() &&
+                 ben_.Status()["users"].toArray()[0].toObject()["on"].toBool();
+        },
+        12s);
+  }
+
+  ScratchFolder scratch_;
+  PrivateSoundServer ann_server_{false}, ben_server_{false};
+  IntercomCopy ann_{scratch_ / "ann", ann_server_.address()};
+  IntercomCopy ben_{scratch_ / "ben", ben_server_.address()};
+  std::string speech_;
+};
+
+TEST_F(CallProcessTest, SpeechReachesTheCalleeAndTheReplyComesBack) {
+  ASSERT_TRUE(BothSeeEachOtherOn());
+  const std::vector<int16_t> speech = RawSamples(speech_ + ".raw");
+
+  auto ben_hears = ListenToSpeaker(ben_server_, scratch_ / "ben-heard.raw");
+  Speak(ann_, ann_server_, {"--call", "0"});
+  ASSERT_TRUE(
+      Eventually([&] { return !ben_.Status()["playing"].toBool() && InboxEmpty(ben_); }, 10s));
+  ben_hears->Signal(SIGINT);
+  ben_hears->WaitForExit(5s);
+  EXPECT_GT(BestCorrelation(speech, RawSamples(scratch_ / "ben-heard.raw")), 0.6);
+
+  const QJsonObject ben = ben_.Status();
+  EXPECT_EQ(ben["previous_caller"].toInt(), ann_.OwnRecord().id);
+  EXPECT_EQ(ben["status"].toString(), "<- Ann");
+
+  auto ann_hears = ListenToSpeaker(ann_server_, scratch_ / "ann-heard.raw");
+  Speak(ben_, ben_server_, {"--reply"});
+  ASSERT_TRUE(
+      Eventually([&] { return !ann_.Status()["playing"].toBool() && InboxEmpty(ann_); }, 10s));
+  ann_hears->Signal(SIGINT);
+  ann_hears->WaitForExit(5s);
+  EXPECT_GT(BestCorrelation(speech, RawSamples(scratch_ / "ann-heard.raw")), 0.6);
+}
+
+TEST_F(CallProcessTest, CallsToUsersWhoAreOffOrUnreachableWriteNothing) {
+  ASSERT_TRUE(BothSeeEachOtherOn());
+  ASSERT_EQ(ben_.Control({"--off"}).first, 0);
+  const auto [off_code, off_output] = ann_.Control({"--call", "0"});
+  EXPECT_EQ(off_code, 1);
+  EXPECT_EQ(ann_.Status()["status"].toString(), "User's Parlavox is off");
+  EXPECT_FALSE(ann_.Status()["recording"].toBool());
+  EXPECT_TRUE(InboxEmpty(ben_));
+  ASSERT_EQ(ben_.Control({"--on"}).first, 0);
+
+  EXPECT_EQ(ann_.Control({"--call", "1"}).first, 1);
+  EXPECT_EQ(ann_.Status()["status"].toString(), "Unable to contact user's computer");
+  EXPECT_FALSE(std::filesystem::exists(scratch_ / "nobody"));
+}
+
+TEST_F(CallProcessTest, WaitingMessagesPlayInTurnAndBrokenOnesGoSilently) {
+  // Three callers' messages land at once, with a broken and an empty one among them.
+  auto ben_hears = ListenToSpeaker(ben_server_, scratch_ / "ben-heard.raw");
+  std::this_thread::sleep_for(500ms);
+  const std::string staging = scratch_ / "staging";
+  std::filesystem::create_directories(staging);
+  for (int caller : {101, 102, 103}) {
+    std::vector<int32_t> tone(kRate / 2);
+    for (size_t i = 0; i < tone.size(); ++i) tone[i] = int32_t(12000 * 16 * std::sin(i * 0.5));
+    CreateWaveFileWriter(staging + "/" + std::to_string(caller) + ".wav", kRate, 1, 16, 0)
+        ->Write(tone.data(), int64_t(tone.size()));
+  }
+  WriteFileText(staging + "/104.wav", "not a wave file at all");
+  WriteFileText(staging + "/105.wav", "");
+  for (const auto& file : std::filesystem::directory_iterator(staging)) {
+    std::filesystem::rename(file.path(),
+                            ben_.inward_folder() + "/" + file.path().filename().string());
+  }
+  ASSERT_TRUE(
+      Eventually([&] { return InboxEmpty(ben_) && !ben_.Status()["playing"].toBool(); }, 10s));
+  std::this_thread::sleep_for(300ms);
+  ben_hears->Signal(SIGINT);
+  ben_hears->WaitForExit(5s);
+
+  // Three separate bursts of tone, each half a second long.
+  const std::vector<int16_t> heard = RawSamples(scratch_ / "ben-heard.raw");
+  int bursts = 0;
+  size_t quiet = 10000;
+  for (size_t i = 0; i < heard.size(); ++i) {
+    if (std::abs(heard[i]) > 2000) {
+      if (quiet > 1000) ++bursts;
+      quiet = 0;
+    } else {
+      ++quiet;
+    }
+  }
+  EXPECT_EQ(bursts, 3);
+  EXPECT_EQ(ben_.log().find("Sound Out Device Error"), std::string::npos);
+}
+
+TEST_F(CallProcessTest, ACallerKilledMidCallLeavesAMessageThatStillPlaysAndGoes) {
+  ASSERT_TRUE(BothSeeEachOtherOn());
+  ASSERT_EQ(ann_.Control({"--call", "0"}).first, 0);
+  Shell("PULSE_SERVER=" + ann_server_.address() + " timeout 1 paplay --device=mic '" + speech_ +
+        "'");
+  ann_.process().Signal(SIGKILL);
+  ann_.process().WaitForExit(5s);
+  EXPECT_TRUE(
+      Eventually([&] { return InboxEmpty(ben_) && !ben_.Status()["playing"].toBool(); }, 10s))
+      << ben_.log();
+  EXPECT_EQ(ben_.Status()["previous_caller"].toInt(), ann_.OwnRecord().id);
+  ann_.Start();  // so that the fixture can end it as usual
+  EXPECT_TRUE(ann_.WaitUntilAnswering());
+}
+
+}  // namespace
+}  // namespace parlavox

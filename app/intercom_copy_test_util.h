@@ -1,0 +1,109 @@
+#ifndef PARLAVOX_APP_INTERCOM_COPY_TEST_UTIL_H_
+#define PARLAVOX_APP_INTERCOM_COPY_TEST_UTIL_H_
+
+#include <stdlib.h>
+
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <chrono>
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "app/child_process_test_util.h"
+#include "app/profile_file.h"
+#include "app/scratch_folder_test_util.h"
+#include "app/user_record.h"
+
+namespace parlavox {
+
+template <typename Predicate>
+bool Eventually(Predicate done, std::chrono::milliseconds limit) {
+  const auto deadline = std::chrono::steady_clock::now() + limit;
+  while (std::chrono::steady_clock::now() < deadline) {
+    if (done()) return true;
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+  }
+  return done();
+}
+
+// One person's copy of the real parlavox executable: a home, runtime folder and
+// (optionally) sound server of its own, run without a window; everything it does is
+// watched through its files, its log and its command-line control.
+class IntercomCopy {
+ public:
+  IntercomCopy(const std::string& folder, std::string pulse_server = "")
+      : home_(folder + "/home"),
+        runtime_(folder + "/run"),
+        log_(folder + "/parlavox.log"),
+        control_output_(folder + "/control.out"),
+        machine_config_(folder + "/etc"),
+        pulse_server_(std::move(pulse_server)) {
+    std::filesystem::create_directories(home_);
+    std::filesystem::create_directories(inward_folder());
+    std::filesystem::create_directories(runtime_);
+    std::filesystem::permissions(runtime_, std::filesystem::perms::owner_all);
+  }
+
+  std::string data_folder() const { return home_ + "/.local/share/parlavox"; }
+  std::string settings() const { return data_folder() + "/settings.ini"; }
+  std::string inward_folder() const { return data_folder() + "/Incoming"; }
+  std::string log() const { return FileText(log_); }
+
+  std::vector<std::string> Environment() const {
+    std::vector<std::string> environment = {"HOME=" + home_, "XDG_RUNTIME_DIR=" + runtime_,
+                                            "XDG_CONFIG_DIRS=" + machine_config_,
+                                            "PATH=/usr/bin:/bin"};
+    if (!pulse_server_.empty()) environment.push_back("PULSE_SERVER=" + pulse_server_);
+    for (const char* keep : {"ASAN_OPTIONS", "UBSAN_OPTIONS", "LSAN_OPTIONS"}) {
+      if (const char* value = getenv(keep)) environment.push_back(std::string(keep) + "=" + value);
+    }
+    return environment;
+  }
+
+  void Start() {
+    process_ = std::make_unique<ChildProcess>(std::vector<std::string>{PARLAVOX_BINARY, "/service"},
+                                              Environment(), "/dev/null", log_);
+  }
+  ChildProcess& process() { return *process_; }
+
+  // Runs one control command to its end; returns its exit code and its output.
+  std::pair<int, std::string> Control(const std::vector<std::string>& arguments) const {
+    std::vector<std::string> argv = {PARLAVOX_BINARY};
+    argv.insert(argv.end(), arguments.begin(), arguments.end());
+    ChildProcess control(argv, Environment(), control_output_, log_);
+    const int code = control.WaitForExit(std::chrono::seconds(20));
+    return {code, FileText(control_output_)};
+  }
+
+  QJsonObject Status() const {
+    const std::string output = Control({"--status"}).second;
+    return QJsonDocument::fromJson(QByteArray::fromStdString(output)).object();
+  }
+
+  bool WaitUntilAnswering() const {
+    return Eventually([&] { return Control({"--status"}).first == 0; }, std::chrono::seconds(10));
+  }
+
+  UserRecord OwnRecord() const {
+    UserRecord record;
+    ReadUserRecord(&record, inward_folder() + "/ParlavoxUserData");
+    return record;
+  }
+
+  void Set(const std::string& section, const std::string& key, const std::string& value) const {
+    std::filesystem::create_directories(data_folder());
+    WriteProfileString(settings(), section, key, value);
+  }
+
+ private:
+  std::string home_, runtime_, log_, control_output_, machine_config_, pulse_server_;
+  std::unique_ptr<ChildProcess> process_;
+};
+
+}  // namespace parlavox
+
+#endif  // PARLAVOX_APP_INTERCOM_COPY_TEST_UTIL_H_
