@@ -8,7 +8,7 @@ packages=(
   cmake ninja-build g++ pkg-config qt6-base-dev libpulse-dev libsndfile1-dev libx11-dev
   libgtest-dev libgmock-dev libbenchmark-dev clang-format
   # tests: a private sound server, a virtual display with real key presses, audio tools
-  pulseaudio pulseaudio-utils xvfb xdotool x11-utils espeak-ng sox
+  pulseaudio pulseaudio-utils xvfb xdotool x11-utils espeak-ng sox python3
 )
 
 missing=()
