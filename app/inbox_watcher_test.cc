@@ -6,21 +6,13 @@
 
 #include <gtest/gtest.h>
 
+#include "app/counting_poster_test_util.h"
 #include "app/scratch_folder_test_util.h"
 
 namespace parlavox {
 namespace {
 
 using namespace std::chrono_literals;
-
-class CountingPoster : public TaskPoster {
- public:
-  void Post(std::function<void()> task) override {
-    task();
-    ++posts;
-  }
-  std::atomic<int> posts{0};
-};
 
 bool PostedWithin(const CountingPoster& poster, int at_least, std::chrono::milliseconds limit) {
   const auto deadline = std::chrono::steady_clock::now() + limit;
@@ -47,7 +39,9 @@ TEST(InboxWatcherTest, EveryKindOfNameChangeIsReportedAndStopIsPrompt) {
   std::filesystem::remove(folder / "43.wav");  // played and deleted
   ASSERT_TRUE(PostedWithin(poster, seen + 1, 2s));
 
+  seen = poster.posts;
   std::filesystem::create_directory(folder / "sub");
+  ASSERT_TRUE(PostedWithin(poster, seen + 1, 2s));  // the subfolder itself is a new name
   seen = poster.posts;
   WriteFileText(folder / "sub/7.wav", "x");  // subfolders are not watched
   std::this_thread::sleep_for(300ms);

@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include "app/counting_poster_test_util.h"
 #include "app/paths.h"
 #include "app/profile_file.h"
 #include "app/scratch_folder_test_util.h"
@@ -15,16 +16,6 @@ namespace parlavox {
 namespace {
 
 using namespace std::chrono_literals;
-
-// Runs posted tasks at once on the posting thread and counts them.
-class CountingPoster : public TaskPoster {
- public:
-  void Post(std::function<void()> task) override {
-    task();
-    ++posts;
-  }
-  std::atomic<int> posts{0};
-};
 
 class PresenceTest : public testing::Test {
  protected:

@@ -62,17 +62,8 @@ void CodecWaveFileReader::ReadBlock(int32_t* samples, int frames) {
   const int channels = this->channels();
   int32_t* const block_end = samples + int64_t{frames} * channels;
   position_ += frames;
-  if (!is_valid() || position_ <= 0) {
-    std::fill(samples, block_end, 0);
-    return;
-  }
-  int64_t wanted = frames;
-  if (wanted > position_) {  // the block starts before the first sample
-    const int64_t lead = (wanted - position_) * channels;
-    std::fill_n(samples, lead, 0);
-    samples += lead;
-    wanted = position_;
-  }
+  int64_t wanted = SilenceBeforeStart(samples, frames, position_);
+  if (wanted == 0) return;
   int64_t got = 0;
   if (!end_of_data_) {
     got = std::max<sf_count_t>(sf_readf_float(sound_, decoded_.data(), wanted), 0);

@@ -9,6 +9,7 @@
 #include "audio/sound_devices.h"
 #include "audio/sound_player.h"
 #include "audio/sound_server_test_util.h"
+#include "audio/wave_out.h"
 
 namespace parlavox {
 namespace {
@@ -109,6 +110,7 @@ TEST_F(MixerControlTest, PlaybackLevelsActOnTheProgramsOwnStreamsOnly) {
   EXPECT_EQ(Volume("list sink-inputs"), ServerUnits(-6));
 
   player.StopPlayback();
+  WaveOut::SetPlaybackVolume(1.0);  // the volume is the process's: leave it as found
   std::filesystem::remove_all(folder);
 }
 

@@ -59,4 +59,20 @@ bool PulseConnection::Wait(pa_operation* operation) {
   return done;
 }
 
+pa_stream* NewPcmStream(pa_context* context, const char* name, uint32_t rate, int channels) {
+  if (channels < 1 || channels > static_cast<int>(PA_CHANNELS_MAX)) return nullptr;
+  const pa_sample_spec spec{PA_SAMPLE_S16LE, rate, static_cast<uint8_t>(channels)};
+  if (!pa_sample_spec_valid(&spec)) return nullptr;
+  pa_channel_map map;
+  pa_channel_map_init_extend(&map, spec.channels, PA_CHANNEL_MAP_DEFAULT);
+  return pa_stream_new(context, name, &spec, &map);
+}
+
+bool WaitUntilReady(pa_stream* stream) {
+  while (pa_stream_get_state(stream) == PA_STREAM_CREATING) {
+    pa_threaded_mainloop_wait(PulseConnection::Instance().mainloop());
+  }
+  return pa_stream_get_state(stream) == PA_STREAM_READY;
+}
+
 }  // namespace parlavox

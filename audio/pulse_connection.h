@@ -35,6 +35,14 @@ class PulseConnection {
   pa_context* context_ = nullptr;
 };
 
+// A new, unconnected stream of 16-bit PCM on a ready context, main loop locked;
+// nullptr when the server can't take that format.
+pa_stream* NewPcmStream(pa_context* context, const char* name, uint32_t rate, int channels);
+
+// Waits, main loop locked, until a stream that is connecting is ready; false when
+// it failed. The stream's state callback must call PulseConnection::Signal.
+bool WaitUntilReady(pa_stream* stream);
+
 // Holds the main loop's lock for as long as it lives.
 class PulseLock {
  public:

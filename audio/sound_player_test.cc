@@ -129,7 +129,9 @@ TEST_F(SoundPlayerTest, PlaysAToneAfterTheLeadInThenReportsTheStop) {
     loop_.RunFor(400ms);
     delay[run] = Onset(monitor.samples, play_at) - static_cast<int64_t>(play_at);
     ASSERT_GE(delay[run], 0);
-    if (run == 1) EXPECT_EQ(listener_.positions.front(), -1499);
+    if (run == 1) {
+      EXPECT_EQ(listener_.positions.front(), -1499);
+    }
     EXPECT_EQ(listener_.positions.back(), 10000);
   }
   EXPECT_NEAR(delay[1] - delay[0], 1653, 441) << delay[0] << " " << delay[1];

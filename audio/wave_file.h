@@ -35,6 +35,10 @@ class WaveFileReader {
   // Reads at most kMaxBlockFrames frames.
   virtual void ReadBlock(int32_t* samples, int frames) = 0;
   void MarkInvalid() { valid_ = false; }
+  // For a block of `frames` frames that ends at `position`: silences the part that lies
+  // before the first sample (all of it for an invalid reader), moves `samples` past
+  // that part and returns how many frames are left to read.
+  int64_t SilenceBeforeStart(int32_t*& samples, int frames, int64_t position) const;
 
  private:
   int32_t sample_rate_;

@@ -49,6 +49,13 @@ void WaveFileReader::Read(int32_t* samples, int64_t frames) {
   }
 }
 
+int64_t WaveFileReader::SilenceBeforeStart(int32_t*& samples, int frames, int64_t position) const {
+  const int64_t lead = valid_ ? std::clamp<int64_t>(frames - position, 0, frames) : frames;
+  std::fill_n(samples, lead * channels_, 0);
+  samples += lead * channels_;
+  return frames - lead;
+}
+
 std::shared_ptr<WaveFileReader> OpenWaveFileReader(const std::string& path) {
   const int fd = OpenRegularFile(path);
   if (fd < 0) return nullptr;

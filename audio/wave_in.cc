@@ -13,18 +13,14 @@ WaveIn::~WaveIn() { Close(); }
 bool WaveIn::Open(int device, uint32_t rate, int channels, int buffer_frames, Delivery deliver) {
   Close();
   const std::optional<std::string> name = InputDeviceName(device);
-  if (!name || channels < 1 || channels > static_cast<int>(PA_CHANNELS_MAX)) return false;
+  if (!name) return false;
 
   PulseLock lock;
-  PulseConnection& pulse = PulseConnection::Instance();
-  pa_context* context = pulse.Context();
+  pa_context* context = PulseConnection::Instance().Context();
   if (context == nullptr) return false;
-  const pa_sample_spec spec{PA_SAMPLE_S16LE, rate, static_cast<uint8_t>(channels)};
-  if (!pa_sample_spec_valid(&spec)) return false;
-  pa_channel_map map;
-  pa_channel_map_init_extend(&map, spec.channels, PA_CHANNEL_MAP_DEFAULT);
-  stream_ = pa_stream_new(context, "Parlavox call", &spec, &map);
+  stream_ = NewPcmStream(context, "Parlavox call", rate, channels);
   if (stream_ == nullptr) return false;
+  const pa_sample_spec& spec = *pa_stream_get_sample_spec(stream_);
   deliver_ = std::make_shared<Delivery>(std::move(deliver));
   pa_stream_set_state_callback(stream_, &WaveIn::OnStreamState, this);
   pa_stream_set_read_callback(stream_, &WaveIn::OnRead, this);
@@ -39,10 +35,7 @@ bool WaveIn::Open(int device, uint32_t rate, int channels, int buffer_frames, De
     Close();
     return false;
   }
-  while (pa_stream_get_state(stream_) == PA_STREAM_CREATING) {
-    pa_threaded_mainloop_wait(pulse.mainloop());
-  }
-  if (pa_stream_get_state(stream_) != PA_STREAM_READY) {
+  if (!WaitUntilReady(stream_)) {
     Close();
     return false;
   }

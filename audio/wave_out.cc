@@ -37,18 +37,15 @@ WaveOut::~WaveOut() { Close(); }
 bool WaveOut::Open(int device, uint32_t rate, int channels, ManualResetEvent* buffer_done) {
   Close();
   const std::optional<std::string> name = OutputDeviceName(device);
-  if (!name || channels < 1 || channels > static_cast<int>(PA_CHANNELS_MAX)) return false;
+  if (!name) return false;
 
   PulseLock lock;
   PulseConnection& pulse = PulseConnection::Instance();
   pa_context* context = pulse.Context();
   if (context == nullptr) return false;
-  const pa_sample_spec spec{PA_SAMPLE_S16LE, rate, static_cast<uint8_t>(channels)};
-  if (!pa_sample_spec_valid(&spec)) return false;
-  pa_channel_map map;
-  pa_channel_map_init_extend(&map, spec.channels, PA_CHANNEL_MAP_DEFAULT);
-  stream_ = pa_stream_new(context, "Parlavox message", &spec, &map);
+  stream_ = NewPcmStream(context, "Parlavox message", rate, channels);
   if (stream_ == nullptr) return false;
+  const pa_sample_spec& spec = *pa_stream_get_sample_spec(stream_);
   buffer_done_ = buffer_done;
   failed_ = false;
   write_index_ = 0;
@@ -66,10 +63,7 @@ bool WaveOut::Open(int device, uint32_t rate, int channels, ManualResetEvent* bu
     Close();
     return false;
   }
-  while (pa_stream_get_state(stream_) == PA_STREAM_CREATING) {
-    pa_threaded_mainloop_wait(pulse.mainloop());
-  }
-  if (pa_stream_get_state(stream_) != PA_STREAM_READY) {
+  if (!WaitUntilReady(stream_)) {
     Close();
     return false;
   }
