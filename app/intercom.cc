@@ -17,6 +17,9 @@ constexpr int kStatusHoldMs = 12000;
 constexpr int kBetweenMessagesMs = 200;
 constexpr int32_t kLeadInTime = -1500;        // 0.15 s of silence before each message
 constexpr int32_t kCallHangTime = 216000000;  // 6 hours: a call never pauses by itself
+// How long a new message that holds no sound yet is waited for: the caller's copy
+// creates the file just before its microphone starts delivering.
+constexpr auto kFirstSoundWait = std::chrono::seconds(2);
 
 // The idle texts of the status line, in turn; the empty entry ends the list.
 const char* const kIdleTexts[] = {"Parlavox intercom", "Hold F5 to talk to the selected user",
@@ -34,6 +37,13 @@ std::optional<std::filesystem::path> FirstWaveFile(const std::string& folder) {
     if (IsWaveName(entry.path().filename())) return entry.path().filename();
   }
   return std::nullopt;
+}
+
+std::chrono::nanoseconds FileAge(const std::string& path) {
+  std::error_code error;
+  const auto written = std::filesystem::last_write_time(path, error);
+  if (error) return std::chrono::nanoseconds::max();
+  return std::filesystem::file_time_type::clock::now() - written;
 }
 
 int64_t TimeToFrames(int32_t time, int32_t rate) {
@@ -174,6 +184,11 @@ void Intercom::PlayNextMessage() {
   if (!reader || !reader->is_valid()) {
     std::filesystem::remove(playing_path_, error);  // the watcher sees it and tries the next
     playing_path_.clear();
+    return;
+  }
+  if (reader->GetLength() == 0 && FileAge(playing_path_) < kFirstSoundWait) {
+    playing_path_.clear();  // played empty now, it would be over and deleted at once
+    next_message_timer_.start(kBetweenMessagesMs);
     return;
   }
   reader->Seek(TimeToFrames(kLeadInTime, reader->sample_rate()));
