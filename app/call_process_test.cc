@@ -151,7 +151,9 @@ TEST_F(CallProcessTest, SpeechReachesTheCalleeAndTheReplyComesBack) {
       Eventually([&] { return !ben_.Status()["playing"].toBool() && InboxEmpty(ben_); }, 10s));
   ben_hears->Signal(SIGINT);
   ben_hears->WaitForExit(5s);
-  EXPECT_GT(SpeechFound(speech, RawSamples(scratch_ / "ben-heard.raw")), 0.6);
+  EXPECT_GT(SpeechFound(speech, RawSamples(scratch_ / "ben-heard.raw")), 0.6)
+      << RawSamples(scratch_ / "ben-heard.raw").size() << " samples heard\n"
+      << ben_.log();
 
   const QJsonObject ben = ben_.Status();
   EXPECT_EQ(ben["previous_caller"].toInt(), ann_.OwnRecord().id);
@@ -163,7 +165,9 @@ TEST_F(CallProcessTest, SpeechReachesTheCalleeAndTheReplyComesBack) {
       Eventually([&] { return !ann_.Status()["playing"].toBool() && InboxEmpty(ann_); }, 10s));
   ann_hears->Signal(SIGINT);
   ann_hears->WaitForExit(5s);
-  EXPECT_GT(SpeechFound(speech, RawSamples(scratch_ / "ann-heard.raw")), 0.6);
+  EXPECT_GT(SpeechFound(speech, RawSamples(scratch_ / "ann-heard.raw")), 0.6)
+      << RawSamples(scratch_ / "ann-heard.raw").size() << " samples heard\n"
+      << ann_.log();
 }
 
 TEST_F(CallProcessTest, CallsToUsersWhoAreOffOrUnreachableWriteNothing) {
