@@ -99,12 +99,14 @@ class CallProcessTest : public testing::Test {
     }
   }
 
-  // Records a server's speaker monitor until the returned process is interrupted.
+  // Records a server's speaker monitor until the returned process is interrupted. Small
+  // fragments keep what is still in flight when it is interrupted from being lost.
   std::unique_ptr<ChildProcess> ListenToSpeaker(const PrivateSoundServer& server,
                                                 const std::string& into) {
     return std::make_unique<ChildProcess>(
         std::vector<std::string>{"/usr/bin/parec", "--device=speaker.monitor", "--raw",
-                                 "--format=s16le", "--rate=11025", "--channels=1"},
+                                 "--format=s16le", "--rate=11025", "--channels=1",
+                                 "--latency-msec=20"},
         std::vector<std::string>{"PULSE_SERVER=" + server.address(), "HOME=" + scratch_.path()},
         into, scratch_ / "parec.log");
   }
@@ -149,6 +151,7 @@ TEST_F(CallProcessTest, SpeechReachesTheCalleeAndTheReplyComesBack) {
   Speak(ann_, ann_server_, {"--call", "0"});
   ASSERT_TRUE(
       Eventually([&] { return !ben_.Status()["playing"].toBool() && InboxEmpty(ben_); }, 10s));
+  std::this_thread::sleep_for(300ms);
   ben_hears->Signal(SIGINT);
   ben_hears->WaitForExit(5s);
   EXPECT_GT(SpeechFound(speech, RawSamples(scratch_ / "ben-heard.raw")), 0.6)
@@ -163,6 +166,7 @@ TEST_F(CallProcessTest, SpeechReachesTheCalleeAndTheReplyComesBack) {
   Speak(ben_, ben_server_, {"--reply"});
   ASSERT_TRUE(
       Eventually([&] { return !ann_.Status()["playing"].toBool() && InboxEmpty(ann_); }, 10s));
+  std::this_thread::sleep_for(300ms);
   ann_hears->Signal(SIGINT);
   ann_hears->WaitForExit(5s);
   EXPECT_GT(SpeechFound(speech, RawSamples(scratch_ / "ann-heard.raw")), 0.6)
@@ -226,9 +230,14 @@ TEST_F(CallProcessTest, WaitingMessagesPlayInTurnAndBrokenOnesGoSilently) {
 }
 
 TEST_F(CallProcessTest, AMessageWithoutSoundYetWaitsForItsFirstSound) {
-  // A caller's copy has created its message file, but its microphone is slow to start.
-  auto writer = CreateWaveFileWriter(ben_.inward_folder() + "/77.wav", kRate, 1, 16, 0);
-  std::this_thread::sleep_for(1s);
+  // A caller's copy has created its message file but not yet written the header...
+  const std::string message = ben_.inward_folder() + "/77.wav";
+  WriteFileText(message, "");
+  std::this_thread::sleep_for(700ms);
+  EXPECT_FALSE(InboxEmpty(ben_));  // not taken for a broken file and deleted
+  // ...then the header, but its microphone is slow to start.
+  auto writer = CreateWaveFileWriter(message, kRate, 1, 16, 0);
+  std::this_thread::sleep_for(700ms);
   EXPECT_FALSE(InboxEmpty(ben_));  // not played empty and deleted
   std::vector<int32_t> tone(kRate / 2);
   for (size_t i = 0; i < tone.size(); ++i) tone[i] = int32_t(12000 * 16 * std::sin(i * 0.5));

@@ -17,8 +17,9 @@ constexpr int kStatusHoldMs = 12000;
 constexpr int kBetweenMessagesMs = 200;
 constexpr int32_t kLeadInTime = -1500;        // 0.15 s of silence before each message
 constexpr int32_t kCallHangTime = 216000000;  // 6 hours: a call never pauses by itself
-// How long a new message that holds no sound yet is waited for: the caller's copy
-// creates the file just before its microphone starts delivering.
+// How long a message file that is not playable yet is left alone after its last change:
+// the caller's copy creates the file, then writes its header, then the first sound as the
+// microphone delivers it. Deleted or played in that time, the call would be lost.
 constexpr auto kFirstSoundWait = std::chrono::seconds(2);
 
 // The idle texts of the status line, in turn; the empty entry ends the list.
@@ -181,14 +182,15 @@ void Intercom::PlayNextMessage() {
   playing_path_ = JoinPath(settings_.inward_folder(), name->string());
   std::shared_ptr<WaveFileReader> reader = OpenWaveFileReader(playing_path_);
   std::error_code error;
-  if (!reader || !reader->is_valid()) {
-    std::filesystem::remove(playing_path_, error);  // the watcher sees it and tries the next
-    playing_path_.clear();
+  const bool usable = reader && reader->is_valid();
+  if ((!usable || reader->GetLength() == 0) && FileAge(playing_path_) < kFirstSoundWait) {
+    playing_path_.clear();  // perhaps still being written: look again shortly
+    next_message_timer_.start(kBetweenMessagesMs);
     return;
   }
-  if (reader->GetLength() == 0 && FileAge(playing_path_) < kFirstSoundWait) {
-    playing_path_.clear();  // played empty now, it would be over and deleted at once
-    next_message_timer_.start(kBetweenMessagesMs);
+  if (!usable) {
+    std::filesystem::remove(playing_path_, error);  // the watcher sees it and tries the next
+    playing_path_.clear();
     return;
   }
   reader->Seek(TimeToFrames(kLeadInTime, reader->sample_rate()));
