@@ -65,6 +65,28 @@ double SpeechFound(const std::vector<int16_t>& needle, const std::vector<int16_t
   return energy_total > 0 ? weighted / energy_total : 0;
 }
 
+// Half a second of loud tone in the internal sample scale.
+std::vector<int32_t> HalfASecondOfTone() {
+  std::vector<int32_t> tone(kRate / 2);
+  for (size_t i = 0; i < tone.size(); ++i) tone[i] = int32_t(12000 * 16 * std::sin(i * 0.5));
+  return tone;
+}
+
+// How many separate stretches of loud sound `heard` holds.
+int ToneBursts(const std::vector<int16_t>& heard) {
+  int bursts = 0;
+  size_t quiet = 10000;
+  for (const int16_t sample : heard) {
+    if (std::abs(sample) > 2000) {
+      if (quiet > 1000) ++bursts;
+      quiet = 0;
+    } else {
+      ++quiet;
+    }
+  }
+  return bursts;
+}
+
 class CallProcessTest : public testing::Test {
  protected:
   CallProcessTest() {
@@ -99,17 +121,29 @@ class CallProcessTest : public testing::Test {
     }
   }
 
-  // Records a server's speaker monitor until the returned process is interrupted. Small
-  // fragments keep what is still in flight when it is interrupted from being lost.
-  std::unique_ptr<ChildProcess> ListenToSpeaker(const PrivateSoundServer& server,
-                                                const std::string& into) {
-    return std::make_unique<ChildProcess>(
-        std::vector<std::string>{"/usr/bin/parec", "--device=speaker.monitor", "--raw",
-                                 "--format=s16le", "--rate=11025", "--channels=1",
-                                 "--latency-msec=20"},
-        std::vector<std::string>{"PULSE_SERVER=" + server.address(), "HOME=" + scratch_.path()},
-        into, scratch_ / "parec.log");
-  }
+  // Records a copy's speaker (its server's "speaker" monitor) from now until Heard().
+  class SpeakerRecording {
+   public:
+    SpeakerRecording(const PrivateSoundServer& server, const std::string& path)
+        : path_(path),
+          parec_({"/usr/bin/parec", "--device=speaker.monitor", "--raw", "--format=s16le",
+                  "--rate=11025", "--channels=1", "--latency-msec=20"},
+                 {"PULSE_SERVER=" + server.address(),
+                  "HOME=" + std::filesystem::path(path).parent_path().string()},
+                 path, path + ".log") {}
+    // Ends the recording once what is still on its way has arrived; small fragments
+    // keep the interruption from losing any of it.
+    std::vector<int16_t> Heard() {
+      std::this_thread::sleep_for(300ms);
+      parec_.Signal(SIGINT);
+      parec_.WaitForExit(5s);
+      return RawSamples(path_);
+    }
+
+   private:
+    std::string path_;
+    ChildProcess parec_;
+  };
 
   // Plays the speech into a copy's microphone while that copy calls with `call`.
   void Speak(const IntercomCopy& caller, const PrivateSoundServer& server,
@@ -125,6 +159,12 @@ class CallProcessTest : public testing::Test {
       if (entry.path().extension() == ".wav") return false;
     }
     return true;
+  }
+
+  // Waits until `copy` has played and deleted every waiting message.
+  bool AllPlayed(const IntercomCopy& copy, std::chrono::seconds limit) {
+    return Eventually([&] { return InboxEmpty(copy) && !copy.Status()["playing"].toBool(); },
+                      limit);
   }
 
   bool BothSeeEachOtherOn() {
@@ -147,31 +187,23 @@ TEST_F(CallProcessTest, SpeechReachesTheCalleeAndTheReplyComesBack) {
   ASSERT_TRUE(BothSeeEachOtherOn());
   const std::vector<int16_t> speech = RawSamples(speech_ + ".raw");
 
-  auto ben_hears = ListenToSpeaker(ben_server_, scratch_ / "ben-heard.raw");
+  SpeakerRecording ben_speaker(ben_server_, scratch_ / "ben-heard.raw");
   Speak(ann_, ann_server_, {"--call", "0"});
-  ASSERT_TRUE(
-      Eventually([&] { return !ben_.Status()["playing"].toBool() && InboxEmpty(ben_); }, 10s));
-  std::this_thread::sleep_for(300ms);
-  ben_hears->Signal(SIGINT);
-  ben_hears->WaitForExit(5s);
-  EXPECT_GT(SpeechFound(speech, RawSamples(scratch_ / "ben-heard.raw")), 0.6)
-      << RawSamples(scratch_ / "ben-heard.raw").size() << " samples heard\n"
-      << ben_.log();
+  ASSERT_TRUE(AllPlayed(ben_, 10s));
+  const std::vector<int16_t> ben_heard = ben_speaker.Heard();
+  EXPECT_GT(SpeechFound(speech, ben_heard), 0.6) << ben_heard.size() << " samples heard\n"
+                                                 << ben_.log();
 
   const QJsonObject ben = ben_.Status();
   EXPECT_EQ(ben["previous_caller"].toInt(), ann_.OwnRecord().id);
   EXPECT_EQ(ben["status"].toString(), "<- Ann");
 
-  auto ann_hears = ListenToSpeaker(ann_server_, scratch_ / "ann-heard.raw");
+  SpeakerRecording ann_speaker(ann_server_, scratch_ / "ann-heard.raw");
   Speak(ben_, ben_server_, {"--reply"});
-  ASSERT_TRUE(
-      Eventually([&] { return !ann_.Status()["playing"].toBool() && InboxEmpty(ann_); }, 10s));
-  std::this_thread::sleep_for(300ms);
-  ann_hears->Signal(SIGINT);
-  ann_hears->WaitForExit(5s);
-  EXPECT_GT(SpeechFound(speech, RawSamples(scratch_ / "ann-heard.raw")), 0.6)
-      << RawSamples(scratch_ / "ann-heard.raw").size() << " samples heard\n"
-      << ann_.log();
+  ASSERT_TRUE(AllPlayed(ann_, 10s));
+  const std::vector<int16_t> ann_heard = ann_speaker.Heard();
+  EXPECT_GT(SpeechFound(speech, ann_heard), 0.6) << ann_heard.size() << " samples heard\n"
+                                                 << ann_.log();
 }
 
 TEST_F(CallProcessTest, CallsToUsersWhoAreOffOrUnreachableWriteNothing) {
@@ -191,13 +223,12 @@ TEST_F(CallProcessTest, CallsToUsersWhoAreOffOrUnreachableWriteNothing) {
 
 TEST_F(CallProcessTest, WaitingMessagesPlayInTurnAndBrokenOnesGoSilently) {
   // Three callers' messages land at once, with a broken and an empty one among them.
-  auto ben_hears = ListenToSpeaker(ben_server_, scratch_ / "ben-heard.raw");
+  SpeakerRecording ben_speaker(ben_server_, scratch_ / "ben-heard.raw");
   std::this_thread::sleep_for(500ms);
   const std::string staging = scratch_ / "staging";
   std::filesystem::create_directories(staging);
   for (int caller : {101, 102, 103}) {
-    std::vector<int32_t> tone(kRate / 2);
-    for (size_t i = 0; i < tone.size(); ++i) tone[i] = int32_t(12000 * 16 * std::sin(i * 0.5));
+    const std::vector<int32_t> tone = HalfASecondOfTone();
     CreateWaveFileWriter(staging + "/" + std::to_string(caller) + ".wav", kRate, 1, 16, 0)
         ->Write(tone.data(), int64_t(tone.size()));
   }
@@ -207,25 +238,8 @@ TEST_F(CallProcessTest, WaitingMessagesPlayInTurnAndBrokenOnesGoSilently) {
     std::filesystem::rename(file.path(),
                             ben_.inward_folder() + "/" + file.path().filename().string());
   }
-  ASSERT_TRUE(
-      Eventually([&] { return InboxEmpty(ben_) && !ben_.Status()["playing"].toBool(); }, 10s));
-  std::this_thread::sleep_for(300ms);
-  ben_hears->Signal(SIGINT);
-  ben_hears->WaitForExit(5s);
-
-  // Three separate bursts of tone, each half a second long.
-  const std::vector<int16_t> heard = RawSamples(scratch_ / "ben-heard.raw");
-  int bursts = 0;
-  size_t quiet = 10000;
-  for (size_t i = 0; i < heard.size(); ++i) {
-    if (std::abs(heard[i]) > 2000) {
-      if (quiet > 1000) ++bursts;
-      quiet = 0;
-    } else {
-      ++quiet;
-    }
-  }
-  EXPECT_EQ(bursts, 3);
+  ASSERT_TRUE(AllPlayed(ben_, 10s));
+  EXPECT_EQ(ToneBursts(ben_speaker.Heard()), 3);
   EXPECT_EQ(ben_.log().find("Sound Out Device Error"), std::string::npos);
 }
 
@@ -239,13 +253,28 @@ TEST_F(CallProcessTest, AMessageWithoutSoundYetWaitsForItsFirstSound) {
   auto writer = CreateWaveFileWriter(message, kRate, 1, 16, 0);
   std::this_thread::sleep_for(700ms);
   EXPECT_FALSE(InboxEmpty(ben_));  // not played empty and deleted
-  std::vector<int32_t> tone(kRate / 2);
-  for (size_t i = 0; i < tone.size(); ++i) tone[i] = int32_t(12000 * 16 * std::sin(i * 0.5));
+  const std::vector<int32_t> tone = HalfASecondOfTone();
   writer->Write(tone.data(), int64_t(tone.size()));
   writer.reset();
   EXPECT_TRUE(Eventually([&] { return ben_.Status()["previous_caller"].toInt() == 77; }, 3s));
-  EXPECT_TRUE(
-      Eventually([&] { return InboxEmpty(ben_) && !ben_.Status()["playing"].toBool(); }, 5s));
+  EXPECT_TRUE(AllPlayed(ben_, 5s));
+}
+
+TEST_F(CallProcessTest, PlaybackThatCatchesUpWithItsCallerGoesOnWhenMoreArrives) {
+  SpeakerRecording ben_speaker(ben_server_, scratch_ / "ben-heard.raw");
+  std::this_thread::sleep_for(500ms);
+  // The caller's copy stalls after half a second of sound, longer than the callee's
+  // queue lasts, then goes on.
+  auto writer = CreateWaveFileWriter(ben_.inward_folder() + "/78.wav", kRate, 1, 16, 0);
+  const std::vector<int32_t> tone = HalfASecondOfTone();
+  writer->Write(tone.data(), int64_t(tone.size()));
+  std::this_thread::sleep_for(1200ms);
+  EXPECT_FALSE(ben_.Status()["playing"].toBool());
+  EXPECT_FALSE(InboxEmpty(ben_));  // not deleted under the caller
+  writer->Write(tone.data(), int64_t(tone.size()));
+  writer.reset();
+  ASSERT_TRUE(AllPlayed(ben_, 5s));
+  EXPECT_EQ(ToneBursts(ben_speaker.Heard()), 2);
 }
 
 TEST_F(CallProcessTest, ACallerKilledMidCallLeavesAMessageThatStillPlaysAndGoes) {
@@ -255,9 +284,7 @@ TEST_F(CallProcessTest, ACallerKilledMidCallLeavesAMessageThatStillPlaysAndGoes)
         "'");
   ann_.process().Signal(SIGKILL);
   ann_.process().WaitForExit(5s);
-  EXPECT_TRUE(
-      Eventually([&] { return InboxEmpty(ben_) && !ben_.Status()["playing"].toBool(); }, 10s))
-      << ben_.log();
+  EXPECT_TRUE(AllPlayed(ben_, 10s)) << ben_.log();
   EXPECT_EQ(ben_.Status()["previous_caller"].toInt(), ann_.OwnRecord().id);
   ann_.Start();  // so that the fixture can end it as usual
   EXPECT_TRUE(ann_.WaitUntilAnswering());

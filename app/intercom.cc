@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <optional>
 
+#include "app/message_file.h"
 #include "app/paths.h"
 #include "audio/mixer_control.h"
 
@@ -17,10 +18,6 @@ constexpr int kStatusHoldMs = 12000;
 constexpr int kBetweenMessagesMs = 200;
 constexpr int32_t kLeadInTime = -1500;        // 0.15 s of silence before each message
 constexpr int32_t kCallHangTime = 216000000;  // 6 hours: a call never pauses by itself
-// How long a message file that is not playable yet is left alone after its last change:
-// the caller's copy creates the file, then writes its header, then the first sound as the
-// microphone delivers it. Deleted or played in that time, the call would be lost.
-constexpr auto kFirstSoundWait = std::chrono::seconds(2);
 
 // The idle texts of the status line, in turn; the empty entry ends the list.
 const char* const kIdleTexts[] = {"Parlavox intercom", "Hold F5 to talk to the selected user",
@@ -38,13 +35,6 @@ std::optional<std::filesystem::path> FirstWaveFile(const std::string& folder) {
     if (IsWaveName(entry.path().filename())) return entry.path().filename();
   }
   return std::nullopt;
-}
-
-std::chrono::nanoseconds FileAge(const std::string& path) {
-  std::error_code error;
-  const auto written = std::filesystem::last_write_time(path, error);
-  if (error) return std::chrono::nanoseconds::max();
-  return std::filesystem::file_time_type::clock::now() - written;
 }
 
 int64_t TimeToFrames(int32_t time, int32_t rate) {
@@ -164,6 +154,10 @@ void Intercom::ShowNextIdleText() {
 
 void Intercom::PlayNextMessage() {
   if (player_.is_open()) return;  // the next one is picked when this one ends
+  if (resumed_reader_) {
+    ResumeMessage();
+    return;
+  }
   const std::optional<std::filesystem::path> name = FirstWaveFile(settings_.inward_folder());
   if (!name) return;
   previous_caller_ = ParseInteger(name->string());  // before anything can fail: Reply targets it
@@ -181,16 +175,15 @@ void Intercom::PlayNextMessage() {
 
   playing_path_ = JoinPath(settings_.inward_folder(), name->string());
   std::shared_ptr<WaveFileReader> reader = OpenWaveFileReader(playing_path_);
-  std::error_code error;
   const bool usable = reader && reader->is_valid();
-  if ((!usable || reader->GetLength() == 0) && FileAge(playing_path_) < kFirstSoundWait) {
-    playing_path_.clear();  // perhaps still being written: look again shortly
+  if ((!usable || reader->GetLength() == 0) && IsMessageStillComing(playing_path_)) {
+    // Taken for broken or played empty now, the whole call would be lost.
+    playing_path_.clear();
     next_message_timer_.start(kBetweenMessagesMs);
     return;
   }
   if (!usable) {
-    std::filesystem::remove(playing_path_, error);  // the watcher sees it and tries the next
-    playing_path_.clear();
+    FinishMessage();  // the watcher sees the deletion and tries the next
     return;
   }
   reader->Seek(TimeToFrames(kLeadInTime, reader->sample_rate()));
@@ -198,21 +191,47 @@ void Intercom::PlayNextMessage() {
   player_.set_device(device);
   MixerControl::SetOutputVolume(device,
                                 settings_.ReadDecibels(kSettingsSection, "soundoutvolume", 0), 0);
-  if (!player_.Play(std::move(reader), 0)) {
-    std::filesystem::remove(playing_path_, error);
-    playing_path_.clear();
-    view_.ShowAlert(
-        "Unable to start playback. Check that you have selected the correct Sound Out Device "
-        "using Settings.",
-        "Sound Out Device Error");
+  playing_reader_ = reader;
+  if (!player_.Play(std::move(reader), 0)) OnPlayFailed();
+}
+
+void Intercom::ResumeMessage() {
+  std::shared_ptr<WaveFileReader> reader = std::move(resumed_reader_);
+  if (reader->GetLength() > reader->GetPosition()) {
+    playing_reader_ = reader;
+    if (!player_.Play(std::move(reader), 0)) OnPlayFailed();
+  } else if (IsMessageStillComing(playing_path_)) {
+    resumed_reader_ = std::move(reader);
+    next_message_timer_.start(kBetweenMessagesMs);
+  } else {
+    FinishMessage();
+    next_message_timer_.start(kBetweenMessagesMs);
   }
 }
 
+void Intercom::OnPlayFailed() {
+  FinishMessage();
+  view_.ShowAlert(
+      "Unable to start playback. Check that you have selected the correct Sound Out Device "
+      "using Settings.",
+      "Sound Out Device Error");
+}
+
+void Intercom::FinishMessage() {
+  std::error_code error;
+  if (!playing_path_.empty()) std::filesystem::remove(playing_path_, error);
+  playing_path_.clear();
+  playing_reader_.reset();
+  resumed_reader_.reset();
+}
+
 void Intercom::OnPlayStopped(uint32_t) {
-  if (!playing_path_.empty()) {
-    std::error_code error;
-    std::filesystem::remove(playing_path_, error);
-    playing_path_.clear();
+  if (!playing_path_.empty() && IsMessageStillComing(playing_path_)) {
+    // The caller's copy fell behind for longer than the queued sound lasted: go on
+    // from here when more has arrived instead of throwing the rest of the call away.
+    resumed_reader_ = std::move(playing_reader_);
+  } else {
+    FinishMessage();
   }
   next_message_timer_.start(kBetweenMessagesMs);
 }

@@ -89,6 +89,11 @@ class Intercom : private LSoundPlayerListener, private LSoundRecorderListener {
   void ShowStatus(const std::string& text);
   void ShowNextIdleText();
 
+  // Goes on with a message whose playback caught up with its caller.
+  void ResumeMessage();
+  // Deletes the message being played and forgets it.
+  void FinishMessage();
+  void OnPlayFailed();
   void OnPlayStopped(uint32_t cookie) override;
 
   const SettingsFile& settings_;
@@ -96,6 +101,8 @@ class Intercom : private LSoundPlayerListener, private LSoundRecorderListener {
   UserRecord own_record_;
   int32_t previous_caller_ = -1;
   std::string playing_path_;
+  std::shared_ptr<WaveFileReader> playing_reader_;  // the player's, kept for a resume
+  std::shared_ptr<WaveFileReader> resumed_reader_;  // set while waiting to go on
   std::string status_text_;
   size_t idle_text_index_ = 0;
   UserList users_;
