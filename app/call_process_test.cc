@@ -244,8 +244,10 @@ TEST_F(CallProcessTest, WaitingMessagesPlayInTurnAndBrokenOnesGoSilently) {
 }
 
 TEST_F(CallProcessTest, AMessageWithoutSoundYetWaitsForItsFirstSound) {
+  ASSERT_TRUE(BothSeeEachOtherOn());
   // A caller's copy has created its message file but not yet written the header...
-  const std::string message = ben_.inward_folder() + "/77.wav";
+  const int32_t ann_id = ann_.OwnRecord().id;
+  const std::string message = ben_.inward_folder() + "/" + std::to_string(ann_id) + ".wav";
   WriteFileText(message, "");
   std::this_thread::sleep_for(700ms);
   EXPECT_FALSE(InboxEmpty(ben_));  // not taken for a broken file and deleted
@@ -256,8 +258,14 @@ TEST_F(CallProcessTest, AMessageWithoutSoundYetWaitsForItsFirstSound) {
   const std::vector<int32_t> tone = HalfASecondOfTone();
   writer->Write(tone.data(), int64_t(tone.size()));
   writer.reset();
-  EXPECT_TRUE(Eventually([&] { return ben_.Status()["previous_caller"].toInt() == 77; }, 3s));
+  EXPECT_TRUE(Eventually([&] { return ben_.Status()["previous_caller"].toInt() == ann_id; }, 3s));
   EXPECT_TRUE(AllPlayed(ben_, 5s));
+  // The caller is announced once, when the sound starts, not on every look at the file.
+  const std::string log = ben_.log();
+  const std::string announcement = "parlavox: <- " + ann_.OwnRecord().Name() + "\n";
+  const size_t first = log.find(announcement);
+  EXPECT_NE(first, std::string::npos) << log;
+  EXPECT_EQ(log.find(announcement, first + 1), std::string::npos) << log;
 }
 
 TEST_F(CallProcessTest, PlaybackThatCatchesUpWithItsCallerGoesOnWhenMoreArrives) {

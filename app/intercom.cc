@@ -162,17 +162,6 @@ void Intercom::PlayNextMessage() {
   if (!name) return;
   previous_caller_ = ParseInteger(name->string());  // before anything can fail: Reply targets it
 
-  const int32_t count = settings_.ReadCount(kUsersSection, "folder");
-  for (int i = 0; i < count; ++i) {
-    if (settings_.ReadInt(kUsersSection, ListKey("id", i), 1) != previous_caller_) continue;
-    UserRecord caller;
-    const std::string folder = settings_.ReadText(kUsersSection, ListKey("folder", i));
-    if (ReadUserRecord(&caller, JoinPath(folder, kUserRecordFileName))) {
-      ShowStatus("<- " + caller.Name());
-    }
-    break;
-  }
-
   playing_path_ = JoinPath(settings_.inward_folder(), name->string());
   std::shared_ptr<WaveFileReader> reader = OpenWaveFileReader(playing_path_);
   const bool usable = reader && reader->is_valid();
@@ -182,6 +171,7 @@ void Intercom::PlayNextMessage() {
     next_message_timer_.start(kBetweenMessagesMs);
     return;
   }
+  ShowCallerStatus();
   if (!usable) {
     FinishMessage();  // the watcher sees the deletion and tries the next
     return;
@@ -193,6 +183,19 @@ void Intercom::PlayNextMessage() {
                                 settings_.ReadDecibels(kSettingsSection, "soundoutvolume", 0), 0);
   playing_reader_ = reader;
   if (!player_.Play(std::move(reader), 0)) OnPlayFailed();
+}
+
+void Intercom::ShowCallerStatus() {
+  const int32_t count = settings_.ReadCount(kUsersSection, "folder");
+  for (int i = 0; i < count; ++i) {
+    if (settings_.ReadInt(kUsersSection, ListKey("id", i), 1) != previous_caller_) continue;
+    UserRecord caller;
+    const std::string folder = settings_.ReadText(kUsersSection, ListKey("folder", i));
+    if (ReadUserRecord(&caller, JoinPath(folder, kUserRecordFileName))) {
+      ShowStatus("<- " + caller.Name());
+    }
+    return;
+  }
 }
 
 void Intercom::ResumeMessage() {

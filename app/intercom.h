@@ -89,6 +89,8 @@ class Intercom : private LSoundPlayerListener, private LSoundRecorderListener {
   void ShowStatus(const std::string& text);
   void ShowNextIdleText();
 
+  // Shows "<- name" for the previous caller when that caller is in the list.
+  void ShowCallerStatus();
   // Goes on with a message whose playback caught up with its caller.
   void ResumeMessage();
   // Deletes the message being played and forgets it.
