@@ -16,6 +16,9 @@ constexpr int kFirstIdleTextMs = 800;
 constexpr int kIdleTextMs = 8000;
 constexpr int kStatusHoldMs = 12000;
 constexpr int kBetweenMessagesMs = 200;
+// A message that is still being written is looked at this often, so that its sound is
+// heard soon after it arrives: every wait here adds to the delay of the whole call.
+constexpr int kStillComingLookMs = 20;
 constexpr int32_t kLeadInTime = -1500;        // 0.15 s of silence before each message
 constexpr int32_t kCallHangTime = 216000000;  // 6 hours: a call never pauses by itself
 
@@ -165,10 +168,13 @@ void Intercom::PlayNextMessage() {
   playing_path_ = JoinPath(settings_.inward_folder(), name->string());
   std::shared_ptr<WaveFileReader> reader = OpenWaveFileReader(playing_path_);
   const bool usable = reader && reader->is_valid();
-  if ((!usable || reader->GetLength() == 0) && IsMessageStillComing(playing_path_)) {
-    // Taken for broken or played empty now, the whole call would be lost.
+  if (!usable && IsMessageStillComing(playing_path_)) {
+    // The caller's copy has not written the header yet: taken for broken now, the
+    // whole call would be lost. A message that holds no sound yet is played at once:
+    // its lead-in covers the wait for the first sound, and should the lead-in run out
+    // first, playback goes on from there when the sound arrives.
     playing_path_.clear();
-    next_message_timer_.start(kBetweenMessagesMs);
+    next_message_timer_.start(kStillComingLookMs);
     return;
   }
   ShowCallerStatus();
@@ -205,7 +211,7 @@ void Intercom::ResumeMessage() {
     if (!player_.Play(std::move(reader), 0)) OnPlayFailed();
   } else if (IsMessageStillComing(playing_path_)) {
     resumed_reader_ = std::move(reader);
-    next_message_timer_.start(kBetweenMessagesMs);
+    next_message_timer_.start(kStillComingLookMs);
   } else {
     FinishMessage();
     next_message_timer_.start(kBetweenMessagesMs);
@@ -233,10 +239,11 @@ void Intercom::OnPlayStopped(uint32_t) {
     // The caller's copy fell behind for longer than the queued sound lasted: go on
     // from here when more has arrived instead of throwing the rest of the call away.
     resumed_reader_ = std::move(playing_reader_);
+    next_message_timer_.start(kStillComingLookMs);
   } else {
     FinishMessage();
+    next_message_timer_.start(kBetweenMessagesMs);
   }
-  next_message_timer_.start(kBetweenMessagesMs);
 }
 
 bool Intercom::StartCall(int index) {
