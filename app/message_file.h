@@ -11,10 +11,6 @@ namespace parlavox {
 // its microphone delivers it, and writes the exact header when the call ends.
 constexpr std::chrono::seconds kMessageSettleTime{2};
 
-// The time since the file at `path` last changed; the longest duration when it can't be
-// looked at.
-std::chrono::nanoseconds FileAge(const std::string& path);
-
 // Whether the caller's copy is still writing the message at `path`: the file changed
 // within the settle time and its header still claims more sound than the file holds
 // (or there is no usable header yet). A caller that died mid-call leaves such a header
