@@ -8,20 +8,10 @@
 #include <atomic>
 #include <cerrno>
 
+#include "util/file_io.h"
+
 namespace parlavox {
 namespace {
-
-bool WriteAll(int fd, std::string_view data) {
-  while (!data.empty()) {
-    const ssize_t written = write(fd, data.data(), data.size());
-    if (written < 0) {
-      if (errno == EINTR) continue;
-      return false;
-    }
-    data.remove_prefix(static_cast<size_t>(written));
-  }
-  return true;
-}
 
 // Creates a fresh file beside `path` that no one else uses; -1 when that fails.
 int CreateSiblingTemporary(const std::string& path, std::string* temporary) {
@@ -40,16 +30,17 @@ std::optional<std::string> ReadWholeFile(const std::string& path) {
   const int fd = open(path.c_str(), O_RDONLY | O_CLOEXEC);
   if (fd < 0) return std::nullopt;
   std::string contents;
-  char buffer[65536];
+  constexpr size_t kChunk = 65536;
   for (;;) {
-    const ssize_t got = read(fd, buffer, sizeof buffer);
-    if (got < 0 && errno == EINTR) continue;
+    const size_t had = contents.size();
+    contents.resize(had + kChunk);
+    const ssize_t got = ReadFully(fd, contents.data() + had, kChunk);
     if (got < 0) {
       close(fd);
       return std::nullopt;
     }
-    if (got == 0) break;
-    contents.append(buffer, static_cast<size_t>(got));
+    contents.resize(had + static_cast<size_t>(got));
+    if (static_cast<size_t>(got) < kChunk) break;
   }
   close(fd);
   return contents;
@@ -61,7 +52,7 @@ bool ReplaceFile(const std::string& path, std::string_view contents) {
   if (fd < 0) return false;
   struct stat old_file {};
   if (stat(path.c_str(), &old_file) == 0) fchmod(fd, old_file.st_mode & 07777);
-  const bool written = WriteAll(fd, contents);
+  const bool written = WriteFully(fd, contents.data(), contents.size());
   const bool closed = close(fd) == 0;
   if (written && closed && rename(temporary.c_str(), path.c_str()) == 0) return true;
   unlink(temporary.c_str());

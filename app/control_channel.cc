@@ -1,10 +1,13 @@
 #include "app/control_channel.h"
 
+#include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <QDir>
 #include <QLocalSocket>
+#include <QPointer>
 
 #include "app/paths.h"
 
@@ -12,7 +15,6 @@ namespace parlavox {
 namespace {
 
 constexpr int kConnectTimeoutMs = 1000;
-constexpr int kAnswerTimeoutMs = 10000;
 
 }  // namespace
 
@@ -23,6 +25,19 @@ std::string ControlSocketPath() {
     mkdir(folder.c_str(), 0700);
   }
   return JoinPath(folder, "parlavox.sock");
+}
+
+RunningCopyClaim::RunningCopyClaim(const std::string& socket_path)
+    : fd_(open((socket_path + ".lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600)) {
+  if (fd_ < 0) return;
+  int result;
+  while ((result = flock(fd_, LOCK_EX | LOCK_NB)) != 0 && errno == EINTR) {
+  }
+  held_ = result == 0;
+}
+
+RunningCopyClaim::~RunningCopyClaim() {
+  if (fd_ >= 0) close(fd_);
 }
 
 ControlServer::ControlServer(Answer answer) : answer_(std::move(answer)) {
@@ -42,24 +57,28 @@ void ControlServer::TakeConnection() {
     QObject::connect(socket, &QLocalSocket::readyRead, socket, [this, socket] {
       if (!socket->canReadLine()) return;
       const std::string request = socket->readLine().trimmed().toStdString();
-      socket->write(QByteArray::fromStdString(answer_(request) + "\n"));
-      socket->flush();
-      socket->disconnectFromServer();
+      answer_(request, [asker = QPointer<QLocalSocket>(socket)](const std::string& answer) {
+        if (!asker) return;
+        asker->write(QByteArray::fromStdString(answer + "\n"));
+        asker->flush();
+        asker->disconnectFromServer();
+      });
     });
   }
 }
 
 std::optional<std::string> SendControlRequest(const std::string& socket_path,
-                                              std::string_view request) {
+                                              std::string_view request,
+                                              std::chrono::milliseconds patience) {
   QLocalSocket socket;
   socket.connectToServer(QString::fromStdString(socket_path));
   if (!socket.waitForConnected(kConnectTimeoutMs)) return std::nullopt;
   socket.write(QByteArray(request.data(), static_cast<qsizetype>(request.size())) + "\n");
   socket.waitForBytesWritten(kConnectTimeoutMs);
   while (!socket.canReadLine()) {
-    if (!socket.waitForReadyRead(kAnswerTimeoutMs)) break;
+    if (!socket.waitForReadyRead(static_cast<int>(patience.count()))) break;
   }
-  if (!socket.canReadLine()) return std::nullopt;
+  if (!socket.canReadLine()) return "error the running copy did not answer in time";
   return socket.readLine().trimmed().toStdString();
 }
 

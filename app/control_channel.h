@@ -14,15 +14,36 @@ namespace parlavox {
 // under the temporary folder when there is no runtime folder.
 std::string ControlSocketPath();
 
-// Listens on the control socket and answers every request line with `answer`,
-// on the thread that runs the event loop.
+// The claim to be the one running copy of the user's session: an exclusive lock on
+// "parlavox.lock" beside the control socket. The system lets go of it when the
+// process ends, however it ends, so a copy that died leaves no claim behind.
+class RunningCopyClaim {
+ public:
+  // Claims without waiting; held() tells whether another copy has the claim.
+  explicit RunningCopyClaim(const std::string& socket_path);
+  RunningCopyClaim(const RunningCopyClaim&) = delete;
+  RunningCopyClaim& operator=(const RunningCopyClaim&) = delete;
+  ~RunningCopyClaim();
+
+  bool held() const { return held_; }
+
+ private:
+  int fd_;
+  bool held_ = false;
+};
+
+// Listens on the control socket and answers every request line on the thread that
+// runs the event loop. `answer` gets the request and a `reply` to call, at once or
+// later, with the answer line; a reply after the asker has gone is dropped.
 class ControlServer {
  public:
-  using Answer = std::function<std::string(std::string_view request)>;
+  using Reply = std::function<void(const std::string& answer)>;
+  using Answer = std::function<void(std::string_view request, Reply reply)>;
   explicit ControlServer(Answer answer);
 
-  // Takes the socket over, replacing a file that no running copy answers on any
-  // more; false when the socket can't be made.
+  // Takes the socket over. Only the holder of the RunningCopyClaim may call this: a
+  // socket file left there is then one that no running copy answers on any more.
+  // False when the socket can't be made.
   bool Listen(const std::string& path);
 
  private:
@@ -33,9 +54,11 @@ class ControlServer {
 };
 
 // Sends one request line to the running copy and returns its answer line; nullopt
-// when no copy answers.
+// when no copy listens on the socket. A copy that takes longer than `patience` to
+// answer gets an error answer made up here.
 std::optional<std::string> SendControlRequest(const std::string& socket_path,
-                                              std::string_view request);
+                                              std::string_view request,
+                                              std::chrono::milliseconds patience);
 
 }  // namespace parlavox
 

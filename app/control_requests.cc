@@ -3,87 +3,73 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <charconv>
+
+#include "app/control_protocol.h"
 
 namespace parlavox {
+namespace {
 
-std::optional<int32_t> ParseUserId(std::string_view text) {
-  int32_t id = 0;
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), id);
-  if (error != std::errc() || end != text.data() + text.size() || id < 1) return std::nullopt;
-  return id;
+// Turns a call's outcome into the answer line.
+std::function<void(CallRefusal)> CallAnswer(std::function<void(const std::string&)> reply) {
+  return [reply = std::move(reply)](CallRefusal refusal) {
+    reply(refusal == CallRefusal::kNone ? "ok" : "error " + RefusalText(refusal));
+  };
 }
 
-std::optional<int32_t> ParseListIndex(std::string_view text) {
-  int32_t index = 0;
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), index);
-  if (error != std::errc() || end != text.data() + text.size() || index < 0) return std::nullopt;
-  return index;
-}
+}  // namespace
 
-std::string StatusJson(const Intercom& intercom) {
+std::string StatusJson(const IntercomSnapshot& snapshot) {
   QJsonArray users;
   int index = 0;
-  for (const UserListItem& item : intercom.users().items()) {
+  for (const UserListItem& item : snapshot.users) {
     users.append(QJsonObject{{"index", index++},
                              {"name", QString::fromStdString(item.name)},
                              {"on", item.on},
                              {"id", item.id}});
   }
   const QJsonObject status{
-      {"on", intercom.is_on()},
-      {"recording", intercom.is_recording()},
-      {"playing", intercom.is_playing()},
-      {"status", QString::fromStdString(intercom.status_text())},
-      {"previous_caller", intercom.previous_caller()},
-      {"id", intercom.own_record().id},
-      {"name", QString::fromStdString(intercom.own_record().Name())},
+      {"on", snapshot.on},
+      {"recording", snapshot.recording},
+      {"playing", snapshot.playing},
+      {"status", QString::fromStdString(snapshot.status)},
+      {"previous_caller", snapshot.previous_caller},
+      {"id", snapshot.own.id},
+      {"name", QString::fromStdString(snapshot.own.Name())},
       {"users", users},
   };
   return QJsonDocument(status).toJson(QJsonDocument::Compact).toStdString();
 }
 
-std::string AnswerControlRequest(std::string_view request, Intercom& intercom,
-                                 const std::function<void()>& quit) {
+void AnswerControlRequest(std::string_view request, Intercom& intercom,
+                          const std::function<void()>& quit,
+                          std::function<void(const std::string&)> reply) {
   const size_t space = request.find(' ');
   const std::string_view verb = request.substr(0, space);
   const std::string_view argument =
       space == std::string_view::npos ? std::string_view() : request.substr(space + 1);
 
-  if (verb == "status") return "ok " + StatusJson(intercom);
+  if (const std::optional<std::string> wrong = CheckControlValue(verb, argument)) {
+    return reply("error " + *wrong);
+  }
+  if (verb == "status") return reply("ok " + StatusJson(intercom.Snapshot()));
+  if (verb == "call") return intercom.StartCall(*ParseListIndex(argument), CallAnswer(reply));
+  if (verb == "reply") return intercom.Reply(CallAnswer(reply));
   if (verb == "on") {
     intercom.TurnOn();
   } else if (verb == "off") {
     intercom.TurnOff();
-  } else if (verb == "call") {
-    const std::optional<int32_t> index = ParseListIndex(argument);
-    if (!index) return "error the user's position must be a whole number from 0";
-    if (!intercom.StartCall(*index)) return "error " + intercom.status_text();
-  } else if (verb == "reply") {
-    if (!intercom.Reply()) return "error " + intercom.status_text();
   } else if (verb == "hangup") {
     intercom.StopCall();
   } else if (verb == "show") {
     intercom.ShowMainWindow();
   } else if (verb == "quit") {
     quit();
-  } else if (verb.starts_with("set-")) {
-    IdentityChange change;
-    if (verb == "set-name") {
-      change.name = argument;
-    } else if (verb == "set-email") {
-      change.email = argument;
-    } else if (verb == "set-id") {
-      change.id = ParseUserId(argument);
-      if (!change.id) return "error the id must be a whole number from 1 to 2147483647";
-    } else {
-      return "error unknown request: " + std::string(verb);
-    }
-    intercom.ChangeIdentity(change);
+  } else if (const std::optional<IdentityChange> change = IdentityChangeFor(verb, argument)) {
+    intercom.ChangeIdentity(*change);
   } else {
-    return "error unknown request: " + std::string(verb);
+    return reply("error unknown request: " + std::string(verb));
   }
-  return "ok";
+  reply("ok");
 }
 
 }  // namespace parlavox

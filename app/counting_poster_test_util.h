@@ -4,7 +4,7 @@
 #include <atomic>
 #include <functional>
 
-#include "audio/task_poster.h"
+#include "util/task_poster.h"
 
 namespace parlavox {
 

@@ -3,6 +3,11 @@
 #include <cstdio>
 
 namespace parlavox {
+namespace {
+
+void Log(const std::string& line) { std::fprintf(stderr, "parlavox: %s\n", line.c_str()); }
+
+}  // namespace
 
 std::string DescribeUsers(const UserList& users) {
   if (users.items().empty()) return "users: none";
@@ -16,28 +21,24 @@ std::string DescribeUsers(const UserList& users) {
 void HeadlessView::ShowUsers(const UserList& users) {
   std::string line = DescribeUsers(users);
   if (line == last_users_line_) return;
-  std::fprintf(stderr, "parlavox: %s\n", line.c_str());
+  Log(line);
   last_users_line_ = std::move(line);
 }
 
-void HeadlessView::ShowOnOff(bool on) {
-  std::fprintf(stderr, "parlavox: intercom %s\n", on ? "on" : "off");
-}
-
-void HeadlessView::ShowMainWindow() {
-  std::fprintf(stderr, "parlavox: asked to show itself; running without a window\n");
-}
-
-}  // namespace parlavox
-
-namespace parlavox {
+void HeadlessView::ShowOnOff(bool on) { Log(on ? "intercom on" : "intercom off"); }
 
 void HeadlessView::ShowStatus(const std::string& text, bool idle) {
-  if (!idle) std::fprintf(stderr, "parlavox: %s\n", text.c_str());
+  if (!idle) Log(text);
+}
+
+void HeadlessView::ShowIdentity(const UserRecord& own) {
+  Log("you are \"" + own.Name() + "\", id " + std::to_string(own.id));
 }
 
 void HeadlessView::ShowAlert(const std::string& text, const std::string& caption) {
-  std::fprintf(stderr, "parlavox: %s: %s\n", caption.c_str(), text.c_str());
+  Log(caption + ": " + text);
 }
+
+void HeadlessView::ShowMainWindow() { Log("asked to show itself; running without a window"); }
 
 }  // namespace parlavox

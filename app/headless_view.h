@@ -3,21 +3,22 @@
 
 #include <string>
 
-#include "app/intercom.h"
+#include "app/intercom_view.h"
 
 namespace parlavox {
 
-// Shows the intercom as lines on standard error, for running without a window:
-// the on/off state, each change of the users list, status texts, alerts, and
-// requests to show itself.
+// Shows the intercom as lines on standard error, for running without a window (and
+// beside one, as a log): who the person is, the on/off state, each change of the
+// users list, status texts (not the idle texts between them), alerts, and requests to
+// show the window.
 class HeadlessView : public IntercomView {
  public:
   void ShowUsers(const UserList& users) override;
   void ShowOnOff(bool on) override;
-  void ShowMainWindow() override;
-  // Logs status texts; the idle texts that rotate between them are not logged.
   void ShowStatus(const std::string& text, bool idle) override;
+  void ShowIdentity(const UserRecord& own) override;
   void ShowAlert(const std::string& text, const std::string& caption) override;
+  void ShowMainWindow() override;
 
  private:
   std::string last_users_line_;

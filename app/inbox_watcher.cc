@@ -1,20 +1,16 @@
 #include "app/inbox_watcher.h"
 
 #include <poll.h>
+#include <sys/eventfd.h>
 #include <sys/inotify.h>
 #include <sys/vfs.h>
 #include <unistd.h>
 
 #include <filesystem>
-#include <set>
 
 namespace parlavox {
-namespace {
 
-// How long a wait lasts before the stop request is looked at.
-constexpr int kStopCheckMs = 100;
-
-std::set<std::string> Listing(const std::string& folder) {
+std::set<std::string> ListFolder(const std::string& folder) {
   std::set<std::string> names;
   std::error_code error;
   for (const auto& entry : std::filesystem::directory_iterator(folder, error)) {
@@ -22,8 +18,6 @@ std::set<std::string> Listing(const std::string& folder) {
   }
   return names;
 }
-
-}  // namespace
 
 bool IsOnNetworkFileSystem(const std::string& folder) {
   struct statfs info {};
@@ -41,13 +35,32 @@ bool IsOnNetworkFileSystem(const std::string& folder) {
   }
 }
 
-InboxWatcher::~InboxWatcher() { Stop(); }
+InboxWatcher::InboxWatcher(TaskPoster& poster, ListingPoll listing_poll, Lister lister)
+    : poster_(poster),
+      listing_poll_(listing_poll),
+      lister_(std::move(lister)),
+      wake_fd_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {}
 
-void InboxWatcher::StartWatching(const std::string& folder, std::function<void()> on_changed) {
+InboxWatcher::~InboxWatcher() {
   Stop();
+  if (wake_fd_ >= 0) close(wake_fd_);
+}
+
+void InboxWatcher::StartWatching(const std::string& folder, std::function<void()> changed) {
+  Stop();
+  uint64_t stale;
+  while (wake_fd_ >= 0 && read(wake_fd_, &stale, sizeof stale) > 0) {
+  }
   folder_ = folder;
-  on_changed_ = std::move(on_changed);
+  changed_ = std::move(changed);
   Start(kPriorityLowest);
+}
+
+void InboxWatcher::OnStopRequested() {
+  const uint64_t one = 1;
+  if (wake_fd_ >= 0 && write(wake_fd_, &one, sizeof one) < 0) {
+    // The counter is full, so the descriptor is readable already.
+  }
 }
 
 void InboxWatcher::Run() {
@@ -58,23 +71,29 @@ void InboxWatcher::Run() {
     close(fd);
     return;
   }
-  const bool poll_listing = IsOnNetworkFileSystem(folder_);
-  std::set<std::string> listing = poll_listing ? Listing(folder_) : std::set<std::string>();
-  auto next_poll = std::chrono::steady_clock::now() + kPollInterval;
+  const bool poll_listing = listing_poll_ == ListingPoll::kAlways || IsOnNetworkFileSystem(folder_);
+  std::set<std::string> listing = poll_listing ? lister_(folder_) : std::set<std::string>();
+  auto next_listing = std::chrono::steady_clock::now() + kListingInterval;
   alignas(inotify_event) char events[4096];
   while (!StopRequested()) {
-    pollfd waiting{fd, POLLIN, 0};
+    int timeout = -1;  // no listing to take: sleep until something happens
+    if (poll_listing) {
+      const auto left = std::chrono::ceil<std::chrono::milliseconds>(
+          next_listing - std::chrono::steady_clock::now());
+      timeout = static_cast<int>(std::max<int64_t>(left.count(), 0));
+    }
+    pollfd waiting[] = {{fd, POLLIN, 0}, {wake_fd_, POLLIN, 0}};
     bool changed = false;
-    if (poll(&waiting, 1, kStopCheckMs) > 0) {
+    if (poll(waiting, 2, timeout) > 0 && (waiting[0].revents & POLLIN)) {
       while (read(fd, events, sizeof events) > 0) changed = true;
     }
-    if (poll_listing && std::chrono::steady_clock::now() >= next_poll) {
-      std::set<std::string> now = Listing(folder_);
+    if (poll_listing && std::chrono::steady_clock::now() >= next_listing) {
+      std::set<std::string> now = lister_(folder_);
       changed = changed || now != listing;
       listing = std::move(now);
-      next_poll += kPollInterval;
+      next_listing = std::chrono::steady_clock::now() + kListingInterval;
     }
-    if (changed && !StopRequested()) poster_.Post(on_changed_);
+    if (changed && !StopRequested()) poster_.Post(changed_);
   }
   close(fd);
 }

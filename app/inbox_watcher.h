@@ -3,40 +3,57 @@
 
 #include <chrono>
 #include <functional>
+#include <set>
 #include <string>
 
-#include "audio/task_poster.h"
-#include "audio/worker_thread.h"
+#include "app/workers.h"
+#include "util/task_poster.h"
+#include "util/worker_thread.h"
 
 namespace parlavox {
 
-// Watches the inward folder (not its subfolders) and posts `on_changed` to the owner
-// after every creation, deletion or renaming of a file in it: through inotify, and
-// where the folder lies on a network file system that inotify can't see into, also by
-// comparing the folder's listing every second. A folder that can't be watched ends
-// the thread at once; nothing is reported.
-class InboxWatcher : public WorkerThread {
- public:
-  static constexpr std::chrono::milliseconds kPollInterval{1000};
-
-  explicit InboxWatcher(TaskPoster& poster) : poster_(poster) {}
-  ~InboxWatcher() override;
-
-  // Stops a running watcher, then watches `folder` at the lowest priority.
-  void StartWatching(const std::string& folder, std::function<void()> on_changed);
-
- protected:
-  void Run() override;
-
- private:
-  TaskPoster& poster_;
-  std::string folder_;
-  std::function<void()> on_changed_;
-};
+// The names in a folder, subfolders included, not what lies below them.
+std::set<std::string> ListFolder(const std::string& folder);
 
 // Whether `folder` lies on a network file system, where change notifications from
 // other machines don't arrive.
 bool IsOnNetworkFileSystem(const std::string& folder);
+
+// Watches the inward folder (not its subfolders) at the lowest priority and posts
+// `changed` to the owner after every creation, deletion or renaming of a name in it:
+// through inotify, and where the folder lies on a network file system also by
+// comparing the folder's listing every second. Otherwise the thread sleeps until a
+// change or a stop request wakes it. A folder that can't be watched ends the thread
+// at once; nothing is reported.
+class InboxWatcher : public WorkerThread, public InboxWatching {
+ public:
+  static constexpr std::chrono::milliseconds kListingInterval{1000};
+
+  // How the folder's listing is taken; tests can give one of their own.
+  using Lister = std::function<std::set<std::string>(const std::string& folder)>;
+  enum class ListingPoll { kOnNetworkFileSystems, kAlways };
+
+  explicit InboxWatcher(TaskPoster& poster,
+                        ListingPoll listing_poll = ListingPoll::kOnNetworkFileSystems,
+                        Lister lister = ListFolder);
+  ~InboxWatcher() override;
+
+  void StartWatching(const std::string& folder, std::function<void()> changed) override;
+  void AskToStop() override { RequestStop(); }
+  void StopWatching() override { Stop(); }
+
+ protected:
+  void Run() override;
+  void OnStopRequested() override;
+
+ private:
+  TaskPoster& poster_;
+  ListingPoll listing_poll_;
+  Lister lister_;
+  int wake_fd_;  // an eventfd that a stop request makes readable
+  std::string folder_;
+  std::function<void()> changed_;
+};
 
 }  // namespace parlavox
 

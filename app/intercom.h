@@ -1,48 +1,72 @@
 #ifndef PARLAVOX_APP_INTERCOM_H_
 #define PARLAVOX_APP_INTERCOM_H_
 
-#include <QTimer>
 #include <cstdint>
+#include <functional>
 #include <string>
+#include <vector>
 
+#include "app/calls.h"
 #include "app/identity.h"
-#include "app/inbox_watcher.h"
-#include "app/presence_poller.h"
+#include "app/inbox.h"
+#include "app/inbox_folder.h"
+#include "app/intercom_view.h"
+#include "app/own_record.h"
 #include "app/process_priority.h"
+#include "app/push_to_talk_hold.h"
 #include "app/settings_file.h"
+#include "app/share_access.h"
+#include "app/status_line.h"
 #include "app/user_list.h"
-#include "app/user_record.h"
-#include "audio/sound_player.h"
-#include "audio/sound_recorder.h"
-#include "audio/task_poster.h"
+#include "app/users_cache.h"
+#include "app/workers.h"
+#include "audio/mixer.h"
+#include "audio/player.h"
+#include "audio/recorder.h"
+#include "util/clock.h"
+#include "util/lifetime.h"
 
 namespace parlavox {
 
-// What the intercom shows the person. The main window and the headless log both
-// implement it; every call comes on the interface thread.
-class IntercomView {
- public:
-  virtual ~IntercomView() = default;
-  virtual void ShowUsers(const UserList& users) = 0;
-  virtual void ShowOnOff(bool on) = 0;
-  virtual void ShowMainWindow() = 0;
-  // The status line's text; `idle` for the rotating texts shown between messages.
-  virtual void ShowStatus(const std::string& text, bool idle) = 0;
-  // A message that needs acknowledging (a message box in the window).
-  virtual void ShowAlert(const std::string& text, const std::string& caption) = 0;
+// The platform pieces the intercom works with; all outlive it.
+struct IntercomParts {
+  Clock& clock;
+  Player& player;
+  Recorder& recorder;
+  Mixer& mixer;
+  ProcessPriority& priority;
+  InboxFolder& inbox_folder;
+  ShareAccess& share;
+  InboxWatching& watcher;
+  PresencePolling& poller;
 };
 
-// The intercom's logic, independent of any window: the own record and its on/off
-// state, presence, the inbox that plays arriving messages one after another, calls
-// into other users' inward folders, and the status line. Everything here runs on
-// the interface thread (a Qt event loop); workers and audio objects reach it only
-// through `poster`.
-class Intercom : private LSoundPlayerListener, private LSoundRecorderListener {
+// Everything the intercom would tell about itself, at one moment.
+struct IntercomSnapshot {
+  bool on = false;
+  bool recording = false;
+  bool playing = false;
+  std::string status;
+  int32_t previous_caller = -1;
+  UserRecord own;
+  std::vector<UserListItem> users;
+  int selected = -1;
+};
+
+// The intercom, whichever way it is shown: the own record and its on/off state, the
+// users list with presence, the inbox, calls and the status line, wired together and
+// shown on a view. Everything here runs on the interface thread; workers and audio
+// objects reach it only through posted tasks.
+class Intercom {
  public:
-  Intercom(const SettingsFile& settings, TaskPoster& poster, IntercomView& view);
-  ~Intercom() override;
+  using CallDone = Calls::Done;
+
+  // `idle_texts` take turns on the status line between status texts.
+  Intercom(const SettingsFile& settings, IntercomParts parts, IntercomView& view,
+           std::vector<std::string> idle_texts);
   Intercom(const Intercom&) = delete;
   Intercom& operator=(const Intercom&) = delete;
+  ~Intercom();
 
   // Start-up: loads the own record (making one on a first start), turns the intercom
   // on, throws away messages that waited while it was not running, and starts the
@@ -53,68 +77,47 @@ class Intercom : private LSoundPlayerListener, private LSoundRecorderListener {
 
   void TurnOn();
   void TurnOff();
-  void ShowMainWindow() { view_.ShowMainWindow(); }
   // Changes the own name, id or e-mail and publishes the record at once.
   void ChangeIdentity(const IdentityChange& change);
 
-  // Calls: each starts recording into the callee's inward folder and runs until
-  // StopCall. StartCall takes a position in the users list.
-  bool StartCall(int index);
-  bool CallSelected();
-  bool Reply();
+  // The users list position the window has selected (-1 for none).
+  void Select(int position);
+  // Brings the main window up, as a second start asks.
+  void ShowMainWindow() { view_.ShowMainWindow(); }
+
+  // Calls: each records into the callee's inward folder until StopCall. StartCall takes
+  // a place in the users list; `done` hears whether the call started or why not.
+  void StartCall(int index, CallDone done = {});
+  void CallSelected(CallDone done = {});
+  // Calls whoever sent the last message; when they are not listed (or nobody called
+  // yet), the selected user.
+  void Reply(CallDone done = {});
   void StopCall();
 
   // Plays the first waiting message unless one is playing already.
-  void PlayNextMessage();
+  void PlayNextMessage() { inbox_.PlayNext(); }
 
-  bool is_on() const { return own_record_.is_on(); }
-  bool is_recording() const { return recorder_.state() != LSoundRecorder::kClosed; }
-  bool is_playing() const { return player_.is_open(); }
-  const UserRecord& own_record() const { return own_record_; }
+  IntercomSnapshot Snapshot() const;
   const UserList& users() const { return users_; }
-  UserList& users() { return users_; }
-  int32_t previous_caller() const { return previous_caller_; }
-  const std::string& status_text() const { return status_text_; }
+  const StatusLine& status_line() const { return status_; }
 
  private:
   // Publishes the own record and shows the on/off state.
   void ApplyOnOffState();
-  void LoadOwnUserRecord();
-  void WriteOwnUserRecord() const;
-  void StartPresencePoller();
-  void StartInboxWatcher();
-  void ClearInbox();
   void FillUserList();
-  // Shows a status text and holds the line for 12 s.
-  void ShowStatus(const std::string& text);
-  void ShowNextIdleText();
-
-  // Shows "<- name" for the previous caller when that caller is in the list.
-  void ShowCallerStatus();
-  // Goes on with a message whose playback caught up with its caller.
-  void ResumeMessage();
-  // Deletes the message being played and forgets it.
-  void FinishMessage();
-  void OnPlayFailed();
-  void OnPlayStopped(uint32_t cookie) override;
+  // Runs a call start and shows the pushed look of `button` when it started.
+  void StartCallWith(int index, CallButton button, CallDone done);
 
   const SettingsFile& settings_;
+  IntercomParts parts_;
   IntercomView& view_;
-  UserRecord own_record_;
-  int32_t previous_caller_ = -1;
-  std::string playing_path_;
-  std::shared_ptr<WaveFileReader> playing_reader_;  // the player's, kept for a resume
-  std::shared_ptr<WaveFileReader> resumed_reader_;  // set while waiting to go on
-  std::string status_text_;
-  size_t idle_text_index_ = 0;
+  UsersCache users_cache_;
+  OwnRecord own_;
   UserList users_;
-  LSoundPlayer player_;
-  LSoundRecorder recorder_;
-  ProcessPriority priority_;
-  InboxWatcher watcher_;
-  PresencePoller poller_;
-  QTimer status_timer_;        // the idle-text rotation
-  QTimer next_message_timer_;  // the pause between two messages
+  StatusLine status_;
+  Inbox inbox_;
+  Calls calls_;
+  Lifetime lifetime_;
 };
 
 }  // namespace parlavox

@@ -1,31 +1,58 @@
 #include "app/message_file.h"
 
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <optional>
+#include <cerrno>
 
 #include "audio/wave_chunks.h"
 
 namespace parlavox {
 
-bool IsMessageStillComing(const std::string& path) {
-  const int fd = open(path.c_str(), O_RDONLY | O_CLOEXEC);
-  if (fd < 0) return false;
+std::optional<MessageLook> LookAtMessage(const std::string& path) {
+  const int fd = open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+  if (fd < 0) return std::nullopt;
   struct stat status {};
-  bool coming = false;
-  if (fstat(fd, &status) == 0) {
-    const auto changed = std::chrono::seconds(status.st_mtim.tv_sec) +
-                         std::chrono::nanoseconds(status.st_mtim.tv_nsec);
-    const auto now = std::chrono::system_clock::now().time_since_epoch();
-    if (now - changed < kMessageSettleTime) {
-      const std::optional<WaveLayout> layout = WalkWaveChunks(fd);
-      coming = !layout || layout->data_start + int64_t{layout->data_size} > status.st_size;
-    }
+  std::optional<MessageLook> look;
+  if (fstat(fd, &status) == 0 && S_ISREG(status.st_mode)) {
+    const std::optional<WaveLayout> layout = WalkWaveChunks(fd);
+    look = MessageLook{status.st_size,
+                       int64_t{status.st_mtim.tv_sec} * 1'000'000'000 + status.st_mtim.tv_nsec,
+                       layout && layout->data_start + int64_t{layout->data_size} <= status.st_size};
   }
   close(fd);
-  return coming;
+  return look;
+}
+
+bool MessageArrivals::IsStillComing(const std::string& name, const std::optional<MessageLook>& look,
+                                    Clock::TimePoint now) {
+  if (!look) {
+    Forget(name);
+    return false;
+  }
+  const auto [seen, first] = seen_.try_emplace(name, Seen{*look, now});
+  if (!first && seen->second.look != *look) seen->second = {*look, now};
+  return !look->complete && now - seen->second.changed < kMessageSettleTime;
+}
+
+MessageLock::MessageLock(const std::string& path, Kind kind)
+    : fd_(open(path.c_str(),
+               kind == Kind::kShared ? O_RDONLY | O_NONBLOCK | O_CLOEXEC
+                                     : O_WRONLY | O_CREAT | O_NONBLOCK | O_CLOEXEC,
+               0666)) {
+  if (fd_ < 0) return;
+  int result;
+  while ((result = flock(fd_, (kind == Kind::kShared ? LOCK_SH : LOCK_EX) | LOCK_NB)) != 0 &&
+         errno == EINTR) {
+  }
+  held_ = result == 0;
+  refused_ = result != 0 && errno == EWOULDBLOCK;
+}
+
+MessageLock::~MessageLock() {
+  if (fd_ >= 0) close(fd_);  // closing lets go of the lock
 }
 
 }  // namespace parlavox

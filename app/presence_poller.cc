@@ -5,48 +5,45 @@
 
 namespace parlavox {
 
-bool RefreshPresence(const SettingsFile& settings) {
+bool RefreshPresence(const UsersCache& users) {
   bool changed = false;
-  const int32_t count = settings.ReadCount(kUsersSection, "folder");
+  const int count = users.Count();
   for (int i = 0; i < count; ++i) {
-    const std::string folder = settings.ReadText(kUsersSection, ListKey("folder", i));
-    const std::string on_key = ListKey("on", i);
     UserRecord record;
-    if (ReadUserRecord(&record, JoinPath(folder, kUserRecordFileName))) {
-      if (settings.ReadBool(kUsersSection, on_key, false) != record.is_on()) {
-        settings.WriteBool(kUsersSection, on_key, record.is_on());
+    if (ReadUserRecord(&record, JoinPath(users.Folder(i), kUserRecordFileName))) {
+      if (users.IsOn(i) != record.is_on()) {
+        users.SetOn(i, record.is_on());
         changed = true;
       }
-      settings.WriteInt(kUsersSection, ListKey("id", i), record.id);
-      const std::string name_key = ListKey("name", i);
-      if (settings.ReadText(kUsersSection, name_key) != record.Name()) {
-        settings.WriteText(kUsersSection, name_key, record.Name());
+      users.SetId(i, record.id);
+      if (users.Name(i).value_or("") != record.Name()) {
+        users.SetName(i, record.Name());
         changed = true;
       }
-    } else if (settings.ReadBool(kUsersSection, on_key, false)) {
-      settings.WriteBool(kUsersSection, on_key, false);
+    } else if (users.IsOn(i)) {
+      users.SetOn(i, false);
       changed = true;
     }
   }
   return changed;
 }
 
-PresencePoller::PresencePoller(const SettingsFile& settings, TaskPoster& poster)
-    : settings_(settings), poster_(poster) {}
+PresencePoller::PresencePoller(const UsersCache& users, TaskPoster& poster)
+    : users_(users), poster_(poster) {}
 
 PresencePoller::~PresencePoller() { Stop(); }
 
-void PresencePoller::StartPolling(std::function<void()> on_changed) {
+void PresencePoller::StartPolling(std::function<void()> changed) {
   Stop();
-  on_changed_ = std::move(on_changed);
+  changed_ = std::move(changed);
   Start(kPriorityLowest);
 }
 
 void PresencePoller::Run() {
   bool changed = true;  // the owner always hears of the first pass
   do {
-    if (RefreshPresence(settings_)) changed = true;
-    if (changed && on_changed_) poster_.Post(on_changed_);
+    if (RefreshPresence(users_)) changed = true;
+    if (changed && changed_) poster_.Post(changed_);
     changed = false;
   } while (!WaitForStop(kPollInterval));
 }

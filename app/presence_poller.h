@@ -4,37 +4,39 @@
 #include <chrono>
 #include <functional>
 
-#include "app/settings_file.h"
-#include "audio/task_poster.h"
-#include "audio/worker_thread.h"
+#include "app/users_cache.h"
+#include "app/workers.h"
+#include "util/task_poster.h"
+#include "util/worker_thread.h"
 
 namespace parlavox {
 
-// Reads the record of every listed user and copies what it says into the "users"
-// cache of settings.ini: "on%d" and "name%d" when they differ, "id%d" always. A user
-// whose record can't be read is set off and keeps the last known name and id.
-// Returns whether "on%d" or "name%d" changed.
-bool RefreshPresence(const SettingsFile& settings);
+// Reads the record of every listed user and copies what it says into the users
+// cache: the on/off state and the name when they differ, the id always. A user whose
+// record can't be read is set off and keeps the last known name and id. Returns
+// whether a name or an on/off state changed.
+bool RefreshPresence(const UsersCache& users);
 
-// A worker that refreshes presence every 5 s and posts `on_changed` to the owner
-// after the first pass and after every pass that changed the cache.
-class PresencePoller : public WorkerThread {
+// A worker that refreshes presence every 5 s at the lowest priority and posts
+// `changed` to the owner.
+class PresencePoller : public WorkerThread, public PresencePolling {
  public:
   static constexpr std::chrono::milliseconds kPollInterval{5000};
 
-  PresencePoller(const SettingsFile& settings, TaskPoster& poster);
+  PresencePoller(const UsersCache& users, TaskPoster& poster);
   ~PresencePoller() override;
 
-  // Stops a running poller, then starts it anew at the lowest priority.
-  void StartPolling(std::function<void()> on_changed);
+  void StartPolling(std::function<void()> changed) override;
+  void AskToStop() override { RequestStop(); }
+  void StopPolling() override { Stop(); }
 
  protected:
   void Run() override;
 
  private:
-  const SettingsFile& settings_;
+  const UsersCache& users_;
   TaskPoster& poster_;
-  std::function<void()> on_changed_;
+  std::function<void()> changed_;
 };
 
 }  // namespace parlavox

@@ -46,6 +46,7 @@ class PresenceTest : public testing::Test {
   ScratchFolder scratch_;
   FolderStore folders_{scratch_ / "u.ini", scratch_ / "m.ini"};
   SettingsFile settings_;
+  UsersCache users_{settings_};
 };
 
 TEST_F(PresenceTest, CopiesRecordsIntoTheCacheAndKeepsNamesOfUnreachableUsers) {
@@ -54,7 +55,7 @@ TEST_F(PresenceTest, CopiesRecordsIntoTheCacheAndKeepsNamesOfUnreachableUsers) {
   ListUser(scratch_ / "bob", &bob);
   ListUser(scratch_ / "gone", nullptr);
 
-  EXPECT_TRUE(RefreshPresence(settings_));
+  EXPECT_TRUE(RefreshPresence(users_));
   EXPECT_EQ(Cached("on0"), "true");
   EXPECT_EQ(Cached("name0"), "Alice");
   EXPECT_EQ(Cached("id0"), "11");
@@ -66,25 +67,25 @@ TEST_F(PresenceTest, CopiesRecordsIntoTheCacheAndKeepsNamesOfUnreachableUsers) {
   EXPECT_EQ(Cached("id2"), std::nullopt);
 
   settings_.DeleteKey("users", "id1");
-  EXPECT_FALSE(RefreshPresence(settings_));  // ids are written on every pass, silently
+  EXPECT_FALSE(RefreshPresence(users_));  // ids are written on every pass, silently
   EXPECT_EQ(Cached("id1"), "22");
 
   std::filesystem::remove_all(scratch_ / "alice");
-  EXPECT_TRUE(RefreshPresence(settings_));
+  EXPECT_TRUE(RefreshPresence(users_));
   EXPECT_EQ(Cached("on0"), "false");
   EXPECT_EQ(Cached("name0"), "Alice");
   EXPECT_EQ(Cached("id0"), "11");
 
   const UserRecord renamed = Record("Robert", 22, false);
   ASSERT_TRUE(WriteUserRecord(renamed, scratch_ / "bob/ParlavoxUserData"));
-  EXPECT_TRUE(RefreshPresence(settings_));
+  EXPECT_TRUE(RefreshPresence(users_));
   EXPECT_EQ(Cached("name1"), "Robert");
-  EXPECT_FALSE(RefreshPresence(settings_));
+  EXPECT_FALSE(RefreshPresence(users_));
 }
 
 TEST_F(PresenceTest, PollerPostsTheFirstPassAndEveryChangeAndStopsPromptly) {
   CountingPoster poster;
-  PresencePoller poller(settings_, poster);
+  PresencePoller poller(users_, poster);
   int changes = 0;  // touched only by posted tasks, which run on the poller's thread here
   poller.StartPolling([&] { ++changes; });
   std::this_thread::sleep_for(300ms);

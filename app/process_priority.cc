@@ -15,7 +15,7 @@ constexpr int kHighPriorityBoost = 10;
 
 }  // namespace
 
-void ProcessPriority::Raise() {
+void NiceProcessPriority::Raise() {
   if (!saved_.empty()) return;
   std::error_code error;
   for (const auto& task : std::filesystem::directory_iterator("/proc/self/task", error)) {
@@ -30,7 +30,7 @@ void ProcessPriority::Raise() {
   }
 }
 
-void ProcessPriority::Restore() {
+void NiceProcessPriority::Restore() {
   for (const auto& [thread, nice] : saved_)
     setpriority(PRIO_PROCESS, static_cast<id_t>(thread), nice);
   saved_.clear();

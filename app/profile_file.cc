@@ -142,18 +142,18 @@ std::string Edited(std::string_view text, std::string_view section, std::string_
 }  // namespace
 
 std::optional<std::string> FindProfileString(const std::string& path, std::string_view section,
-                                             std::string_view key) {
+                                             std::string_view key, size_t limit) {
   const std::optional<std::string> text = ReadWholeFile(path);
   if (!text) return std::nullopt;
   const Position position = Locate(*text, section, key);
   if (!position.key_line) return std::nullopt;
-  return std::string(ValueOf(position.key_line->text).substr(0, kMaxProfileValue));
+  return std::string(ValueOf(position.key_line->text).substr(0, limit));
 }
 
 std::string ReadProfileString(const std::string& path, std::string_view section,
-                              std::string_view key, std::string_view fallback) {
-  return FindProfileString(path, section, key)
-      .value_or(std::string(fallback.substr(0, kMaxProfileValue)));
+                              std::string_view key, std::string_view fallback, size_t limit) {
+  return FindProfileString(path, section, key, limit)
+      .value_or(std::string(fallback.substr(0, limit)));
 }
 
 bool WriteProfileString(const std::string& path, std::string_view section, std::string_view key,

@@ -18,14 +18,15 @@ namespace parlavox {
 inline constexpr size_t kMaxProfileValue = 258;
 
 // The value of `key` in `section`, or nullopt when the file, the section or the key
-// is missing. The result is at most kMaxProfileValue characters.
+// is missing. The result is at most `limit` characters.
 std::optional<std::string> FindProfileString(const std::string& path, std::string_view section,
-                                             std::string_view key);
+                                             std::string_view key, size_t limit = kMaxProfileValue);
 
 // The value of `key` in `section`, or `fallback` when the file, the section or the
-// key is missing. The result is at most kMaxProfileValue characters.
+// key is missing. The result is at most `limit` characters.
 std::string ReadProfileString(const std::string& path, std::string_view section,
-                              std::string_view key, std::string_view fallback);
+                              std::string_view key, std::string_view fallback,
+                              size_t limit = kMaxProfileValue);
 
 // Sets `key` in `section` to `value`, creating file, section and key as needed, or
 // deletes the key when `value` is nullopt. Line breaks in a value become blanks.

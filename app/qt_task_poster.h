@@ -3,7 +3,7 @@
 
 #include <QObject>
 
-#include "audio/task_poster.h"
+#include "util/task_poster.h"
 
 namespace parlavox {
 

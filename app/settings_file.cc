@@ -73,8 +73,13 @@ void SettingsFile::SetInwardFolder(const FolderStore& folders, std::string_view 
 }
 
 std::string SettingsFile::ReadText(std::string_view section, std::string_view key,
-                                   std::string_view fallback) const {
-  return ReadProfileString(settings_path_, section, key, fallback);
+                                   std::string_view fallback, size_t limit) const {
+  return ReadProfileString(settings_path_, section, key, fallback, limit);
+}
+
+std::optional<std::string> SettingsFile::FindText(std::string_view section,
+                                                  std::string_view key) const {
+  return FindProfileString(settings_path_, section, key);
 }
 
 void SettingsFile::WriteText(std::string_view section, std::string_view key,

@@ -3,11 +3,13 @@
 
 #include <cstdint>
 #include <initializer_list>
+#include <optional>
 #include <string>
 #include <string_view>
 
 #include "app/decibels.h"
 #include "app/folder_store.h"
+#include "app/profile_file.h"
 
 namespace parlavox {
 
@@ -48,8 +50,11 @@ class SettingsFile {
   const std::string& inward_folder() const { return inward_folder_; }
   bool current_user_only() const { return current_user_only_; }
 
+  // Text values are cut at `limit` characters.
   std::string ReadText(std::string_view section, std::string_view key,
-                       std::string_view fallback = "") const;
+                       std::string_view fallback = "", size_t limit = kMaxProfileValue) const;
+  // The text, or nullopt when the key (or section, or file) is missing.
+  std::optional<std::string> FindText(std::string_view section, std::string_view key) const;
   void WriteText(std::string_view section, std::string_view key, std::string_view value) const;
   void DeleteKey(std::string_view section, std::string_view key) const;
 

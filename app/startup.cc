@@ -6,6 +6,12 @@
 
 namespace parlavox {
 
+void MakeProgramFolderCurrent() {
+  std::error_code error;
+  const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe", error);
+  if (!error) std::filesystem::current_path(program.parent_path(), error);
+}
+
 std::string ProgramFolder() {
   return EnvironmentOr("XDG_DATA_HOME", HomeFolder() + "/.local/share") + "/parlavox";
 }

@@ -13,6 +13,11 @@ namespace parlavox {
 // folder is set, the inward folder.
 std::string ProgramFolder();
 
+// Makes the folder that holds the running program the current directory, so that a
+// folder given without a leading "/" always means the same place, wherever the
+// program was started from.
+void MakeProgramFolderCurrent();
+
 // Creates the program folder and locates settings.ini and the inward folder. On a
 // first start, when no inward folder is recorded and the default one is missing,
 // creates the default one too.

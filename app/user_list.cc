@@ -4,19 +4,17 @@
 
 namespace parlavox {
 
-void UserList::Refill(const SettingsFile& settings) {
+void UserList::Refill(const UsersCache& users) {
   const int remembered = std::max(selected_, 0);
   items_.clear();
-  const int32_t count = settings.ReadCount(kUsersSection, "folder");
+  const int count = users.Count();
   std::vector<int32_t> earlier_ids;  // as the duplicate test reads them: default 1
   for (int i = 0; i < count; ++i) {
-    const std::string id_key = ListKey("id", i);
-    const int32_t id = settings.ReadInt(kUsersSection, id_key, 0);
+    const int32_t id = users.Id(i, 0);
     const bool duplicate = std::ranges::find(earlier_ids, id) != earlier_ids.end();
-    earlier_ids.push_back(settings.ReadInt(kUsersSection, id_key, 1));
+    earlier_ids.push_back(users.Id(i, 1));
     if (duplicate) continue;
-    items_.push_back({settings.ReadText(kUsersSection, ListKey("name", i), "Pending Connection"),
-                      settings.ReadBool(kUsersSection, ListKey("on", i), false), id, i});
+    items_.push_back({users.DisplayName(i), users.IsOn(i), id, i});
   }
   Select(remembered);
 }

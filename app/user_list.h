@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "app/settings_file.h"
+#include "app/users_cache.h"
 
 namespace parlavox {
 
@@ -19,7 +19,7 @@ struct UserListItem {
   bool operator==(const UserListItem&) const = default;
 };
 
-// The users list as the window shows it, built from the "users" cache. A user is
+// The users list as the window shows it, built from the users cache. A user is
 // left out when an earlier user has the same id; the earlier ids are read with
 // default 1 and the candidate's with default 0, so two missing ids never collide.
 // Calls address users by their position in this list, not by user_index.
@@ -27,7 +27,7 @@ class UserList {
  public:
   // Rebuilds the items and selects the item at the previously selected position
   // again (the first item when none was selected; none when the list is shorter).
-  void Refill(const SettingsFile& settings);
+  void Refill(const UsersCache& users);
 
   const std::vector<UserListItem>& items() const { return items_; }
   int selected() const { return selected_; }  // -1: nothing selected

@@ -22,7 +22,7 @@ class UserListTest : public testing::Test {
   }
 
   std::vector<int> ShownUsers() {
-    list_.Refill(settings_);
+    list_.Refill(users_);
     std::vector<int> shown;
     for (const UserListItem& item : list_.items()) shown.push_back(item.user_index);
     return shown;
@@ -31,13 +31,14 @@ class UserListTest : public testing::Test {
   ScratchFolder scratch_;
   FolderStore folders_{scratch_ / "u.ini", scratch_ / "m.ini"};
   SettingsFile settings_;
+  UsersCache users_{settings_};
   UserList list_;
 };
 
 TEST_F(UserListTest, ShowsCachedNamesAndStates) {
   AddUser("Alice", "true", "10");
   AddUser(nullptr, nullptr, nullptr);
-  list_.Refill(settings_);
+  list_.Refill(users_);
   ASSERT_EQ(list_.items().size(), 2u);
   EXPECT_EQ(list_.items()[0], (UserListItem{"Alice", true, 10, 0}));
   EXPECT_EQ(list_.items()[1], (UserListItem{"Pending Connection", false, 0, 1}));
@@ -56,20 +57,20 @@ TEST_F(UserListTest, HidesLaterUsersWithAnEarlierId) {
 }
 
 TEST_F(UserListTest, KeepsTheSelectedPositionAcrossRefills) {
-  list_.Refill(settings_);
+  list_.Refill(users_);
   EXPECT_EQ(list_.selected(), -1);  // nothing to select
 
   AddUser("A", "true", "1");
   AddUser("B", "true", "2");
   AddUser("C", "true", "3");
-  list_.Refill(settings_);
+  list_.Refill(users_);
   EXPECT_EQ(list_.selected(), 0);  // nothing was selected: the first
   list_.Select(2);
-  list_.Refill(settings_);
+  list_.Refill(users_);
   EXPECT_EQ(list_.selected(), 2);
 
   settings_.WriteCount(kUsersSection, "folder", 2);
-  list_.Refill(settings_);
+  list_.Refill(users_);
   EXPECT_EQ(list_.selected(), -1);  // the position is gone
 }
 

@@ -8,6 +8,8 @@
 #include <cstring>
 
 #include "app/atomic_file.h"
+#include "util/file_io.h"
+#include "util/little_endian.h"
 
 namespace parlavox {
 namespace {
@@ -18,16 +20,6 @@ constexpr size_t kNameOffset = 8;
 constexpr size_t kEmailOffset = kNameOffset + UserRecord::kTextSize;
 
 using RecordBytes = std::array<uint8_t, kUserRecordSize>;
-
-void PutLittleEndian(RecordBytes& bytes, size_t offset, uint32_t value) {
-  for (size_t i = 0; i < 4; ++i) bytes[offset + i] = static_cast<uint8_t>(value >> (8 * i));
-}
-
-uint32_t GetLittleEndian(const RecordBytes& bytes, size_t offset) {
-  uint32_t value = 0;
-  for (size_t i = 0; i < 4; ++i) value |= uint32_t{bytes[offset + i]} << (8 * i);
-  return value;
-}
 
 std::string TextOf(const std::array<char, UserRecord::kTextSize>& field) {
   return std::string(field.data(), strnlen(field.data(), field.size()));
@@ -52,8 +44,8 @@ void UserRecord::SetEmail(std::string_view text) { SetText(email, text); }
 
 RecordBytes UserRecord::ToBytes() const {
   RecordBytes bytes{};
-  PutLittleEndian(bytes, kFlagsOffset, flags);
-  PutLittleEndian(bytes, kIdOffset, static_cast<uint32_t>(id));
+  PutLittleEndian32(&bytes[kFlagsOffset], flags);
+  PutLittleEndian32(&bytes[kIdOffset], static_cast<uint32_t>(id));
   std::memcpy(bytes.data() + kNameOffset, name.data(), kTextSize);
   std::memcpy(bytes.data() + kEmailOffset, email.data(), kTextSize);
   return bytes;
@@ -61,8 +53,8 @@ RecordBytes UserRecord::ToBytes() const {
 
 UserRecord UserRecord::FromBytes(const RecordBytes& bytes) {
   UserRecord record;
-  record.flags = GetLittleEndian(bytes, kFlagsOffset);
-  record.id = static_cast<int32_t>(GetLittleEndian(bytes, kIdOffset));
+  record.flags = GetLittleEndian32(&bytes[kFlagsOffset]);
+  record.id = static_cast<int32_t>(GetLittleEndian32(&bytes[kIdOffset]));
   std::memcpy(record.name.data(), bytes.data() + kNameOffset, kTextSize);
   std::memcpy(record.email.data(), bytes.data() + kEmailOffset, kTextSize);
   return record;
@@ -78,13 +70,7 @@ bool ReadUserRecord(UserRecord* record, const std::string& path) {
     return false;
   }
   RecordBytes bytes = record->ToBytes();
-  size_t filled = 0;
-  while (filled < bytes.size()) {
-    const ssize_t got = read(fd, bytes.data() + filled, bytes.size() - filled);
-    if (got < 0 && errno == EINTR) continue;
-    if (got <= 0) break;
-    filled += static_cast<size_t>(got);
-  }
+  ReadFully(fd, bytes.data(), bytes.size());  // bytes past a short file keep their values
   close(fd);
   *record = UserRecord::FromBytes(bytes);
   record->name.back() = '\0';
@@ -100,7 +86,7 @@ bool WriteUserRecord(const UserRecord& record, const std::string& path) {
   // holds open; write it in place then.
   const int fd = open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
   if (fd < 0) return false;
-  const bool written = write(fd, bytes.data(), bytes.size()) == static_cast<ssize_t>(bytes.size());
+  const bool written = WriteFully(fd, bytes.data(), bytes.size());
   return close(fd) == 0 && written;
 }
 

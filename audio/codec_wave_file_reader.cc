@@ -8,6 +8,7 @@
 #include <cmath>
 
 #include "audio/sample_conversion.h"
+#include "util/file_io.h"
 
 namespace parlavox {
 namespace {
@@ -125,11 +126,9 @@ sf_count_t CodecWaveFileReader::SeekFile(sf_count_t offset, int whence, void* se
 
 sf_count_t CodecWaveFileReader::ReadFile(void* buffer, sf_count_t count, void* self) {
   auto* reader = static_cast<CodecWaveFileReader*>(self);
-  ssize_t got;
-  do {
-    got = pread(reader->fd_, buffer, static_cast<size_t>(std::max<sf_count_t>(count, 0)),
-                static_cast<off_t>(reader->file_offset_));
-  } while (got < 0 && errno == EINTR);
+  const ssize_t got =
+      ReadFullyAt(reader->fd_, buffer, static_cast<size_t>(std::max<sf_count_t>(count, 0)),
+                  static_cast<off_t>(reader->file_offset_));
   if (got <= 0) return 0;
   reader->file_offset_ += got;
   return got;

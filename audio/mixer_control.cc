@@ -125,7 +125,7 @@ int MixerControl::GetRecordSourceCount(int device) {
 }
 
 std::string MixerControl::GetRecordSourceName(int device, int source) {
-  if (source < 0) return "Windows Record Mixer";
+  if (source < 0) return "System Record Mixer";
   return WithDevice(device, true, [source](pa_context*, const std::optional<DeviceFacts>& facts) {
     if (!facts || source >= static_cast<int>(facts->ports.size())) return std::string(kInvalidName);
     return Cut(facts->port_descriptions[static_cast<size_t>(source)]);

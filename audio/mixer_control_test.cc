@@ -57,27 +57,28 @@ TEST(MixerLevelsTest, DecibelsMapLinearlyOntoUnits) {
 class MixerControlTest : public testing::Test {
  protected:
   PrivateSoundServer server_;
+  MixerControl mixer_;
 };
 
 TEST_F(MixerControlTest, SelectingTheRecordSourceSetsTheInputsLevelAndUnmutesIt) {
   const int mic = Index(ListInputDevices(), "mic.monitor");
   ASSERT_GT(mic, 0);
   ASSERT_EQ(server_.Pactl("set-source-mute mic.monitor 1"), 0);
-  EXPECT_EQ(MixerControl::SelectRecordSource(mic, 0, 0), 0);  // a null device has no ports
+  EXPECT_EQ(mixer_.SelectRecordSource(mic, 0, 0), 0);  // a null device has no ports
   EXPECT_EQ(Volume("get-source-volume mic.monitor"), ServerUnits(0));
   EXPECT_NE(Output("pactl get-source-mute mic.monitor").find("no"), std::string::npos);
 
-  MixerControl::SelectRecordSource(mic, -1, -20);  // leave the mixer alone
-  MixerControl::SelectRecordSource(-1, 0, -20);    // no device
+  mixer_.SelectRecordSource(mic, -1, -20);  // leave the mixer alone
+  mixer_.SelectRecordSource(-1, 0, -20);    // no device
   EXPECT_EQ(Volume("get-source-volume mic.monitor"), ServerUnits(0));
-  MixerControl::SelectRecordSource(mic, 0, -36);
+  mixer_.SelectRecordSource(mic, 0, -36);
   EXPECT_EQ(Volume("get-source-volume mic.monitor"), 0);
 
-  EXPECT_EQ(MixerControl::GetRecordSourceCount(mic), 0);
-  EXPECT_EQ(MixerControl::GetRecordSourceCount(-1), 0);
-  EXPECT_EQ(MixerControl::GetRecordSourceName(mic, -1), "Windows Record Mixer");
-  EXPECT_EQ(MixerControl::GetRecordSourceName(mic, 0), "<MIXER INVALID>");
-  EXPECT_EQ(MixerControl::GetRecordSourceName(99, 0), "<MIXER INVALID>");
+  EXPECT_EQ(mixer_.GetRecordSourceCount(mic), 0);
+  EXPECT_EQ(mixer_.GetRecordSourceCount(-1), 0);
+  EXPECT_EQ(mixer_.GetRecordSourceName(mic, -1), "System Record Mixer");
+  EXPECT_EQ(mixer_.GetRecordSourceName(mic, 0), "<MIXER INVALID>");
+  EXPECT_EQ(mixer_.GetRecordSourceName(99, 0), "<MIXER INVALID>");
 }
 
 TEST_F(MixerControlTest, PlaybackLevelsActOnTheProgramsOwnStreamsOnly) {
@@ -93,20 +94,20 @@ TEST_F(MixerControlTest, PlaybackLevelsActOnTheProgramsOwnStreamsOnly) {
   LSoundPlayer player(loop);
   player.set_device(speaker);
 
-  MixerControl::SetOutputVolume(speaker, 0, 0);  // before the stream: it starts at that level
-  ASSERT_TRUE(player.Play(OpenWaveFileReader(path), 0));
+  mixer_.SetOutputVolume(speaker, 0, 0);  // before the stream: it starts at that level
+  ASSERT_TRUE(player.Play(OpenWaveFileReader(path)));
   const long both_faders = std::lround(51264.0 / 65535 * 51264.0 / 65535 * 65536);
   EXPECT_EQ(Volume("list sink-inputs"), both_faders);
 
-  MixerControl::SetOutputVolume(speaker, 0, -200);  // the wave level clamps to silence
+  mixer_.SetOutputVolume(speaker, 0, -200);  // the wave level clamps to silence
   loop.RunFor(100ms);
   EXPECT_EQ(Volume("list sink-inputs"), 0);
   EXPECT_EQ(Volume("get-sink-volume speaker"), 65536);  // the system's volume stays
 
-  EXPECT_EQ(MixerControl::GetOutputSourceCount(speaker), 1);
-  EXPECT_EQ(MixerControl::GetOutputSourceName(speaker, 0), "Parlavox");
-  EXPECT_EQ(MixerControl::GetOutputSourceName(speaker, 1), "<MIXER INVALID>");
-  MixerControl::SetOutputSourceVolume(speaker, 0, -6);
+  EXPECT_EQ(mixer_.GetOutputSourceCount(speaker), 1);
+  EXPECT_EQ(mixer_.GetOutputSourceName(speaker, 0), "Parlavox");
+  EXPECT_EQ(mixer_.GetOutputSourceName(speaker, 1), "<MIXER INVALID>");
+  mixer_.SetOutputSourceVolume(speaker, 0, -6);
   EXPECT_EQ(Volume("list sink-inputs"), ServerUnits(-6));
 
   player.StopPlayback();

@@ -4,10 +4,11 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <cerrno>
 #include <cstring>
 
 #include "audio/sample_conversion.h"
+#include "util/file_io.h"
+#include "util/little_endian.h"
 
 namespace parlavox {
 namespace {
@@ -34,8 +35,7 @@ void PcmWaveFileReader::RefreshLength() {
   if (pread(fd_, size_field, 4, static_cast<off_t>(data_start_ - 4)) != 4) return;
   struct stat status {};
   if (fstat(fd_, &status) != 0) return;
-  const int64_t claimed = uint32_t{size_field[0]} | uint32_t{size_field[1]} << 8 |
-                          uint32_t{size_field[2]} << 16 | uint32_t{size_field[3]} << 24;
+  const int64_t claimed = GetLittleEndian32(size_field);
   const int64_t present = std::max<int64_t>(status.st_size - data_start_, 0);
   known_frames_ = std::min(claimed, present) / frame_bytes();
 }
@@ -68,16 +68,10 @@ void PcmWaveFileReader::ReadBlock(int32_t* samples, int frames) {
       wanted = std::max<int64_t>(wanted - (position_ - known_frames_), 0);
   }
 
-  int64_t got_bytes = 0;
-  const int64_t want_bytes = wanted * frame_bytes();
-  while (got_bytes < want_bytes) {
-    const ssize_t got =
-        pread(fd_, buffer_.data() + got_bytes, static_cast<size_t>(want_bytes - got_bytes),
-              static_cast<off_t>(read_offset_ + got_bytes));
-    if (got < 0 && errno == EINTR) continue;
-    if (got <= 0) break;
-    got_bytes += got;
-  }
+  const int64_t got_bytes = std::max<ssize_t>(
+      ReadFullyAt(fd_, buffer_.data(), static_cast<size_t>(wanted * frame_bytes()),
+                  static_cast<off_t>(read_offset_)),
+      0);
   // Only whole frames count; a frame still being written is read again next time.
   const int64_t got_frames = got_bytes / frame_bytes();
   read_offset_ += got_frames * frame_bytes();

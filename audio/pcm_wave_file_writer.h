@@ -11,7 +11,7 @@ namespace parlavox {
 // Writes 8-, 16- or 32-bit PCM behind the 46-byte header (an 18-byte "fmt " chunk).
 // While the file grows the header claims 32 seconds beyond the written end and is
 // rewritten, and flushed, after every 16 seconds of audio; others may read the file
-// meanwhile. Destroying the writer writes the exact header.
+// meanwhile.
 class PcmWaveFileWriter : public WaveFileWriter {
  public:
   static constexpr int kHeaderSize = 46;
@@ -21,6 +21,7 @@ class PcmWaveFileWriter : public WaveFileWriter {
   ~PcmWaveFileWriter() override;
 
   void Truncate(int64_t frame) override;
+  bool Finish() override;
 
  protected:
   void WriteBlock(const int32_t* samples, int frames) override;
@@ -28,12 +29,14 @@ class PcmWaveFileWriter : public WaveFileWriter {
  private:
   int64_t frame_bytes() const { return int64_t{channels()} * bytes_per_sample_; }
   // Writes the header at the file's start; a provisional one claims 32 s more.
-  void WriteHeader(bool provisional);
+  // False when it could not be written.
+  bool WriteHeader(bool provisional);
 
   int bytes_per_sample_;
   int fd_ = -1;
   int64_t refresh_countdown_ = 0;
   std::vector<uint8_t> buffer_;
+  bool written_ = true;  // every write so far succeeded
 };
 
 }  // namespace parlavox

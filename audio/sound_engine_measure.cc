@@ -104,7 +104,7 @@ double FeederCpuPerMinute(double seconds) {
   LSoundPlayer player(loop);
   player.set_device(Index(ListOutputDevices(), "speaker"));
   player.set_metering(true);
-  player.Play(OpenWaveFileReader(path), 0);
+  player.Play(OpenWaveFileReader(path));
   double cpu = 0;
   loop.RunUntil(
       [&] {

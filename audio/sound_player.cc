@@ -5,6 +5,7 @@
 #include <algorithm>
 
 #include "audio/sample_conversion.h"
+#include "audio/wave_time.h"
 
 namespace parlavox {
 namespace {
@@ -14,7 +15,7 @@ constexpr int kPriorityHighest = 2;
 
 }  // namespace
 
-LSoundPlayer::LSoundPlayer(TaskPoster& poster) : poster_(poster) { WakeOnStop(&block_done_); }
+LSoundPlayer::LSoundPlayer(TaskPoster& poster) : poster_(poster) {}
 
 LSoundPlayer::~LSoundPlayer() {
   StopPlayback();
@@ -26,12 +27,7 @@ void LSoundPlayer::SetListener(LSoundPlayerListener* listener, uint32_t cookie) 
   cookie_ = cookie;
 }
 
-int32_t LSoundPlayer::FramesToTime(int64_t frames, int32_t rate) {
-  if (rate < 1) return 0;
-  return static_cast<int32_t>((frames / rate) * 10000 + ((frames % rate) * 10000) / rate);
-}
-
-bool LSoundPlayer::Play(std::shared_ptr<WaveFileReader> reader, uint32_t flags) {
+bool LSoundPlayer::Play(std::shared_ptr<WaveFileReader> reader) {
   StopPlayback();
   if (!reader || !reader->is_valid()) return false;
   reader_ = std::move(reader);
@@ -49,23 +45,14 @@ bool LSoundPlayer::Play(std::shared_ptr<WaveFileReader> reader, uint32_t flags) 
     block.reached = kNoPosition;
   }
 
-  uint16_t state = kOpen | kBoostPending;
-  if (flags & (kOpenPaused | kPreBuffer)) {
-    wave_out_.Pause();
-    state |= (flags & kOpenPaused) ? kPaused : (kPreBuffering | kNoThrottle);
-  }
-  state_ = state;
+  state_ = kOpen | kBoostPending;
   events_ = 0;
   next_block_ = 0;
   position_ = reader_->GetPosition();
   Start(kPriorityLowest);
 
   if (listener_ != nullptr) {
-    if (flags & kOpenPaused) {
-      listener_->OnPlayPaused(cookie_);
-    } else {
-      listener_->OnPlayStarted(cookie_);
-    }
+    listener_->OnPlayStarted(cookie_);
     listener_->OnPlayPosition(FramesToTime(position_, rate()), cookie_);
   }
   return true;
@@ -84,117 +71,8 @@ void LSoundPlayer::StopPlayback() {
   if (listener_ != nullptr) listener_->OnPlayStopped(cookie_);
 }
 
-void LSoundPlayer::Pause() {
-  if (!(state_ & kOpen) || (state_ & kPaused)) return;
-  wave_out_.Pause();
-  state_ |= kPaused;
-  if (listener_ != nullptr) listener_->OnPlayPaused(cookie_);
-}
-
-void LSoundPlayer::Resume() {
-  if (!(state_ & kOpen)) return;
-  if (state_ & kHold) {
-    wave_out_.BreakLoop();
-    SetPriority(kPriorityHighest);
-    state_ &= static_cast<uint16_t>(~(kHold | kBoostPending));
-  }
-  if (state_ & kPaused) {
-    wave_out_.Restart();
-    state_ &= static_cast<uint16_t>(~kPaused);
-  }
-  if (listener_ != nullptr) listener_->OnPlayStarted(cookie_);
-}
-
-void LSoundPlayer::SeekTo(int64_t frame) {
-  if (!(state_ & kOpen)) return;
-  {
-    std::lock_guard lock(player_lock_);
-    wave_out_.Reset();
-    for (PlayBlock& block : blocks_) block.reached = kNoPosition;
-    reader_->Seek(frame);
-    position_ = reader_->GetPosition();
-    if (state_ & kPaused) wave_out_.Pause();
-    if (state_ & kHold) {
-      QueueScrubLoop();
-    } else {
-      next_block_ = 0;
-    }
-    SetPriority(kPriorityLowest);
-    state_ |= kBoostPending;
-    events_ = 0;
-  }
-  if (listener_ != nullptr) listener_->OnPlayPosition(FramesToTime(position_, rate()), cookie_);
-}
-
 void LSoundPlayer::OnThreadStart() {
   prctl(PR_SET_NAME, "parlavox-feed");  // so that tools can tell the feeding thread apart
-}
-
-void LSoundPlayer::Replay() {
-  if (!(state_ & kOpen)) return;
-  if ((state_ & kPaused) && (state_ & kHold)) {
-    wave_out_.Restart();
-    state_ &= static_cast<uint16_t>(~kPaused);
-    return;
-  }
-  {
-    std::lock_guard lock(player_lock_);
-    wave_out_.Reset();
-    for (PlayBlock& block : blocks_) block.reached = kNoPosition;
-    reader_->Seek(position_);
-    wave_out_.Restart();  // the state below is not paused
-    state_ = kOpen | kHold | kBoostPending;
-    events_ = 0;
-    QueueScrubLoop();
-    SetPriority(kPriorityLowest);
-  }
-  if (listener_ != nullptr) {
-    listener_->OnPlayRestarted(cookie_);
-    listener_->OnPlayPosition(FramesToTime(position_, rate()), cookie_);
-  }
-}
-
-void LSoundPlayer::QueueScrubLoop() {
-  PlayBlock& block = blocks_[static_cast<size_t>(next_block_)];
-  const int quarter = frames_per_block_ / 4;
-  const int64_t at = reader_->GetPosition();
-  reader_->Read(scratch_.data(), quarter);
-  reader_->Seek(at);  // playback goes on from here once the loop is broken
-  const size_t quarter_samples = static_cast<size_t>(quarter) * channels_;
-  for (int round = 0; round < 4; ++round) {
-    std::transform(scratch_.begin(), scratch_.begin() + static_cast<long>(quarter_samples),
-                   block.buffer.samples.begin() + static_cast<long>(round * quarter_samples), To16);
-  }
-  block.buffer.bytes = 4 * quarter_samples * sizeof(int16_t);
-  block.reached = at;
-  state_ |= kHold;
-  wave_out_.WriteLooped(&block.buffer);
-  MeasureLevels(block, quarter);
-  levels_ = block.levels;
-  Notify(kLevelsChanged);
-  next_block_ = (next_block_ + 1) % kBlockCount;
-}
-
-std::array<uint8_t, 512> LSoundPlayer::Overview(int64_t first_frame, int64_t frames) {
-  constexpr int kPoints = 512;
-  std::array<uint8_t, kPoints> points{};
-  if (!(state_ & kOpen) || frames <= 0) return points;
-  std::lock_guard lock(player_lock_);
-  const int64_t resume_at = reader_->GetPosition();
-  const int64_t step = std::max<int64_t>(frames / kPoints, 1);
-  const int span = static_cast<int>(std::min<int64_t>(step, frames_per_block_));
-  for (int p = 0; p < kPoints; ++p) {
-    reader_->Seek(first_frame + p * frames / kPoints);
-    reader_->Read(scratch_.data(), span);
-    int64_t peak = 0;
-    for (int64_t i = 0; i < int64_t{span} * channels_; ++i) {
-      peak = std::max<int64_t>(peak, std::abs(int64_t{scratch_[static_cast<size_t>(i)]}));
-    }
-    points[static_cast<size_t>(p)] =
-        static_cast<uint8_t>(std::min<int64_t>(peak * 255 / reader_->full_scale(), 255));
-  }
-  reader_->Seek(resume_at);
-  return points;
 }
 
 void LSoundPlayer::MeasureLevels(PlayBlock& block, int frames) {
@@ -229,7 +107,7 @@ void LSoundPlayer::Run() {
         }
         // A device that fails, or that has not finished a buffer for 281 waits,
         // counts as finished.
-        if (wave_out_.failed() || (!(state_ & kHold) && ++stall > kStallPasses)) {
+        if (wave_out_.failed() || ++stall > kStallPasses) {
           Notify(kFinished);
         }
         wait = true;
@@ -260,7 +138,7 @@ bool LSoundPlayer::FeedBlock(PlayBlock& block) {
         return false;
       }
       write = false;
-    } else if (!(state_ & kNoThrottle)) {
+    } else {
       const int queued = QueuedBlocks();
       if (queued > 3) {
         block.reached = kNoPosition;
@@ -282,18 +160,12 @@ bool LSoundPlayer::FeedBlock(PlayBlock& block) {
     MeasureLevels(block, frames);
   }
   next_block_ = (next_block_ + 1) % kBlockCount;
-  if (next_block_ == kRestartBlock && (state_ & kPreBuffering)) {
-    wave_out_.Restart();
-    state_ &= static_cast<uint16_t>(~kPreBuffering);
-  }
   return true;
 }
 
 void LSoundPlayer::Notify(uint16_t events) {
   events_ |= events;
-  poster_.Post([alive = std::weak_ptr<int>(alive_), this] {
-    if (alive.lock()) OnNotification();
-  });
+  poster_.Post(lifetime_.Bind([this] { OnNotification(); }));
 }
 
 void LSoundPlayer::OnNotification() {

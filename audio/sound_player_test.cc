@@ -1,4 +1,5 @@
 #include "audio/sound_player.h"
+#include "audio/wave_time.h"
 
 #include <sys/wait.h>
 #include <unistd.h>
@@ -124,7 +125,7 @@ TEST_F(SoundPlayerTest, PlaysAToneAfterTheLeadInThenReportsTheStop) {
     if (run == 1) reader->Seek(-1653);
     play_at = monitor.samples.size();
     listener_.positions.clear();
-    ASSERT_TRUE(player_.Play(reader, 0));
+    ASSERT_TRUE(player_.Play(reader));
     ASSERT_TRUE(PlayedToTheEnd(5s));
     loop_.RunFor(400ms);
     delay[run] = Onset(monitor.samples, play_at) - static_cast<int64_t>(play_at);
@@ -189,7 +190,7 @@ TEST_F(SoundPlayerTest, PlaysAFileWhileAnotherProcessWritesIt) {
     reader = OpenWaveFileReader(path);
   }
   reader->Seek(-1653);  // as the inbox starts every message: 0.15 s ahead of the writer
-  ASSERT_TRUE(player_.Play(reader, 0));
+  ASSERT_TRUE(player_.Play(reader));
   ASSERT_TRUE(PlayedToTheEnd(15s));
   waitpid(writer_pid, nullptr, 0);
   loop_.RunFor(300ms);
@@ -203,102 +204,27 @@ TEST_F(SoundPlayerTest, PlaysAFileWhileAnotherProcessWritesIt) {
 }
 
 TEST_F(SoundPlayerTest, SurvivesTheSoundServerGoingAwayAndComingBack) {
-  ASSERT_TRUE(player_.Play(OpenWaveFileReader(ToneFile(10.0)), 0));
+  ASSERT_TRUE(player_.Play(OpenWaveFileReader(ToneFile(10.0))));
   loop_.RunFor(500ms);
   server_.Stop();
   ASSERT_TRUE(PlayedToTheEnd(5s));
   EXPECT_FALSE(player_.is_open());
 
-  EXPECT_FALSE(player_.Play(OpenWaveFileReader(ToneFile(0.5)), 0));
+  EXPECT_FALSE(player_.Play(OpenWaveFileReader(ToneFile(0.5))));
   ASSERT_TRUE(server_.Start());
-  ASSERT_TRUE(player_.Play(OpenWaveFileReader(ToneFile(0.5)), 0));
+  ASSERT_TRUE(player_.Play(OpenWaveFileReader(ToneFile(0.5))));
   EXPECT_TRUE(PlayedToTheEnd(5s));
 }
 
 TEST_F(SoundPlayerTest, RefusesWhatItCannotPlayAndStopsTheOldStreamFirst) {
-  EXPECT_FALSE(player_.Play(nullptr, 0));
+  EXPECT_FALSE(player_.Play(nullptr));
   player_.set_device(99);
-  EXPECT_FALSE(player_.Play(OpenWaveFileReader(ToneFile(0.5)), 0));
+  EXPECT_FALSE(player_.Play(OpenWaveFileReader(ToneFile(0.5))));
   player_.set_device(-1);  // the default device
-  ASSERT_TRUE(player_.Play(OpenWaveFileReader(ToneFile(5.0)), 0));
-  ASSERT_TRUE(player_.Play(OpenWaveFileReader(ToneFile(0.2)), 0));
+  ASSERT_TRUE(player_.Play(OpenWaveFileReader(ToneFile(5.0))));
+  ASSERT_TRUE(player_.Play(OpenWaveFileReader(ToneFile(0.2))));
   EXPECT_EQ(listener_.stopped, 1);  // the first stream was told it stopped
   EXPECT_TRUE(PlayedToTheEnd(5s));
-}
-
-TEST_F(SoundPlayerTest, ReplayLoopsAQuarterBlockUntilResumeGoesOnFromThere) {
-  constexpr int kFrames = 3 * kRate;
-  auto sample_at = [](int64_t i) { return int16_t(1000 + (i * 7919) % 20000); };  // never 0
-  const std::string path = folder_ + "/long.wav";
-  {
-    std::vector<int32_t> samples(kFrames);
-    for (int i = 0; i < kFrames; ++i) samples[size_t(i)] = sample_at(i) * 16;
-    CreateWaveFileWriter(path, kRate, 1, 16, 0)->Write(samples.data(), kFrames);
-  }
-  MonitorCapture monitor(loop_, "speaker.monitor");
-  loop_.RunFor(300ms);
-  ASSERT_TRUE(player_.Play(OpenWaveFileReader(path), 0));
-  loop_.RunFor(500ms);
-  int restarted = 0;
-  struct : LSoundPlayerListener {
-    int* count;
-    void OnPlayRestarted(uint32_t) override { ++*count; }
-  } restart_listener;
-  restart_listener.count = &restarted;
-  player_.SetListener(&restart_listener, 0);
-  player_.Replay();
-  EXPECT_EQ(restarted, 1);
-  player_.SetListener(&listener_, 0);
-  loop_.RunFor(600ms);  // no stall watchdog while looping
-  EXPECT_TRUE(player_.is_open());
-  player_.Resume();
-  ASSERT_TRUE(PlayedToTheEnd(5s));
-  loop_.RunFor(300ms);
-
-  std::vector<int16_t> heard;
-  for (int16_t s : monitor.samples) {
-    if (s != 0) heard.push_back(s);
-  }
-  // Somewhere the same 275 frames (a quarter of 1102) come round again and again...
-  constexpr size_t kQuarter = 275;
-  size_t loop_start = 0, run = 0;
-  for (size_t i = 0; i + kQuarter < heard.size() && run < 10 * kQuarter; ++i) {
-    run = heard[i] == heard[i + kQuarter] ? run + 1 : 0;
-    if (run == 1) loop_start = i;
-  }
-  ASSERT_GE(run, 10 * kQuarter);
-  // ...and they are the file at the position where the loop began, from which
-  // playback then went on to the end.
-  int64_t at = 0;
-  while (at < kFrames && sample_at(at) != heard[loop_start]) ++at;
-  ASSERT_LT(at, kFrames);
-  for (size_t i = 0; i < kQuarter; ++i)
-    ASSERT_EQ(heard[loop_start + i], sample_at(at + int64_t(i)));
-  const size_t tail = size_t(kFrames - at);
-  ASSERT_GE(heard.size(), tail);
-  for (size_t i = 0; i < tail; ++i) {
-    ASSERT_EQ(heard[heard.size() - tail + i], sample_at(at + int64_t(i))) << i;
-  }
-}
-
-TEST_F(SoundPlayerTest, OverviewShowsPeaksWithoutMovingPlayback) {
-  const std::string path = folder_ + "/halves.wav";
-  {
-    std::vector<int32_t> samples(kRate, 0);
-    for (size_t i = kRate / 2; i < samples.size(); ++i)
-      samples[i] = i % 2 ? kFullScale : -kFullScale;
-    CreateWaveFileWriter(path, kRate, 1, 16, 0)->Write(samples.data(), kRate);
-  }
-  EXPECT_EQ(player_.Overview(0, kRate)[300], 0);  // nothing open
-  ASSERT_TRUE(player_.Play(OpenWaveFileReader(path), LSoundPlayer::kOpenPaused));
-  const std::array<uint8_t, 512> points = player_.Overview(0, kRate);
-  EXPECT_EQ(points[0], 0);
-  EXPECT_EQ(points[255], 0);
-  EXPECT_EQ(points[257], 255);
-  EXPECT_EQ(points[511], 255);
-  player_.Resume();
-  EXPECT_TRUE(PlayedToTheEnd(5s));
-  EXPECT_EQ(listener_.positions.back(), 10000);
 }
 
 TEST(ChannelLevelsTest, LevelsFollowTheirFormulas) {
@@ -311,9 +237,9 @@ TEST(ChannelLevelsTest, LevelsFollowTheirFormulas) {
   EXPECT_EQ(PeakLevel(square.data(), 441, 1, 0), 12);
   const int32_t quarter[] = {131072};
   EXPECT_EQ(PeakLevel(quarter, 1, 1, 0), 0);
-  EXPECT_EQ(LSoundPlayer::FramesToTime(-1653, 11025), -1499);
-  EXPECT_EQ(LSoundPlayer::FramesToTime(11025, 11025), 10000);
-  EXPECT_EQ(LSoundPlayer::FramesToTime(5, 0), 0);
+  EXPECT_EQ(FramesToTime(-1653, 11025), -1499);
+  EXPECT_EQ(FramesToTime(11025, 11025), 10000);
+  EXPECT_EQ(FramesToTime(5, 0), 0);
 }
 
 }  // namespace

@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "audio/sample_conversion.h"
-#include "audio/sound_player.h"
+#include "audio/wave_time.h"
 
 namespace parlavox {
 namespace {
@@ -20,13 +20,11 @@ void LSoundRecorder::SetListener(LSoundRecorderListener* listener, uint32_t cook
 
 int32_t LSoundRecorder::TimeOfLength() const {
   if (!writer_) return 0;
-  return LSoundPlayer::FramesToTime(writer_->length(),
-                                    static_cast<int32_t>(writer_->sample_rate()));
+  return FramesToTime(writer_->length(), static_cast<int32_t>(writer_->sample_rate()));
 }
 
 int64_t LSoundRecorder::FramesOfTime(int32_t time) const {
-  const int64_t rate = writer_->sample_rate();
-  return (time / 10000) * rate + ((time % 10000) * rate) / 10000;
+  return TimeToFrames(time, static_cast<int32_t>(writer_->sample_rate()));
 }
 
 bool LSoundRecorder::StartRecording(std::shared_ptr<WaveFileWriter> writer, int32_t max_time,
@@ -75,23 +73,10 @@ void LSoundRecorder::StopRecording() {
   if (writer_ && last_loud_time_ < TimeOfLength()) writer_->Truncate(FramesOfTime(last_loud_time_));
   hold_buffer_.clear();
   scratch_.clear();
-  writer_.reset();  // the last reference finishes the file
+  writer_->Finish();
+  writer_.reset();
   state_ = kClosed;
   if (listener_ != nullptr) listener_->OnRecordStopped(cookie_);
-}
-
-void LSoundRecorder::RestartRecording() {
-  if (state_ == kClosed) return;
-  writer_->Truncate(0);
-  if (state_ == kWaiting) return;
-  state_ = kWaiting;
-  last_loud_time_ = 0;
-  if (listener_ != nullptr) {
-    listener_->OnRecordWaiting(cookie_);
-    listener_->OnRecordPosition(0, cookie_);
-  }
-  std::fill(hold_buffer_.begin(), hold_buffer_.end(), 0);
-  hold_valid_ = false;
 }
 
 int8_t LSoundRecorder::BufferLevel(int frames) {

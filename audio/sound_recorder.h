@@ -7,55 +7,35 @@
 #include <vector>
 
 #include "audio/channel_levels.h"
-#include "audio/task_poster.h"
+#include "audio/recorder.h"
 #include "audio/wave_file.h"
 #include "audio/wave_in.h"
+#include "util/task_poster.h"
 
 namespace parlavox {
 
-// What the recorder tells its owner, on the owner's thread, with the owner's cookie.
-// Times are in 1/10000 s.
-class LSoundRecorderListener {
- public:
-  virtual ~LSoundRecorderListener() = default;
-  virtual void OnRecordStarted(uint32_t /*cookie*/) {}
-  virtual void OnRecordWaiting(uint32_t /*cookie*/) {}
-  virtual void OnRecordStopped(uint32_t /*cookie*/) {}
-  virtual void OnRecordPosition(int32_t /*time*/, uint32_t /*cookie*/) {}
-  virtual void OnRecordLevels(const ChannelLevels& /*levels*/, uint32_t /*cookie*/) {}
-};
-
-// Records an input device into a WaveFileWriter, 40 ms a buffer, all on the owner's
-// thread. It can work as a sound-operated switch: while waiting it writes nothing
-// until a buffer reaches the threshold (then it writes the held half buffer before
+// The Recorder on the sound server: 40 ms a buffer, all on the owner's thread. It
+// can work as a sound-operated switch: while waiting it writes nothing until a
+// buffer reaches the threshold (then it writes the held half buffer before
 // it too, when the sound began there), and after more than the hang time below the
 // threshold less 5 dB it cuts the quiet tail to 0.45 s and waits again. Stopping
 // cuts a quiet tail longer than 50 ms after the last loud buffer.
-class LSoundRecorder {
+class LSoundRecorder : public Recorder {
  public:
   static constexpr int kBufferCount = 30;
-  static constexpr uint32_t kOpenStopped = 1;
-  static constexpr uint32_t kStartWriting = 2;
   enum State { kClosed = 0, kWaiting = 1, kWriting = 2 };
 
   explicit LSoundRecorder(TaskPoster& poster) : wave_in_(poster) {}
-  ~LSoundRecorder() { StopRecording(); }
+  ~LSoundRecorder() override { StopRecording(); }
   LSoundRecorder(const LSoundRecorder&) = delete;
   LSoundRecorder& operator=(const LSoundRecorder&) = delete;
 
-  // -1 and 0 are the system's default input; see sound_devices.h.
-  void set_device(int device) { device_ = device; }
-  void SetListener(LSoundRecorderListener* listener, uint32_t cookie);
-
-  // Starts recording into `writer`. max_time (1/10000 s, 0 for none) ends the
-  // recording; threshold (dB) and hang_time (1/10000 s) drive the switch. flags:
-  // kOpenStopped leaves the device stopped, kStartWriting writes from the start.
-  // False when the writer is missing or invalid or the device can't be opened.
+  void set_device(int device) override { device_ = device; }
+  void SetListener(LSoundRecorderListener* listener, uint32_t cookie) override;
   bool StartRecording(std::shared_ptr<WaveFileWriter> writer, int32_t max_time, int threshold,
-                      int32_t hang_time, uint32_t flags);
-  void StopRecording();
-  // Drops what was written and waits for sound again.
-  void RestartRecording();
+                      int32_t hang_time, uint32_t flags) override;
+  void StopRecording() override;
+  bool is_recording() const override { return state_ != kClosed; }
 
   State state() const { return state_; }
 

@@ -58,7 +58,7 @@ class SoundRecorderTest : public testing::Test {
         writer->Write(samples.data(), static_cast<int64_t>(samples.size()));
       }
     }
-    ASSERT_TRUE(player_.Play(OpenWaveFileReader(path), 0));
+    ASSERT_TRUE(player_.Play(OpenWaveFileReader(path)));
   }
 
   std::shared_ptr<WaveFileWriter> NewWriter() {

@@ -15,7 +15,7 @@
 #include <string>
 #include <thread>
 
-#include "audio/task_poster.h"
+#include "util/task_poster.h"
 
 extern char** environ;
 

@@ -1,10 +1,10 @@
 #include "audio/wave_chunks.h"
 
-#include <unistd.h>
-
 #include <array>
-#include <cerrno>
 #include <cstring>
+
+#include "util/file_io.h"
+#include "util/little_endian.h"
 
 namespace parlavox {
 namespace {
@@ -14,24 +14,12 @@ constexpr uint32_t kMaxFormatSize = 8192;
 constexpr uint32_t kMaxChannels = 255;
 constexpr uint32_t kMaxSampleRate = 192000;
 
-uint16_t Get16(const uint8_t* bytes) { return static_cast<uint16_t>(bytes[0] | bytes[1] << 8); }
-uint32_t Get32(const uint8_t* bytes) {
-  return uint32_t{bytes[0]} | uint32_t{bytes[1]} << 8 | uint32_t{bytes[2]} << 16 |
-         uint32_t{bytes[3]} << 24;
-}
 bool IsId(const uint8_t* bytes, const char (&id)[5]) { return std::memcmp(bytes, id, 4) == 0; }
 uint64_t RoundedUpToEven(uint32_t size) { return (uint64_t{size} + 1) & ~uint64_t{1}; }
 
 // Reads exactly `size` bytes at `offset`; false on a short read.
 bool ReadExactly(int fd, int64_t offset, uint8_t* buffer, size_t size) {
-  size_t done = 0;
-  while (done < size) {
-    const ssize_t got = pread(fd, buffer + done, size - done, static_cast<off_t>(offset + done));
-    if (got < 0 && errno == EINTR) continue;
-    if (got <= 0) return false;
-    done += static_cast<size_t>(got);
-  }
-  return true;
+  return ReadFullyAt(fd, buffer, size, static_cast<off_t>(offset)) == static_cast<ssize_t>(size);
 }
 
 // Walks chunk headers from *offset until one named `id`; leaves *offset on that
@@ -41,7 +29,7 @@ std::optional<uint32_t> FindChunk(int fd, int64_t* offset, const char (&id)[5]) 
     std::array<uint8_t, 8> header;
     if (!ReadExactly(fd, *offset, header.data(), header.size())) return std::nullopt;
     *offset += 8;
-    const uint32_t size = Get32(&header[4]);
+    const uint32_t size = GetLittleEndian32(&header[4]);
     if (IsId(header.data(), id)) return size;
     if (size < 1) return std::nullopt;
     *offset += static_cast<int64_t>(RoundedUpToEven(size));
@@ -50,12 +38,12 @@ std::optional<uint32_t> FindChunk(int fd, int64_t* offset, const char (&id)[5]) 
 
 WaveFormat ParseFormat(const uint8_t* bytes, uint32_t size) {
   WaveFormat format;
-  format.format_tag = Get16(bytes);
-  format.channels = Get16(bytes + 2);
-  format.sample_rate = Get32(bytes + 4);
-  format.average_bytes_per_second = Get32(bytes + 8);
-  format.block_align = Get16(bytes + 12);
-  format.bits_per_sample = size >= 16 ? Get16(bytes + 14) : 0;
+  format.format_tag = GetLittleEndian16(bytes);
+  format.channels = GetLittleEndian16(bytes + 2);
+  format.sample_rate = GetLittleEndian32(bytes + 4);
+  format.average_bytes_per_second = GetLittleEndian32(bytes + 8);
+  format.block_align = GetLittleEndian16(bytes + 12);
+  format.bits_per_sample = size >= 16 ? GetLittleEndian16(bytes + 14) : 0;
   if (size > 18) format.extra.assign(bytes + 18, bytes + size);
   return format;
 }
@@ -68,7 +56,7 @@ std::optional<WaveLayout> WalkWaveChunks(int fd) {
     std::array<uint8_t, 12> header;
     if (!ReadExactly(fd, offset, header.data(), header.size())) return std::nullopt;
     if (IsId(header.data(), "RIFF") && IsId(&header[8], "WAVE")) break;
-    const uint64_t size = RoundedUpToEven(Get32(&header[4]));
+    const uint64_t size = RoundedUpToEven(GetLittleEndian32(&header[4]));
     if (size < 5) return std::nullopt;
     offset += static_cast<int64_t>(8 + size);  // the form type is inside the size
   }

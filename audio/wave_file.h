@@ -15,6 +15,8 @@ namespace parlavox {
 // silence and ignores seeks. One reader is not safe to use from two threads at once.
 class WaveFileReader {
  public:
+  WaveFileReader(const WaveFileReader&) = delete;
+  WaveFileReader& operator=(const WaveFileReader&) = delete;
   virtual ~WaveFileReader() = default;
 
   int32_t sample_rate() const { return sample_rate_; }
@@ -54,10 +56,14 @@ std::shared_ptr<WaveFileReader> OpenWaveFileReader(const std::string& path);
 
 // Writes a WAVE file block by block. A file being written is readable at any moment:
 // its header claims 32 seconds more than has been written, and is refreshed every 16
-// seconds of audio; the exact header is written when the writer is destroyed. A writer
-// whose file could not be created is invalid and only counts frames.
+// seconds of audio; Finish writes the exact header. A writer whose file could not be
+// created is invalid and only counts frames. One writer is not safe to use from two
+// threads at once.
 class WaveFileWriter {
  public:
+  WaveFileWriter(const WaveFileWriter&) = delete;
+  WaveFileWriter& operator=(const WaveFileWriter&) = delete;
+  // A writer that was not finished finishes its file here, as well as it can.
   virtual ~WaveFileWriter() = default;
 
   bool is_valid() const { return valid_; }
@@ -69,6 +75,9 @@ class WaveFileWriter {
   void Write(const int32_t* samples, int64_t frames);
   // Cuts the file back to `frame` when that is not beyond the current length.
   virtual void Truncate(int64_t frame) = 0;
+  // Writes the exact header and closes the file; nothing is written after it. Returns
+  // whether the whole file made it to the disk.
+  virtual bool Finish() = 0;
 
  protected:
   WaveFileWriter(uint32_t sample_rate, int channels, int64_t length);
@@ -90,11 +99,6 @@ class WaveFileWriter {
 std::shared_ptr<WaveFileWriter> CreateWaveFileWriter(const std::string& path, uint32_t sample_rate,
                                                      int channels, int bits_per_sample,
                                                      int64_t start_frame);
-
-// A writer for any format: PCM goes to CreateWaveFileWriter, other formats are
-// encoded by the codec (invalid when the codec can't write that format).
-std::shared_ptr<WaveFileWriter> CreateWaveFileWriterForFormat(const std::string& path,
-                                                              const WaveFormat& format);
 
 }  // namespace parlavox
 

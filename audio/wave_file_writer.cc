@@ -1,6 +1,5 @@
 #include <algorithm>
 
-#include "audio/codec_wave_file_writer.h"
 #include "audio/pcm_wave_file_writer.h"
 #include "audio/wave_file.h"
 
@@ -29,15 +28,6 @@ std::shared_ptr<WaveFileWriter> CreateWaveFileWriter(const std::string& path, ui
                                                      int64_t start_frame) {
   return std::make_shared<PcmWaveFileWriter>(path, sample_rate, channels, bits_per_sample,
                                              start_frame);
-}
-
-std::shared_ptr<WaveFileWriter> CreateWaveFileWriterForFormat(const std::string& path,
-                                                              const WaveFormat& format) {
-  if (format.format_tag == kFormatPcm) {
-    return CreateWaveFileWriter(path, format.sample_rate, format.channels, format.bits_per_sample,
-                                0);
-  }
-  return std::make_shared<CodecWaveFileWriter>(path, format);
 }
 
 }  // namespace parlavox

@@ -9,7 +9,7 @@
 #include <memory>
 #include <vector>
 
-#include "audio/task_poster.h"
+#include "util/task_poster.h"
 
 namespace parlavox {
 

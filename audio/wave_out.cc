@@ -51,7 +51,6 @@ bool WaveOut::Open(int device, uint32_t rate, int channels, ManualResetEvent* bu
   write_index_ = 0;
   read_index_ = 0;
   pa_stream_set_state_callback(stream_, &WaveOut::OnStreamState, this);
-  pa_stream_set_write_callback(stream_, &WaveOut::OnWritable, this);
 
   // Playback starts as soon as one frame is there, so nothing waits to fill up.
   const uint32_t frame = static_cast<uint32_t>(pa_frame_size(&spec));
@@ -76,14 +75,6 @@ bool WaveOut::Open(int device, uint32_t rate, int channels, ManualResetEvent* bu
 void WaveOut::Write(PlayBuffer* buffer) {
   PulseLock lock;
   buffer->done = false;
-  if (looped_ != nullptr) {
-    behind_loop_.push_back(buffer);
-  } else {
-    Send(buffer);
-  }
-}
-
-void WaveOut::Send(PlayBuffer* buffer) {
   if (stream_ == nullptr || failed_ ||
       pa_stream_write(stream_, buffer->samples.data(), buffer->bytes, nullptr, 0,
                       PA_SEEK_RELATIVE) < 0) {
@@ -93,47 +84,6 @@ void WaveOut::Send(PlayBuffer* buffer) {
   write_index_ += buffer->bytes;
   buffer->end_index = write_index_;
   queued_.push_back(buffer);
-}
-
-void WaveOut::WriteLooped(PlayBuffer* buffer) {
-  PulseLock lock;
-  buffer->done = false;
-  if (stream_ == nullptr || failed_ || buffer->bytes == 0) {
-    buffer->done = true;
-    return;
-  }
-  looped_ = buffer;
-  TopUpLoop();
-}
-
-void WaveOut::BreakLoop() {
-  PulseLock lock;
-  if (looped_ == nullptr) return;
-  // The rounds already sent play out; the buffer is done after the last of them.
-  looped_->end_index = write_index_;
-  queued_.push_back(looped_);
-  looped_ = nullptr;
-  while (!behind_loop_.empty()) {
-    Send(behind_loop_.front());
-    behind_loop_.pop_front();
-  }
-}
-
-void WaveOut::OnWritable(pa_stream*, size_t, void* self) {
-  static_cast<WaveOut*>(self)->TopUpLoop();
-}
-
-void WaveOut::TopUpLoop() {
-  // Two rounds ahead of the server's reading: enough not to run dry between timing
-  // updates, little enough that a broken loop ends soon.
-  if (looped_ == nullptr || failed_) return;
-  while (write_index_ < read_index_ + 2 * looped_->bytes) {
-    if (pa_stream_write(stream_, looped_->samples.data(), looped_->bytes, nullptr, 0,
-                        PA_SEEK_RELATIVE) < 0) {
-      return;
-    }
-    write_index_ += looped_->bytes;
-  }
 }
 
 void WaveOut::Reset() {
@@ -154,24 +104,6 @@ void WaveOut::Reset() {
   }
 }
 
-void WaveOut::Pause() {
-  PulseLock lock;
-  if (stream_ != nullptr && !failed_) {
-    if (pa_operation* operation = pa_stream_cork(stream_, 1, nullptr, nullptr)) {
-      pa_operation_unref(operation);
-    }
-  }
-}
-
-void WaveOut::Restart() {
-  PulseLock lock;
-  if (stream_ != nullptr && !failed_) {
-    if (pa_operation* operation = pa_stream_cork(stream_, 0, nullptr, nullptr)) {
-      pa_operation_unref(operation);
-    }
-  }
-}
-
 void WaveOut::Close() {
   PulseLock lock;
   OpenStreams().erase(this);
@@ -181,7 +113,6 @@ void WaveOut::Close() {
   }
   if (stream_ != nullptr) {
     pa_stream_set_state_callback(stream_, nullptr, nullptr);
-    pa_stream_set_write_callback(stream_, nullptr, nullptr);
     pa_stream_disconnect(stream_);
     pa_stream_unref(stream_);
     stream_ = nullptr;
@@ -245,7 +176,6 @@ void WaveOut::OnTiming(pa_stream* stream, int success, void* self) {
 
 void WaveOut::MarkPlayed(uint64_t read_index) {
   read_index_ = read_index;
-  TopUpLoop();
   bool any = false;
   while (!queued_.empty() && queued_.front()->end_index <= read_index) {
     queued_.front()->done = true;
@@ -257,11 +187,7 @@ void WaveOut::MarkPlayed(uint64_t read_index) {
 
 void WaveOut::MarkAllDone() {
   for (PlayBuffer* buffer : queued_) buffer->done = true;
-  for (PlayBuffer* buffer : behind_loop_) buffer->done = true;
-  if (looped_ != nullptr) looped_->done = true;
   queued_.clear();
-  behind_loop_.clear();
-  looped_ = nullptr;
   if (buffer_done_ != nullptr) buffer_done_->Set();
 }
 

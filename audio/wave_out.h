@@ -8,7 +8,7 @@
 #include <deque>
 #include <vector>
 
-#include "audio/manual_reset_event.h"
+#include "util/manual_reset_event.h"
 
 namespace parlavox {
 
@@ -37,15 +37,8 @@ class WaveOut {
   // Opens output device `device` (see sound_devices.h) for 16-bit PCM.
   bool Open(int device, uint32_t rate, int channels, ManualResetEvent* buffer_done);
   void Write(PlayBuffer* buffer);
-  // Plays `buffer` over and over until BreakLoop (or Reset); buffers written
-  // meanwhile wait behind it.
-  void WriteLooped(PlayBuffer* buffer);
-  // Lets the looped buffer finish its current round, then the waiting ones play.
-  void BreakLoop();
   // Drops whatever is queued; every buffer becomes done.
   void Reset();
-  void Pause();
-  void Restart();
   void Close();
   bool failed() const { return failed_.load(); }
 
@@ -57,10 +50,6 @@ class WaveOut {
   static void OnStreamState(pa_stream* stream, void* self);
   static void OnTimer(pa_mainloop_api* api, pa_time_event* event, const timeval* when, void* self);
   static void OnTiming(pa_stream* stream, int success, void* self);
-  static void OnWritable(pa_stream* stream, size_t bytes, void* self);
-  // Sends a buffer to the server and starts tracking it.
-  void Send(PlayBuffer* buffer);
-  void TopUpLoop();
   // Marks done every queued buffer that ends at or before `read_index`.
   void MarkPlayed(uint64_t read_index);
   void MarkAllDone();
@@ -72,8 +61,6 @@ class WaveOut {
   pa_time_event* timer_ = nullptr;
   ManualResetEvent* buffer_done_ = nullptr;
   std::deque<PlayBuffer*> queued_;
-  PlayBuffer* looped_ = nullptr;
-  std::deque<PlayBuffer*> behind_loop_;
   uint64_t write_index_ = 0;
   uint64_t read_index_ = 0;  // as of the last timing update
   std::atomic<bool> failed_{false};

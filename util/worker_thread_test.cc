@@ -1,4 +1,4 @@
-#include "audio/worker_thread.h"
+#include "util/worker_thread.h"
 
 #include <sys/resource.h>
 #include <unistd.h>

@@ -1,4 +1,4 @@
-#include "audio/worker_thread.h"
+#include "util/worker_thread.h"
 
 #include <fcntl.h>
 #include <spawn.h>
@@ -74,6 +74,7 @@ bool WorkerThread::Start(int priority) {
   }
   stop_event_.Reset();
   finished_.store(false);
+  thread_id_.store(0);
 
   errno = 0;
   const int process_nice = getpriority(PRIO_PROCESS, 0);
@@ -106,9 +107,13 @@ void WorkerThread::Stop() { StopWithin(kStopGrace); }
 
 void WorkerThread::StopQuick() { StopWithin(kQuickStopGrace); }
 
-void WorkerThread::StopWithin(std::chrono::milliseconds grace) {
+void WorkerThread::RequestStop() {
   stop_event_.Set();
-  if (wake_on_stop_ != nullptr) wake_on_stop_->Set();
+  OnStopRequested();
+}
+
+void WorkerThread::StopWithin(std::chrono::milliseconds grace) {
+  RequestStop();
   if (!thread_) return;
   const timespec deadline = DeadlineAfter(grace);
   if (pthread_timedjoin_np(*thread_, nullptr, &deadline) == ETIMEDOUT) {
@@ -121,10 +126,13 @@ void WorkerThread::StopWithin(std::chrono::milliseconds grace) {
 bool WorkerThread::IsRunning() const { return thread_.has_value() && !finished_.load(); }
 
 bool WorkerThread::SetPriority(int priority) {
-  if (!IsRunning()) return false;
+  // Also called by the thread itself, so only what it may read is looked at: the
+  // thread's id is set by the thread before its body runs.
+  const pid_t thread = thread_id_.load();
+  if (thread == 0 || finished_.load()) return false;
   errno = 0;
   const int process_nice = getpriority(PRIO_PROCESS, 0);
-  return setpriority(PRIO_PROCESS, static_cast<id_t>(thread_id_.load()),
+  return setpriority(PRIO_PROCESS, static_cast<id_t>(thread),
                      NiceForPriority(priority, errno == 0 ? process_nice : 0)) == 0;
 }
 

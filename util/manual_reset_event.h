@@ -1,5 +1,5 @@
-#ifndef PARLAVOX_AUDIO_MANUAL_RESET_EVENT_H_
-#define PARLAVOX_AUDIO_MANUAL_RESET_EVENT_H_
+#ifndef PARLAVOX_UTIL_MANUAL_RESET_EVENT_H_
+#define PARLAVOX_UTIL_MANUAL_RESET_EVENT_H_
 
 #include <chrono>
 #include <condition_variable>
@@ -22,8 +22,13 @@ class ManualResetEvent {
   // Waits until the event is set or `timeout` passes; returns whether it is set.
   // A thread that is cancelled while it waits ends when the wait returns.
   bool WaitFor(std::chrono::milliseconds timeout) const;
+  // Waits, however long it takes, until the event is set.
+  void Wait() const;
 
  private:
+  template <typename Waiting>
+  bool WaitUninterrupted(Waiting waiting) const;
+
   mutable std::mutex mutex_;
   mutable std::condition_variable changed_;
   bool set_ = false;
@@ -31,4 +36,4 @@ class ManualResetEvent {
 
 }  // namespace parlavox
 
-#endif  // PARLAVOX_AUDIO_MANUAL_RESET_EVENT_H_
+#endif  // PARLAVOX_UTIL_MANUAL_RESET_EVENT_H_

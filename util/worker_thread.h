@@ -1,5 +1,5 @@
-#ifndef PARLAVOX_AUDIO_WORKER_THREAD_H_
-#define PARLAVOX_AUDIO_WORKER_THREAD_H_
+#ifndef PARLAVOX_UTIL_WORKER_THREAD_H_
+#define PARLAVOX_UTIL_WORKER_THREAD_H_
 
 #include <pthread.h>
 
@@ -9,7 +9,7 @@
 #include <optional>
 #include <string>
 
-#include "audio/manual_reset_event.h"
+#include "util/manual_reset_event.h"
 
 namespace parlavox {
 
@@ -45,11 +45,14 @@ class WorkerThread {
   // (StopQuick) for Run to return, then cancels it. The event stays set.
   void Stop();
   void StopQuick();
+  // Sets the stop event without waiting for the thread to end.
+  void RequestStop();
 
   // True while a started thread has not yet finished.
   bool IsRunning() const;
 
-  // Changes the priority of the running thread; false when it can't be changed.
+  // Changes the priority of the running thread, from the owner or from the thread
+  // itself; false when it can't be changed.
   bool SetPriority(int priority);
 
   // Runs `command_line` through /bin/sh in a session of its own, with no input or
@@ -66,8 +69,9 @@ class WorkerThread {
   // Waits up to `timeout` for a stop request; returns true when one came.
   bool WaitForStop(std::chrono::milliseconds timeout) const { return stop_event_.WaitFor(timeout); }
   bool StopRequested() const { return stop_event_.IsSet(); }
-  // Makes a stop request also set `event`, for a body that waits on that event.
-  void WakeOnStop(ManualResetEvent* event) { wake_on_stop_ = event; }
+  // Called on the owner's thread each time a stop is asked for, so that a body that
+  // waits on something of its own can be woken.
+  virtual void OnStopRequested() {}
 
   // Guards data that the derived class shares between its thread and its owner.
   std::mutex& lock() { return lock_; }
@@ -82,7 +86,6 @@ class WorkerThread {
   std::optional<pthread_t> thread_;
   std::atomic<bool> finished_{false};
   std::atomic<pid_t> thread_id_{0};
-  ManualResetEvent* wake_on_stop_ = nullptr;
 };
 
 // The nice value that a thread of `priority` gets in a process whose nice value is
@@ -91,4 +94,4 @@ int NiceForPriority(int priority, int process_nice);
 
 }  // namespace parlavox
 
-#endif  // PARLAVOX_AUDIO_WORKER_THREAD_H_
+#endif  // PARLAVOX_UTIL_WORKER_THREAD_H_

@@ -1,5 +1,5 @@
-#ifndef PARLAVOX_AUDIO_TASK_POSTER_H_
-#define PARLAVOX_AUDIO_TASK_POSTER_H_
+#ifndef PARLAVOX_UTIL_TASK_POSTER_H_
+#define PARLAVOX_UTIL_TASK_POSTER_H_
 
 #include <functional>
 
@@ -16,4 +16,4 @@ class TaskPoster {
 
 }  // namespace parlavox
 
-#endif  // PARLAVOX_AUDIO_TASK_POSTER_H_
+#endif  // PARLAVOX_UTIL_TASK_POSTER_H_

@@ -1,4 +1,4 @@
-#include "audio/manual_reset_event.h"
+#include "util/manual_reset_event.h"
 
 #include <pthread.h>
 
@@ -23,6 +23,20 @@ bool ManualResetEvent::IsSet() const {
 }
 
 bool ManualResetEvent::WaitFor(std::chrono::milliseconds timeout) const {
+  return WaitUninterrupted([&](std::unique_lock<std::mutex>& lock) {
+    return changed_.wait_for(lock, timeout, [this] { return set_; });
+  });
+}
+
+void ManualResetEvent::Wait() const {
+  WaitUninterrupted([&](std::unique_lock<std::mutex>& lock) {
+    changed_.wait(lock, [this] { return set_; });
+    return true;
+  });
+}
+
+template <typename Waiting>
+bool ManualResetEvent::WaitUninterrupted(Waiting waiting) const {
   // The condition-variable wait must not be unwound by a thread cancellation (it is
   // noexcept and would take the mutex down with it), so cancellation is held off while
   // waiting and honoured right after.
@@ -31,7 +45,7 @@ bool ManualResetEvent::WaitFor(std::chrono::milliseconds timeout) const {
   bool result;
   {
     std::unique_lock lock(mutex_);
-    result = changed_.wait_for(lock, timeout, [this] { return set_; });
+    result = waiting(lock);
   }
   pthread_setcancelstate(old_state, nullptr);
   if (old_state == PTHREAD_CANCEL_ENABLE) pthread_testcancel();

@@ -1,0 +1,40 @@
+#ifndef PARLAVOX_APP_DISK_INBOX_FOLDER_H_
+#define PARLAVOX_APP_DISK_INBOX_FOLDER_H_
+
+#include <memory>
+#include <string>
+
+#include "app/inbox_folder.h"
+#include "app/message_file.h"
+#include "app/settings_file.h"
+#include "util/clock.h"
+
+namespace parlavox {
+
+// The InboxFolder on the file system: the inward folder that `settings` names at the
+// time of each call. Still-coming messages are told apart by MessageArrivals on
+// `clock`; a held message is locked shared (MessageLock).
+class DiskInboxFolder : public InboxFolder {
+ public:
+  DiskInboxFolder(const SettingsFile& settings, const Clock& clock)
+      : settings_(settings), clock_(clock) {}
+
+  void Clear() override;
+  std::optional<std::string> FirstMessage() override;
+  std::shared_ptr<WaveFileReader> Open(const std::string& name) override;
+  bool IsStillComing(const std::string& name) override;
+  void Remove(const std::string& name) override;
+  void Release() override { hold_.reset(); }
+
+ private:
+  std::string PathOf(const std::string& name) const;
+
+  const SettingsFile& settings_;
+  const Clock& clock_;
+  MessageArrivals arrivals_;
+  std::unique_ptr<MessageLock> hold_;
+};
+
+}  // namespace parlavox
+
+#endif  // PARLAVOX_APP_DISK_INBOX_FOLDER_H_

@@ -1,0 +1,126 @@
+#include "app/inbox.h"
+
+#include "audio/wave_time.h"
+
+namespace parlavox {
+
+Inbox::Inbox(InboxFolder& folder, Player& player, Mixer& mixer, const SettingsFile& settings,
+             const UsersCache& users, ShareAccess& share, Clock& clock, StatusLine& status,
+             IntercomView& view)
+    : folder_(folder),
+      player_(player),
+      mixer_(mixer),
+      settings_(settings),
+      users_(users),
+      share_(share),
+      status_(status),
+      view_(view),
+      next_(clock.NewTimer([this] { PlayNext(); })) {
+  player_.SetListener(this, 0);
+  player_.set_metering(true);
+}
+
+Inbox::~Inbox() { Stop(); }
+
+void Inbox::Stop() {
+  player_.StopPlayback();  // the message playing ends as if it had played to its end
+  player_.SetListener(nullptr, 0);
+  player_.set_metering(false);
+  next_->Stop();
+  resumed_reader_.reset();
+  folder_.Release();
+}
+
+void Inbox::PlayNext() {
+  if (player_.is_open()) return;  // the next one is picked when this one ends
+  if (resumed_reader_) {
+    Resume();
+    return;
+  }
+  const std::optional<std::string> name = folder_.FirstMessage();
+  if (!name) return;
+  previous_caller_ = ParseInteger(*name);  // before anything can fail: Reply targets it
+
+  std::shared_ptr<WaveFileReader> reader = folder_.Open(*name);
+  const bool usable = reader && reader->is_valid();
+  if (!usable && folder_.IsStillComing(*name)) {
+    // The caller's copy has not written the header yet: taken for broken now, the
+    // whole call would be lost. A message that holds no sound yet is played at once:
+    // its lead-in covers the wait for the first sound, and should the lead-in run out
+    // first, playback goes on from there when the sound arrives.
+    folder_.Release();
+    next_->Start(kStillComingLook);
+    return;
+  }
+  AnnounceCaller();
+  if (!usable) {
+    folder_.Remove(*name);  // the deletion wakes the inbox again for the next one
+    return;
+  }
+  playing_ = *name;
+  reader->Seek(TimeToFrames(kLeadInTime, reader->sample_rate()));
+  const int device = static_cast<int8_t>(settings_.ReadInt(kSettingsSection, "soundoutdevice", 0));
+  player_.set_device(device);
+  mixer_.SetOutputVolume(device, settings_.ReadDecibels(kSettingsSection, "soundoutvolume", 0), 0);
+  Play(std::move(reader));
+}
+
+void Inbox::AnnounceCaller() {
+  const std::optional<int> caller = users_.FindById(previous_caller_);
+  if (!caller) return;
+  share_.ReadRecord(users_.Folder(*caller),
+                    lifetime_.Bind([this](const std::optional<UserRecord>& record) {
+                      if (record) status_.ShowStatus("<- " + record->Name());
+                    }));
+}
+
+void Inbox::Play(std::shared_ptr<WaveFileReader> reader) {
+  playing_reader_ = reader;
+  if (player_.Play(std::move(reader))) return;
+  Finish();
+  view_.ShowAlert(
+      "Unable to start playback. Check that you have selected the correct Sound Out Device "
+      "using Settings.",
+      "Sound Out Device Error");
+}
+
+void Inbox::Resume() {
+  std::shared_ptr<WaveFileReader> reader = std::move(resumed_reader_);
+  if (reader->GetLength() > reader->GetPosition()) {
+    Play(std::move(reader));
+  } else if (folder_.IsStillComing(playing_)) {
+    resumed_reader_ = std::move(reader);
+    next_->Start(kStillComingLook);
+  } else {
+    Finish();
+    next_->Start(kBetweenMessages);
+  }
+}
+
+void Inbox::Finish() {
+  if (!playing_.empty()) folder_.Remove(playing_);
+  playing_.clear();
+  playing_reader_.reset();
+  resumed_reader_.reset();
+}
+
+void Inbox::OnPlayStarted(uint32_t) { view_.EnablePlaybackMeter(true); }
+
+void Inbox::OnPlayStopped(uint32_t) {
+  view_.EnablePlaybackMeter(false);
+  if (!playing_.empty() && folder_.IsStillComing(playing_)) {
+    // The caller's copy fell behind for longer than the queued sound lasted: go on
+    // from here when more has arrived instead of throwing the rest of the call away.
+    resumed_reader_ = std::move(playing_reader_);
+    next_->Start(kStillComingLook);
+  } else {
+    Finish();
+    next_->Start(kBetweenMessages);
+  }
+}
+
+void Inbox::OnPlayLevels(const ChannelLevels& levels, uint32_t) {
+  view_.ShowPlaybackLevels(levels);
+}
+
+}  // namespace parlavox

@@ -1,0 +1,83 @@
+#ifndef PARLAVOX_APP_INBOX_H_
+#define PARLAVOX_APP_INBOX_H_
+
+#include <chrono>
+#include <cstdint>
+#include <memory>
+#include <string>
+
+#include "app/inbox_folder.h"
+#include "app/intercom_view.h"
+#include "app/settings_file.h"
+#include "app/share_access.h"
+#include "app/status_line.h"
+#include "app/users_cache.h"
+#include "audio/mixer.h"
+#include "audio/player.h"
+#include "util/clock.h"
+#include "util/lifetime.h"
+
+namespace parlavox {
+
+// The callee's side of calls: plays the messages that arrive in the inward folder,
+// one after another, each after 0.15 s of silence and at the configured device and
+// level, deletes each once it has played and picks the next 200 ms later. A broken
+// message is deleted unheard; one the player can't start is deleted with an alert.
+// It remembers who sent the last message picked (Reply calls them back) and shows
+// "<- name" when the sender is in the users list.
+//
+// A message whose caller is still writing it is not taken for broken while its header
+// is missing, and when playback catches up with the caller it is not deleted: the
+// inbox looks again every 20 ms and goes on from where it stopped.
+class Inbox : private LSoundPlayerListener {
+ public:
+  static constexpr int32_t kLeadInTime = -1500;  // 1/10000 s
+  static constexpr std::chrono::milliseconds kBetweenMessages{200};
+  static constexpr std::chrono::milliseconds kStillComingLook{20};
+
+  Inbox(InboxFolder& folder, Player& player, Mixer& mixer, const SettingsFile& settings,
+        const UsersCache& users, ShareAccess& share, Clock& clock, StatusLine& status,
+        IntercomView& view);
+  ~Inbox() override;
+
+  // Throws away every waiting message unheard.
+  void Clear() { folder_.Clear(); }
+  // Plays the first waiting message, unless one is playing already. Safe to call as
+  // often as anything changes in the folder.
+  void PlayNext();
+  // Stops playback for good (the message playing is deleted) and the player's reports.
+  void Stop();
+
+  int32_t previous_caller() const { return previous_caller_; }
+  bool is_playing() const { return player_.is_open(); }
+
+ private:
+  void AnnounceCaller();
+  // Goes on with a message whose playback caught up with its caller.
+  void Resume();
+  void Play(std::shared_ptr<WaveFileReader> reader);
+  // Deletes the message being played and forgets it.
+  void Finish();
+  void OnPlayStarted(uint32_t cookie) override;
+  void OnPlayStopped(uint32_t cookie) override;
+  void OnPlayLevels(const ChannelLevels& levels, uint32_t cookie) override;
+
+  InboxFolder& folder_;
+  Player& player_;
+  Mixer& mixer_;
+  const SettingsFile& settings_;
+  const UsersCache& users_;
+  ShareAccess& share_;
+  StatusLine& status_;
+  IntercomView& view_;
+  std::unique_ptr<Timer> next_;
+  int32_t previous_caller_ = -1;
+  std::string playing_;                             // the message being played
+  std::shared_ptr<WaveFileReader> playing_reader_;  // the player's, kept for a resume
+  std::shared_ptr<WaveFileReader> resumed_reader_;  // set while waiting to go on
+  Lifetime lifetime_;
+};
+
+}  // namespace parlavox
+
+#endif  // PARLAVOX_APP_INBOX_H_

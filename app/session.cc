@@ -1,0 +1,66 @@
+#include "app/session.h"
+
+#include <sys/signalfd.h>
+#include <unistd.h>
+
+#include <QSocketNotifier>
+#include <cstdio>
+
+#include "app/control_requests.h"
+
+namespace parlavox {
+
+Session::Session(QCoreApplication& application, const SettingsFile& settings, IntercomView& view,
+                 std::vector<std::string> idle_texts)
+    : application_(application),
+      settings_(settings),
+      poster_(&application),
+      intercom_(
+          settings,
+          {clock_, player_, recorder_, mixer_, priority_, inbox_folder_, share_, watcher_, poller_},
+          view, std::move(idle_texts)),
+      control_([this](std::string_view request, ControlServer::Reply reply) {
+        AnswerControlRequest(
+            request, intercom_,
+            [this] {
+              QMetaObject::invokeMethod(&application_, &QCoreApplication::quit,
+                                        Qt::QueuedConnection);
+            },
+            std::move(reply));
+      }) {}
+
+Session::~Session() {
+  // The workers run tasks that use what is declared after them.
+  share_worker_.Stop();
+  mixer_worker_.Stop();
+}
+
+int Session::Run(const sigset_t& termination) {
+  share_worker_.Start(0);
+  mixer_worker_.Start(0);
+  const std::string socket_path = ControlSocketPath();
+  if (!control_.Listen(socket_path)) {
+    std::fprintf(stderr, "parlavox: can't listen on %s; command-line control is off\n",
+                 socket_path.c_str());
+  }
+
+  const int signal_fd = signalfd(-1, &termination, SFD_CLOEXEC | SFD_NONBLOCK);
+  QSocketNotifier signal_notifier(signal_fd, QSocketNotifier::Read);
+  QObject::connect(&signal_notifier, &QSocketNotifier::activated, [signal_fd] {
+    signalfd_siginfo info;
+    while (read(signal_fd, &info, sizeof info) == sizeof info) {
+    }
+    QCoreApplication::quit();
+  });
+
+  intercom_.Start();
+  const int result = application_.exec();
+  intercom_.End();
+  close(signal_fd);
+  // What is still on its way to a share (the end of a message) gets there first.
+  share_worker_.Stop();
+  mixer_worker_.Stop();
+  return result;
+}
+
+}  // namespace parlavox

@@ -1,0 +1,70 @@
+#ifndef PARLAVOX_APP_SESSION_H_
+#define PARLAVOX_APP_SESSION_H_
+
+#include <signal.h>
+
+#include <QCoreApplication>
+#include <string>
+#include <vector>
+
+#include "app/background_share_access.h"
+#include "app/control_channel.h"
+#include "app/disk_inbox_folder.h"
+#include "app/inbox_watcher.h"
+#include "app/intercom.h"
+#include "app/presence_poller.h"
+#include "app/process_priority.h"
+#include "app/qt_clock.h"
+#include "app/qt_task_poster.h"
+#include "app/settings_file.h"
+#include "audio/background_mixer.h"
+#include "audio/mixer_control.h"
+#include "audio/sound_player.h"
+#include "audio/sound_recorder.h"
+#include "util/serial_worker.h"
+
+namespace parlavox {
+
+// One running intercom with every platform piece it uses: the sound server, the
+// files, the workers and the control socket, on the event loop of `application`,
+// shown on `view`. The caller holds the RunningCopyClaim.
+class Session {
+ public:
+  Session(QCoreApplication& application, const SettingsFile& settings, IntercomView& view,
+          std::vector<std::string> idle_texts);
+  Session(const Session&) = delete;
+  Session& operator=(const Session&) = delete;
+  ~Session();
+
+  Intercom& intercom() { return intercom_; }
+
+  // Starts the intercom, answers the control socket, and runs the event loop until
+  // something ends it: a "quit" request, a window that closes, or one of
+  // `termination`'s signals (blocked in every thread beforehand). Then ends the
+  // intercom as closing it does: the record is published off and everything stops.
+  int Run(const sigset_t& termination);
+
+ private:
+  QCoreApplication& application_;
+  const SettingsFile& settings_;
+  QtTaskPoster poster_;
+  QtClock clock_;
+  SerialWorker share_worker_{"parlavox-share"};
+  SerialWorker mixer_worker_{"parlavox-mixer"};
+  MixerControl mixer_control_;
+  BackgroundMixer mixer_{mixer_control_, mixer_worker_};
+  LSoundPlayer player_{poster_};
+  LSoundRecorder recorder_{poster_};
+  NiceProcessPriority priority_;
+  DiskInboxFolder inbox_folder_{settings_, clock_};
+  BackgroundShareAccess share_{share_worker_, poster_};
+  UsersCache users_{settings_};
+  InboxWatcher watcher_{poster_};
+  PresencePoller poller_{users_, poster_};
+  Intercom intercom_;
+  ControlServer control_;
+};
+
+}  // namespace parlavox
+
+#endif  // PARLAVOX_APP_SESSION_H_

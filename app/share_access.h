@@ -1,0 +1,44 @@
+#ifndef PARLAVOX_APP_SHARE_ACCESS_H_
+#define PARLAVOX_APP_SHARE_ACCESS_H_
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "app/user_record.h"
+#include "audio/wave_file.h"
+
+namespace parlavox {
+
+// What opening a message file for a new call gave.
+struct MessageOpening {
+  // The callee's copy is still playing the previous message under this name.
+  bool still_playing = false;
+  // The writer, cut to an empty message; invalid (counting frames only) when the file
+  // can't be written. Null when still_playing.
+  std::shared_ptr<WaveFileWriter> writer;
+};
+
+// The other users' inward folders, which are usually on network shares that can be
+// slow or hang. The work happens away from the owner's thread; the answers come back
+// on it, later.
+class ShareAccess {
+ public:
+  virtual ~ShareAccess() = default;
+
+  // Reads the record in `folder`; nullopt when it can't be read.
+  virtual void ReadRecord(const std::string& folder,
+                          std::function<void(std::optional<UserRecord>)> done) = 0;
+  // Opens the message `name` in `folder` for a new 11025 Hz mono 16-bit call. The
+  // writer's work is done away from the owner's thread too; `finished` hears on the
+  // owner's thread whether the whole message made it into the file once it is
+  // finished.
+  virtual void OpenMessage(const std::string& folder, const std::string& name,
+                           std::function<void(MessageOpening)> done,
+                           std::function<void(bool whole)> finished) = 0;
+};
+
+}  // namespace parlavox
+
+#endif  // PARLAVOX_APP_SHARE_ACCESS_H_
