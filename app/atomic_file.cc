@@ -29,20 +29,22 @@ int CreateSiblingTemporary(const std::string& path, std::string* temporary) {
 std::optional<std::string> ReadWholeFile(const std::string& path) {
   const int fd = open(path.c_str(), O_RDONLY | O_CLOEXEC);
   if (fd < 0) return std::nullopt;
+  std::optional<std::string> contents = ReadWholeDescriptor(fd);
+  close(fd);
+  return contents;
+}
+
+std::optional<std::string> ReadWholeDescriptor(int fd) {
   std::string contents;
   constexpr size_t kChunk = 65536;
   for (;;) {
     const size_t had = contents.size();
     contents.resize(had + kChunk);
     const ssize_t got = ReadFully(fd, contents.data() + had, kChunk);
-    if (got < 0) {
-      close(fd);
-      return std::nullopt;
-    }
+    if (got < 0) return std::nullopt;
     contents.resize(had + static_cast<size_t>(got));
     if (static_cast<size_t>(got) < kChunk) break;
   }
-  close(fd);
   return contents;
 }
 

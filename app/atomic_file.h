@@ -9,6 +9,8 @@ namespace parlavox {
 
 // Reads a whole file; nullopt when it can't be opened or read.
 std::optional<std::string> ReadWholeFile(const std::string& path);
+// Reads what is left of an open file; nullopt when it can't be read.
+std::optional<std::string> ReadWholeDescriptor(int fd);
 
 // Replaces the file at `path` with `contents` so that a reader in any thread or
 // process sees either the old file or the new one, never a part. The new file keeps

@@ -4,11 +4,16 @@
 
 #include <signal.h>
 
+#include <fcntl.h>
+#include <sys/stat.h>
+
 #include <cmath>
 #include <fstream>
+#include <sstream>
 
 #include <gtest/gtest.h>
 
+#include "app/calls.h"
 #include "app/intercom_copy_test_util.h"
 #include "audio/sound_server_test_util.h"
 #include "audio/wave_file.h"
@@ -72,12 +77,22 @@ std::vector<int32_t> HalfASecondOfTone() {
   return tone;
 }
 
+// The nice value of a process's main thread.
+int MainThreadNice(pid_t pid) {
+  std::ifstream stat("/proc/" + std::to_string(pid) + "/stat");
+  std::string text((std::istreambuf_iterator<char>(stat)), {});
+  std::istringstream fields(text.substr(text.rfind(')') + 2));
+  std::string field;
+  for (int i = 3; i <= 19; ++i) fields >> field;  // the 19th field is the nice value
+  return std::stoi(field);
+}
+
 // How many separate stretches of loud sound `heard` holds.
-int ToneBursts(const std::vector<int16_t>& heard) {
+int ToneBursts(const std::vector<int16_t>& heard, int loud = 2000) {
   int bursts = 0;
   size_t quiet = 10000;
   for (const int16_t sample : heard) {
-    if (std::abs(sample) > 2000) {
+    if (std::abs(sample) > loud) {
       if (quiet > 1000) ++bursts;
       quiet = 0;
     } else {
@@ -296,6 +311,67 @@ TEST_F(CallProcessTest, ACallerKilledMidCallLeavesAMessageThatStillPlaysAndGoes)
   EXPECT_EQ(ben_.Status()["previous_caller"].toInt(), ann_.OwnRecord().id);
   ann_.Start();  // so that the fixture can end it as usual
   EXPECT_TRUE(ann_.WaitUntilAnswering());
+}
+
+TEST_F(CallProcessTest, AShareWhoseClockRunsBehindStillDeliversTheWholeCall) {
+  SpeakerRecording ben_speaker(ben_server_, scratch_ / "ben-heard.raw");
+  std::this_thread::sleep_for(500ms);
+  // The file server stamps every write 5 s in the past; the caller's copy writes
+  // three pieces of tone and falls behind between them, so that playback catches up.
+  const std::string message = ben_.inward_folder() + "/78.wav";
+  auto writer = CreateWaveFileWriter(message, kRate, 1, 16, 0);
+  const std::vector<int32_t> tone = HalfASecondOfTone();
+  for (int piece = 0; piece < 3; ++piece) {
+    writer->Write(tone.data(), int64_t(tone.size()));
+    timespec now{};
+    clock_gettime(CLOCK_REALTIME, &now);
+    const timespec behind[2] = {{now.tv_sec - 5, now.tv_nsec}, {now.tv_sec - 5, now.tv_nsec}};
+    ASSERT_EQ(utimensat(AT_FDCWD, message.c_str(), behind, 0), 0);
+    std::this_thread::sleep_for(1200ms);
+  }
+  ASSERT_TRUE(writer->Finish());
+  ASSERT_TRUE(AllPlayed(ben_, 10s));
+  const std::vector<int16_t> heard = ben_speaker.Heard();
+  // At the playback level (0 dB on both faders) the tone peaks near 2700: it stands
+  // above 500 for about 4/5 of its samples.
+  const auto sounding =
+      std::count_if(heard.begin(), heard.end(), [](int16_t s) { return std::abs(s) > 500; });
+  EXPECT_GT(sounding, long(3 * tone.size() * 0.7)) << ben_.log();
+  EXPECT_EQ(ToneBursts(heard, 500), 3);
+}
+
+TEST_F(CallProcessTest, ANewCallCannotCutAMessageThatIsStillPlaying) {
+  ASSERT_TRUE(BothSeeEachOtherOn());
+  // Ben hears a long message from Ann...
+  const std::string message =
+      ben_.inward_folder() + "/" + std::to_string(ann_.OwnRecord().id) + ".wav";
+  {
+    auto writer = CreateWaveFileWriter(scratch_ / "long.wav", kRate, 1, 16, 0);
+    const std::vector<int32_t> tone = HalfASecondOfTone();
+    for (int i = 0; i < 12; ++i) writer->Write(tone.data(), int64_t(tone.size()));
+  }
+  std::filesystem::rename(scratch_ / "long.wav", message);
+  ASSERT_TRUE(Eventually([&] { return ben_.Status()["playing"].toBool(); }, 5s));
+  const auto size = std::filesystem::file_size(message);
+  // ...when Ann calls him again.
+  const auto [call, errors] = ann_.Run({"--call", "0"});
+  EXPECT_EQ(call.first, 1);
+  EXPECT_NE(errors.find("still playing"), std::string::npos) << errors;
+  EXPECT_EQ(ann_.Status()["status"].toString().toStdString(),
+            RefusalText(CallRefusal::kPreviousMessagePlaying));
+  EXPECT_EQ(std::filesystem::file_size(message), size);
+  EXPECT_TRUE(AllPlayed(ben_, 15s));
+}
+
+TEST_F(CallProcessTest, TheCallerRunsAtAHigherPriorityOnlyDuringACall) {
+  if (geteuid() != 0) GTEST_SKIP() << "raising priority needs the right to";
+  ASSERT_TRUE(BothSeeEachOtherOn());
+  const pid_t pid = ann_.process().pid();
+  ASSERT_EQ(MainThreadNice(pid), 0);
+  ASSERT_EQ(ann_.Control({"--call", "0"}).first, 0);
+  EXPECT_EQ(MainThreadNice(pid), -10);
+  ASSERT_EQ(ann_.Control({"--hangup"}).first, 0);
+  EXPECT_EQ(MainThreadNice(pid), 0);
 }
 
 }  // namespace

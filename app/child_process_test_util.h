@@ -14,14 +14,18 @@
 
 namespace parlavox {
 
-// A program started with its own environment, standard output captured in a pipe
-// or sent to a file, standard error sent to a file.
+// A program started with its own environment, standard output and standard error
+// sent to files, in `working_folder` when one is given.
 class ChildProcess {
  public:
   ChildProcess(const std::vector<std::string>& argv, const std::vector<std::string>& environment,
-               const std::string& output_file, const std::string& error_file) {
+               const std::string& output_file, const std::string& error_file,
+               const std::string& working_folder = "") {
     posix_spawn_file_actions_t actions;
     posix_spawn_file_actions_init(&actions);
+    if (!working_folder.empty()) {
+      posix_spawn_file_actions_addchdir_np(&actions, working_folder.c_str());
+    }
     posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
     posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, output_file.c_str(),
                                      O_WRONLY | O_CREAT | O_TRUNC, 0644);
@@ -45,6 +49,7 @@ class ChildProcess {
   ChildProcess& operator=(const ChildProcess&) = delete;
 
   bool running() const { return pid_ > 0 && !status_; }
+  pid_t pid() const { return pid_; }
   void Signal(int signal_number) const { kill(pid_, signal_number); }
 
   // The exit code (or 128 + signal) once the program ended within `limit`; -1 if not.

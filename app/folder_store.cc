@@ -26,9 +26,7 @@ FolderStore FolderStore::FromEnvironment() {
 }
 
 std::optional<std::string> FolderStore::Read(FolderScope scope, std::string_view name) const {
-  std::optional<std::string> value = FindProfileString(FileOf(scope), kSection, name);
-  if (value && value->size() > kMaxPath) value->resize(kMaxPath);
-  return value;
+  return FindProfileString(FileOf(scope), kSection, name, kMaxPath);
 }
 
 void FolderStore::Write(FolderScope scope, std::string_view name, std::string_view value) const {

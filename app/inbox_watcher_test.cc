@@ -2,6 +2,8 @@
 
 #include <atomic>
 #include <filesystem>
+#include <fstream>
+#include <mutex>
 #include <thread>
 
 #include <gtest/gtest.h>
@@ -22,13 +24,43 @@ bool PostedWithin(const CountingPoster& poster, int at_least, std::chrono::milli
   return poster.posts >= at_least;
 }
 
+// How often the thread named `name` in this process has gone to sleep; -1 when there
+// is no such thread.
+long VoluntarySwitches(const std::string& name) {
+  for (const auto& task : std::filesystem::directory_iterator("/proc/self/task")) {
+    std::ifstream status(task.path() / "status");
+    std::string line;
+    std::getline(status, line);
+    if (line != "Name:\t" + name) continue;
+    while (std::getline(status, line)) {
+      if (line.starts_with("voluntary_ctxt_switches:")) return std::stol(line.substr(24));
+    }
+  }
+  return -1;
+}
+
+// Names the thread that runs the watcher, so that it can be found in /proc.
+class NamedWatcher : public InboxWatcher {
+ public:
+  using InboxWatcher::InboxWatcher;
+  ~NamedWatcher() override { Stop(); }
+
+ protected:
+  void OnThreadStart() override { pthread_setname_np(pthread_self(), "test-watcher"); }
+};
+
 TEST(InboxWatcherTest, EveryKindOfNameChangeIsReportedAndStopIsPrompt) {
   ScratchFolder folder;
   CountingPoster poster;
-  InboxWatcher watcher(poster);
+  NamedWatcher watcher(poster);
   watcher.StartWatching(folder.path(), [] {});
   std::this_thread::sleep_for(100ms);
   EXPECT_EQ(poster.posts, 0);
+
+  // Idle, the watcher sleeps without waking now and then.
+  const long switches = VoluntarySwitches("test-watcher");
+  std::this_thread::sleep_for(500ms);
+  EXPECT_EQ(VoluntarySwitches("test-watcher"), switches);
 
   WriteFileText(folder / "42.wav", "x");  // a message arrives
   ASSERT_TRUE(PostedWithin(poster, 1, 2s));
@@ -48,14 +80,35 @@ TEST(InboxWatcherTest, EveryKindOfNameChangeIsReportedAndStopIsPrompt) {
   EXPECT_EQ(poster.posts, seen);
 
   const auto began = std::chrono::steady_clock::now();
-  watcher.Stop();
-  EXPECT_LT(std::chrono::steady_clock::now() - began, 1s);
+  watcher.StopWatching();
+  EXPECT_LT(std::chrono::steady_clock::now() - began, 1s);  // woken, not forced after 5 s
   EXPECT_FALSE(IsOnNetworkFileSystem(folder.path()));
 
   InboxWatcher missing(poster);  // a folder that isn't there: the thread just ends
   missing.StartWatching(folder / "nowhere", [] {});
   std::this_thread::sleep_for(100ms);
   EXPECT_FALSE(missing.IsRunning());
+}
+
+TEST(InboxWatcherTest, TheListingIsComparedEverySecondWhereNotificationsDontReach) {
+  // A share whose changes from other machines inotify never hears of: only the
+  // listing shows them.
+  ScratchFolder folder;
+  std::mutex mutex;
+  std::set<std::string> on_the_share;
+  CountingPoster poster;
+  InboxWatcher watcher(poster, InboxWatcher::ListingPoll::kAlways, [&](const std::string&) {
+    std::lock_guard lock(mutex);
+    return on_the_share;
+  });
+  watcher.StartWatching(folder.path(), [] {});
+  std::this_thread::sleep_for(1500ms);
+  EXPECT_EQ(poster.posts, 0);  // an unchanged listing wakes nobody
+  {
+    std::lock_guard lock(mutex);
+    on_the_share.insert("42.wav");
+  }
+  EXPECT_TRUE(PostedWithin(poster, 1, 3s));
 }
 
 }  // namespace

@@ -52,6 +52,7 @@ class IntercomCopy {
   std::string settings() const { return data_folder() + "/settings.ini"; }
   std::string inward_folder() const { return data_folder() + "/Incoming"; }
   std::string log() const { return FileText(log_); }
+  std::string runtime_folder() const { return runtime_; }
 
   std::vector<std::string> Environment() const {
     std::vector<std::string> environment = {"HOME=" + home_, "XDG_RUNTIME_DIR=" + runtime_,
@@ -64,19 +65,30 @@ class IntercomCopy {
     return environment;
   }
 
-  void Start() {
+  // Starts the copy without a window, in `working_folder` when one is given.
+  void Start(const std::string& working_folder = "") {
     process_ = std::make_unique<ChildProcess>(std::vector<std::string>{PARLAVOX_BINARY, "/service"},
-                                              Environment(), "/dev/null", log_);
+                                              Environment(), "/dev/null", log_, working_folder);
   }
   ChildProcess& process() { return *process_; }
 
-  // Runs one control command to its end; returns its exit code and its output.
+  // Runs one control command to its end; returns its exit code and what it printed
+  // on standard output.
   std::pair<int, std::string> Control(const std::vector<std::string>& arguments) const {
+    return Run(arguments).first;
+  }
+
+  // Runs the program with `arguments` to its end; returns its exit code and what it
+  // printed on standard output, and what it printed on standard error.
+  std::pair<std::pair<int, std::string>, std::string> Run(
+      const std::vector<std::string>& arguments) const {
     std::vector<std::string> argv = {PARLAVOX_BINARY};
     argv.insert(argv.end(), arguments.begin(), arguments.end());
-    ChildProcess control(argv, Environment(), control_output_, log_);
-    const int code = control.WaitForExit(std::chrono::seconds(20));
-    return {code, FileText(control_output_)};
+    const std::string errors = control_output_ + ".err";
+    std::filesystem::remove(errors);
+    ChildProcess control(argv, Environment(), control_output_, errors);
+    const int code = control.WaitForExit(std::chrono::seconds(40));
+    return {{code, FileText(control_output_)}, FileText(errors)};
   }
 
   QJsonObject Status() const {

@@ -89,7 +89,7 @@ TEST_F(IntercomProcessTest, FirstStartPublishesItselfAndPollsTheOthers) {
 }
 
 TEST_F(IntercomProcessTest, EveryWayOfEndingPublishesTheIntercomAsOff) {
-  for (const int ending : {0, SIGTERM, SIGINT}) {
+  for (const int ending : {0, SIGTERM, SIGINT, SIGHUP}) {
     copy_.Start();
     ASSERT_TRUE(copy_.WaitUntilAnswering()) << copy_.log();
     ASSERT_TRUE(copy_.OwnRecord().is_on());
@@ -138,6 +138,73 @@ TEST_F(IntercomProcessTest, ControlsTheRunningCopyAndKeepsOneCopyRunning) {
   EXPECT_EQ(copy_.Control({"--status", "--on"}).first, 2);
   EXPECT_EQ(copy_.Control({"--quit"}).first, 0);
   EXPECT_EQ(copy_.process().WaitForExit(10s), 0);
+}
+
+TEST_F(IntercomProcessTest, ASecondStartBesideAStoppedCopyLeavesItAlone) {
+  copy_.Start();
+  ASSERT_TRUE(copy_.WaitUntilAnswering()) << copy_.log();
+  copy_.process().Signal(SIGSTOP);  // stopped, or too busy to answer
+  const auto [second, errors] = copy_.Run({"/service"});
+  EXPECT_EQ(second.first, 1);
+  EXPECT_NE(errors.find("another copy is running but does not answer"), std::string::npos)
+      << errors;
+  EXPECT_TRUE(copy_.OwnRecord().is_on());  // the second never published itself off
+  EXPECT_TRUE(std::filesystem::exists(copy_.runtime_folder() + "/parlavox.sock"));
+  copy_.process().Signal(SIGCONT);
+  EXPECT_EQ(copy_.Control({"--status"}).first, 0);
+  EXPECT_EQ(copy_.Control({"--quit"}).first, 0);
+  EXPECT_EQ(copy_.process().WaitForExit(10s), 0);
+
+  // A copy that died leaves no claim behind.
+  copy_.Start();
+  ASSERT_TRUE(copy_.WaitUntilAnswering()) << copy_.log();
+  copy_.process().Signal(SIGKILL);
+  copy_.process().WaitForExit(5s);
+  copy_.Start();
+  EXPECT_TRUE(copy_.WaitUntilAnswering()) << copy_.log();
+  EXPECT_EQ(copy_.Control({"--quit"}).first, 0);
+}
+
+TEST_F(IntercomProcessTest, RefusedCallsSayWhy) {
+  copy_.Start();
+  ASSERT_TRUE(copy_.WaitUntilAnswering()) << copy_.log();
+  const auto [reply, reply_errors] = copy_.Run({"--reply"});  // nobody listed, nobody called
+  EXPECT_EQ(reply.first, 1);
+  EXPECT_NE(reply_errors.find("No user is selected"), std::string::npos) << reply_errors;
+
+  // One user listed, and a folder left behind beyond the count by an earlier removal.
+  PublishUser(scratch_ / "alice", "Alice", 101, true);
+  PublishUser(scratch_ / "stale", "Stale", 102, true);
+  copy_.Set("users", "folder0", scratch_ / "alice");
+  copy_.Set("users", "folder1", scratch_ / "stale");
+  copy_.Set("users", "foldercount", "1");
+  const auto [past, past_errors] = copy_.Run({"--call", "1"});
+  EXPECT_EQ(past.first, 1);
+  EXPECT_NE(past_errors.find("There is no user at that place in the list"), std::string::npos)
+      << past_errors;
+  EXPECT_EQ(std::distance(std::filesystem::directory_iterator(scratch_ / "stale"), {}), 1);
+
+  // No sound server for this copy: the microphone can't start.
+  const auto [call, call_errors] = copy_.Run({"--call", "0"});
+  EXPECT_EQ(call.first, 1);
+  EXPECT_NE(call_errors.find("Unable to start recording"), std::string::npos) << call_errors;
+  EXPECT_EQ(copy_.Control({"--quit"}).first, 0);
+}
+
+TEST_F(IntercomProcessTest, FoldersMeanTheSameWhereverTheCopyWasStarted) {
+  // Started inside its own inward folder, with a user whose folder is left empty: the
+  // empty folder must not be taken for the folder it was started in.
+  copy_.Set("users", "folder0", "");
+  copy_.Set("users", "foldercount", "1");
+  copy_.Start(copy_.inward_folder());
+  ASSERT_TRUE(copy_.WaitUntilAnswering()) << copy_.log();
+  const auto [call, errors] = copy_.Run({"--call", "0"});
+  EXPECT_EQ(call.first, 1);
+  EXPECT_NE(errors.find("Unable to contact user's computer"), std::string::npos) << errors;
+  for (const auto& entry : std::filesystem::directory_iterator(copy_.inward_folder())) {
+    EXPECT_NE(entry.path().extension(), ".wav") << "it called itself";
+  }
+  EXPECT_EQ(copy_.Control({"--quit"}).first, 0);
 }
 
 }  // namespace

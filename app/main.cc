@@ -7,6 +7,7 @@
 #include <chrono>
 #include <cstdio>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "app/control_channel.h"
@@ -42,10 +43,14 @@ int RunIntercom(QCoreApplication& application, const sigset_t& termination) {
   const std::string socket_path = ControlSocketPath();
   const RunningCopyClaim claim(socket_path);
   if (!claim.held()) {
-    // A copy runs already: it shows itself. One that is still starting gets a moment.
-    for (int attempt = 0; attempt < 3; ++attempt) {
-      if (SendControlRequest(socket_path, "show", 5s)) return 0;
+    // A copy runs already: it shows itself. One that is still starting gets a moment
+    // to open its socket.
+    std::optional<std::string> answer;
+    for (int attempt = 0; attempt < 5 && !answer; ++attempt) {
+      if (attempt > 0) std::this_thread::sleep_for(1s);
+      answer = SendControlRequest(socket_path, "show", 5s);
     }
+    if (answer == "ok") return 0;
     std::fprintf(stderr, "parlavox: another copy is running but does not answer\n");
     return 1;
   }

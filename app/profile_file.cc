@@ -1,15 +1,23 @@
 #include "app/profile_file.h"
 
 #include <fcntl.h>
+#include <strings.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
-#include <strings.h>
 #include <algorithm>
+#include <atomic>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <unordered_map>
 
 #include "app/atomic_file.h"
 
 namespace parlavox {
 namespace {
+
+constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
 std::string_view Trim(std::string_view text) {
   const auto blank = [](char c) { return c == ' ' || c == '\t' || c == '\r'; };
@@ -22,6 +30,14 @@ bool SameName(std::string_view a, std::string_view b) {
   return a.size() == b.size() && strncasecmp(a.data(), b.data(), a.size()) == 0;
 }
 
+std::string Lowered(std::string_view name) {
+  std::string lowered(name);
+  for (char& c : lowered) {
+    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+  }
+  return lowered;
+}
+
 // One line of the file, as a view into the file's text. `end` is just past the
 // line's newline (or the end of the text).
 struct Line {
@@ -30,10 +46,11 @@ struct Line {
   std::string_view text;  // without the newline
 };
 
-// Walks the lines of a profile text and tells them apart.
+// Walks the lines of a profile text, past a UTF-8 byte-order mark at its start.
 class LineWalker {
  public:
-  explicit LineWalker(std::string_view text) : text_(text) {}
+  explicit LineWalker(std::string_view text)
+      : text_(text), position_(text.starts_with(kByteOrderMark) ? kByteOrderMark.size() : 0) {}
 
   bool Next(Line* line) {
     if (position_ >= text_.size()) return false;
@@ -47,7 +64,7 @@ class LineWalker {
 
  private:
   std::string_view text_;
-  size_t position_ = 0;
+  size_t position_;
 };
 
 // The section a "[name]" line opens, or nullopt for any other line.
@@ -67,7 +84,16 @@ std::optional<std::string_view> KeyName(std::string_view line) {
   return key;
 }
 
-std::string_view ValueOf(std::string_view line) { return Trim(line.substr(line.find('=') + 1)); }
+// The value of a "key=value" line; a value within matching quotation marks is read
+// without them.
+std::string_view ValueOf(std::string_view line) {
+  std::string_view value = Trim(line.substr(line.find('=') + 1));
+  if (value.size() >= 2 && (value.front() == '"' || value.front() == '\'') &&
+      value.back() == value.front()) {
+    value = value.substr(1, value.size() - 2);
+  }
+  return value;
+}
 
 // Where a key stands in the text: the line of the first matching section's first
 // matching key, and the end of that section's last non-blank line (where a new key
@@ -101,7 +127,8 @@ Position Locate(std::string_view text, std::string_view section, std::string_vie
   return position;
 }
 
-// The text after setting or deleting the key.
+// The text after setting or deleting the key. New lines end as the file's first line
+// does, with "\r\n" or "\n".
 std::string Edited(std::string_view text, std::string_view section, std::string_view key,
                    std::optional<std::string_view> value) {
   const Position position = Locate(text, section, key);
@@ -124,30 +151,126 @@ std::string Edited(std::string_view text, std::string_view section, std::string_
     result.replace(equals + 1, value_end - equals - 1, value_text);
     return result;
   }
-  const std::string entry = std::string(key) + "=" + value_text + "\n";
+  const size_t first_newline = text.find('\n');
+  const std::string newline = first_newline != std::string_view::npos && first_newline > 0 &&
+                                      text[first_newline - 1] == '\r'
+                                  ? "\r\n"
+                                  : "\n";
+  const std::string entry = std::string(key) + "=" + value_text + newline;
   if (position.section_found) {
     size_t at = position.section_content_end;
     if (at > 0 && result[at - 1] != '\n') {
-      result.insert(at, "\n");
-      ++at;
+      result.insert(at, newline);
+      at += newline.size();
     }
     result.insert(at, entry);
     return result;
   }
-  if (!result.empty() && result.back() != '\n') result += '\n';
-  result += "[" + std::string(section) + "]\n" + entry;
+  if (!result.empty() && result.back() != '\n') result += newline;
+  result += "[" + std::string(section) + "]" + newline + entry;
   return result;
 }
+
+// What tells one version of a file from another: every write replaces the file, so a
+// new version is a new inode, and mostly a new size or time stamp too.
+struct FileIdentity {
+  dev_t device = 0;
+  ino_t inode = 0;
+  off_t size = 0;
+  int64_t modified_ns = 0;
+  int64_t changed_ns = 0;
+
+  bool operator==(const FileIdentity&) const = default;
+};
+
+FileIdentity IdentityOf(const struct stat& status) {
+  return {status.st_dev, status.st_ino, status.st_size,
+          int64_t{status.st_mtim.tv_sec} * 1'000'000'000 + status.st_mtim.tv_nsec,
+          int64_t{status.st_ctim.tv_sec} * 1'000'000'000 + status.st_ctim.tv_nsec};
+}
+
+// A profile file parsed for reading: the first section of each name, and in it the
+// first key of each name, both lowered.
+struct ParsedProfile {
+  FileIdentity identity;
+  uint64_t generation = 0;
+  std::unordered_map<std::string, std::unordered_map<std::string, std::string>> sections;
+};
+
+std::shared_ptr<const ParsedProfile> Parse(std::string_view text, const FileIdentity& identity,
+                                           uint64_t generation) {
+  auto parsed = std::make_shared<ParsedProfile>();
+  parsed->identity = identity;
+  parsed->generation = generation;
+  std::unordered_map<std::string, std::string>* keys = nullptr;  // null: a section seen before
+  LineWalker walker(text);
+  Line line;
+  while (walker.Next(&line)) {
+    if (const auto name = SectionName(line.text)) {
+      const auto [section, first] = parsed->sections.try_emplace(Lowered(*name));
+      keys = first ? &section->second : nullptr;
+      continue;
+    }
+    if (keys == nullptr) continue;
+    if (const auto key = KeyName(line.text)) keys->try_emplace(Lowered(*key), ValueOf(line.text));
+  }
+  return parsed;
+}
+
+// Parsed files, reused while a file stays the same version. Writes made by this
+// process count up the generation, so that even a version that looks the same is read
+// again after them.
+class ProfileCache {
+ public:
+  static ProfileCache& Instance() {
+    static ProfileCache* cache = new ProfileCache;  // never destroyed: threads may read late
+    return *cache;
+  }
+
+  // The file as it is now; null when it can't be read.
+  std::shared_ptr<const ParsedProfile> Get(const std::string& path) {
+    struct stat status {};
+    if (stat(path.c_str(), &status) != 0) return nullptr;
+    const uint64_t generation = generation_.load();
+    {
+      std::lock_guard lock(mutex_);
+      const auto found = files_.find(path);
+      if (found != files_.end() && found->second->identity == IdentityOf(status) &&
+          found->second->generation == generation) {
+        return found->second;
+      }
+    }
+    const int fd = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    if (fd < 0) return nullptr;
+    const std::optional<std::string> text = ReadWholeDescriptor(fd);
+    const bool known = fstat(fd, &status) == 0;
+    close(fd);
+    if (!text || !known) return nullptr;
+    std::shared_ptr<const ParsedProfile> parsed = Parse(*text, IdentityOf(status), generation);
+    std::lock_guard lock(mutex_);
+    files_[path] = parsed;
+    return parsed;
+  }
+
+  void CountWrite() { ++generation_; }
+
+ private:
+  std::mutex mutex_;
+  std::map<std::string, std::shared_ptr<const ParsedProfile>> files_;
+  std::atomic<uint64_t> generation_{0};
+};
 
 }  // namespace
 
 std::optional<std::string> FindProfileString(const std::string& path, std::string_view section,
                                              std::string_view key, size_t limit) {
-  const std::optional<std::string> text = ReadWholeFile(path);
-  if (!text) return std::nullopt;
-  const Position position = Locate(*text, section, key);
-  if (!position.key_line) return std::nullopt;
-  return std::string(ValueOf(position.key_line->text).substr(0, limit));
+  const std::shared_ptr<const ParsedProfile> parsed = ProfileCache::Instance().Get(path);
+  if (!parsed) return std::nullopt;
+  const auto keys = parsed->sections.find(Lowered(section));
+  if (keys == parsed->sections.end()) return std::nullopt;
+  const auto value = keys->second.find(Lowered(key));
+  if (value == keys->second.end()) return std::nullopt;
+  return value->second.substr(0, limit);
 }
 
 std::string ReadProfileString(const std::string& path, std::string_view section,
@@ -158,6 +281,16 @@ std::string ReadProfileString(const std::string& path, std::string_view section,
 
 bool WriteProfileString(const std::string& path, std::string_view section, std::string_view key,
                         std::optional<std::string_view> value) {
+  // Most writes repeat what the file holds already (the presence poller writes every
+  // id on every pass): those need neither the lock nor a read of the whole file.
+  if (std::optional<std::string> now = FindProfileString(path, section, key, std::string::npos)) {
+    if (value && std::string_view(*now) == *value && value->find_first_of("\r\n") == value->npos) {
+      return true;
+    }
+  } else if (!value && access(path.c_str(), F_OK) == 0) {
+    // Deleting a key the file doesn't have: nothing to do either.
+    if (ProfileCache::Instance().Get(path)) return true;
+  }
   FileLock lock(path);
   std::optional<std::string> text = ReadWholeFile(path);
   if (!text) {
@@ -166,7 +299,9 @@ bool WriteProfileString(const std::string& path, std::string_view section, std::
   }
   const std::string edited = Edited(*text, section, key, value);
   if (edited == *text) return true;
-  return ReplaceFile(path, edited);
+  const bool replaced = ReplaceFile(path, edited);
+  ProfileCache::Instance().CountWrite();
+  return replaced;
 }
 
 void FlushProfileFile(const std::string& path) {

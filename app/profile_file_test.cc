@@ -1,5 +1,6 @@
 #include "app/profile_file.h"
 
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -41,6 +42,53 @@ TEST_F(ProfileFileTest, ReadsWithWindowsProfileSemantics) {
   EXPECT_EQ(Read("missing", "name0"), "<none>");
   EXPECT_EQ(FindProfileString(file_, "users", "nothing"), std::nullopt);
   EXPECT_EQ(FindProfileString(folder_ / "absent.ini", "users", "name0"), std::nullopt);
+}
+
+TEST_F(ProfileFileTest, ReadsQuotesMarksAndLineEndsAsWindowsDoes) {
+  WriteFileText(file_,
+                "\xEF\xBB\xBF[users]\r\n"  // a byte-order mark before the first section
+                "foldercount=\"1\"\r\n"
+                "folder0='/path with spaces'\r\n"
+                "name0=\"Ann's\r\n"
+                "name1=\"\"\r\n");
+  EXPECT_EQ(Read("users", "foldercount"), "1");
+  EXPECT_EQ(Read("users", "folder0"), "/path with spaces");
+  EXPECT_EQ(Read("users", "name0"), "\"Ann's");  // no matching pair: kept as written
+  EXPECT_EQ(Read("users", "name1"), "");
+
+  // A file with Windows line ends keeps them when keys and sections are added.
+  ASSERT_TRUE(WriteProfileString(file_, "users", "id0", "7"));
+  ASSERT_TRUE(WriteProfileString(file_, "keys", "keycount", "0"));
+  EXPECT_EQ(FileText(file_),
+            "\xEF\xBB\xBF[users]\r\n"
+            "foldercount=\"1\"\r\n"
+            "folder0='/path with spaces'\r\n"
+            "name0=\"Ann's\r\n"
+            "name1=\"\"\r\n"
+            "id0=7\r\n"
+            "[keys]\r\n"
+            "keycount=0\r\n");
+}
+
+TEST_F(ProfileFileTest, AReadSeesWhatAnotherProcessWroteJustBefore) {
+  ASSERT_TRUE(WriteProfileString(file_, "users", "name0", "Ann"));
+  EXPECT_EQ(Read("users", "name0"), "Ann");
+  for (const char* name : {"Bob", "Cyd", "Dan"}) {  // the same size, within one second
+    const pid_t child = fork();
+    ASSERT_GE(child, 0);
+    if (child == 0) _exit(WriteProfileString(file_, "users", "name0", name) ? 0 : 1);
+    int status = 0;
+    ASSERT_EQ(waitpid(child, &status, 0), child);
+    EXPECT_EQ(Read("users", "name0"), name);
+  }
+  // Replaced behind the program's back, with the same size, time stamp and all.
+  struct stat before {};
+  ASSERT_EQ(stat(file_.c_str(), &before), 0);
+  WriteFileText(file_ + ".new", "[users]\nname0=Eve\n");
+  const timespec stamps[2] = {before.st_atim, before.st_mtim};
+  ASSERT_EQ(utimensat(AT_FDCWD, (file_ + ".new").c_str(), stamps, 0), 0);
+  std::filesystem::rename(file_ + ".new", file_);
+  EXPECT_EQ(Read("users", "name0"), "Eve");
 }
 
 TEST_F(ProfileFileTest, SurvivesHostileFiles) {

@@ -43,8 +43,7 @@ int32_t ParseInteger(std::string_view text) {
 }
 
 void SettingsFile::LocateFolders(const FolderStore& folders, const std::string& program_folder) {
-  std::optional<std::string> data = folders.Read(FolderScope::kCurrentUser, kDataFiles);
-  if (!data) data = folders.Read(FolderScope::kMachine, kDataFiles);
+  const std::optional<std::string> data = folders.Read(FolderScope::kMachine, kDataFiles);
   data_folder_ = JoinPath(data.value_or(program_folder), "");
   settings_path_ = JoinPath(data_folder_, "settings.ini");
 

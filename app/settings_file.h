@@ -35,9 +35,9 @@ int32_t ParseInteger(std::string_view text);
 // typed operations may be called from any thread.
 class SettingsFile {
  public:
-  // Finds the data folder ("DataFiles", else `program_folder`), settings.ini in it,
-  // and the inward folder: the per-user "Incoming" (current-user-only), else the
-  // machine-wide one, else `program_folder`/Incoming.
+  // Finds the data folder (the machine-wide "DataFiles", else `program_folder`),
+  // settings.ini in it, and the inward folder: the per-user "Incoming"
+  // (current-user-only), else the machine-wide one, else `program_folder`/Incoming.
   void LocateFolders(const FolderStore& folders, const std::string& program_folder);
 
   // Makes `path`, without trailing separators, the inward folder and records it in

@@ -115,9 +115,16 @@ TEST_F(SettingsFileTest, LocatesFoldersWithThePerUserValueFirst) {
   EXPECT_EQ(settings_.settings_path(), "/srv/data/settings.ini");
 
   folders_.Write(FolderScope::kCurrentUser, "Incoming", "/home/me/in");
+  folders_.Write(FolderScope::kCurrentUser, "DataFiles", "/home/me/data");  // machine-wide only
   settings_.LocateFolders(folders_, program_);
   EXPECT_EQ(settings_.inward_folder(), "/home/me/in");
   EXPECT_TRUE(settings_.current_user_only());
+  EXPECT_EQ(settings_.settings_path(), "/srv/data/settings.ini");
+
+  const std::string long_folder = "/" + std::string(258, 'f');  // 259 characters
+  folders_.Write(FolderScope::kCurrentUser, "Incoming", long_folder);
+  settings_.LocateFolders(folders_, program_);
+  EXPECT_EQ(settings_.inward_folder(), long_folder);
 }
 
 TEST_F(SettingsFileTest, SettingTheInwardFolderForAllUsersDropsThePerUserValue) {

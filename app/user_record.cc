@@ -8,6 +8,7 @@
 #include <cstring>
 
 #include "app/atomic_file.h"
+#include "app/record_text.h"
 #include "util/file_io.h"
 #include "util/little_endian.h"
 
@@ -22,17 +23,13 @@ constexpr size_t kEmailOffset = kNameOffset + UserRecord::kTextSize;
 using RecordBytes = std::array<uint8_t, kUserRecordSize>;
 
 std::string TextOf(const std::array<char, UserRecord::kTextSize>& field) {
-  return std::string(field.data(), strnlen(field.data(), field.size()));
+  return RecordTextToUtf8(std::string_view(field.data(), strnlen(field.data(), field.size())));
 }
 
 void SetText(std::array<char, UserRecord::kTextSize>& field, std::string_view text) {
-  size_t length = std::min(text.size(), field.size() - 1);
-  // Back off to the start of a UTF-8 character when the cut falls inside one.
-  if (length < text.size()) {
-    while (length > 0 && (static_cast<unsigned char>(text[length]) & 0xC0) == 0x80) --length;
-  }
+  const std::string bytes = Utf8ToRecordText(text, field.size() - 1);
   field.fill('\0');
-  std::memcpy(field.data(), text.data(), length);
+  std::memcpy(field.data(), bytes.data(), bytes.size());
 }
 
 }  // namespace

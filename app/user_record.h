@@ -28,9 +28,10 @@ struct UserRecord {
   bool is_on() const { return (flags & kOnFlag) != 0; }
   void set_on(bool on) { flags = on ? (flags | kOnFlag) : (flags & ~kOnFlag); }
 
+  // The texts as UTF-8, read and written as record_text.h says; at most 59 bytes are
+  // stored.
   std::string Name() const;
   std::string Email() const;
-  // Stores at most 59 bytes, never ending inside a UTF-8 character.
   void SetName(std::string_view text);
   void SetEmail(std::string_view text);
 

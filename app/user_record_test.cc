@@ -2,6 +2,8 @@
 
 #include <sys/stat.h>
 
+#include <cstring>
+
 #include <gtest/gtest.h>
 
 #include "app/scratch_folder_test_util.h"
@@ -80,12 +82,33 @@ TEST(UserRecordTest, OnlyARegularFileCountsAsARecord) {
 
 TEST(UserRecordTest, TextsAreCutWithoutSplittingACharacter) {
   UserRecord record;
-  record.SetName(std::string(58, 'a') + "\xc3\xa9");  // "é" would end at byte 60
+  record.SetName(std::string(58, 'a') + "\xc5\x81");  // "Ł" would end at byte 60
   EXPECT_EQ(record.Name(), std::string(58, 'a'));
   record.SetName(std::string(70, 'b'));
   EXPECT_EQ(record.Name(), std::string(59, 'b'));
   record.SetEmail("x");
   EXPECT_EQ(record.Email(), "x");
+}
+
+TEST(UserRecordTest, NamesAreTheSameTextForWindowsCopies) {
+  // What a Windows copy writes: its ANSI code page, Windows-1252.
+  UserRecord windows;
+  std::memcpy(windows.name.data(), "Jos\xe9 \x80 \x81", 8);
+  EXPECT_EQ(windows.Name(), "Jos\xc3\xa9 \xe2\x82\xac \xef\xbf\xbd");  // José € and a stand-in
+
+  // What this copy writes: Windows-1252 where every character fits, so that Windows
+  // copies read it; UTF-8 for the rest, which they can't show either way.
+  UserRecord ours;
+  ours.SetName("Jos\xc3\xa9");
+  EXPECT_EQ(std::string(ours.name.data()), "Jos\xe9");
+  EXPECT_EQ(ours.Name(), "Jos\xc3\xa9");
+  ours.SetName("\xc5\x81ucja");  // Łucja
+  EXPECT_EQ(std::string(ours.name.data()), "\xc5\x81ucja");
+  EXPECT_EQ(ours.Name(), "\xc5\x81ucja");
+  std::string accents;
+  for (int i = 0; i < 70; ++i) accents += "\xc3\xa9";
+  ours.SetName(accents);  // 59 characters of one byte each
+  EXPECT_EQ(std::string(ours.name.data()), std::string(59, '\xe9'));
 }
 
 }  // namespace
