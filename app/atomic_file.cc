@@ -1,7 +1,6 @@
 #include "app/atomic_file.h"
 
 #include <fcntl.h>
-#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -59,17 +58,6 @@ bool ReplaceFile(const std::string& path, std::string_view contents) {
   if (written && closed && rename(temporary.c_str(), path.c_str()) == 0) return true;
   unlink(temporary.c_str());
   return false;
-}
-
-FileLock::FileLock(const std::string& path)
-    : fd_(open((path + ".lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666)) {
-  if (fd_ < 0) return;
-  while (flock(fd_, LOCK_EX) != 0 && errno == EINTR) {
-  }
-}
-
-FileLock::~FileLock() {
-  if (fd_ >= 0) close(fd_);  // closing releases the lock
 }
 
 }  // namespace parlavox

@@ -18,20 +18,6 @@ std::optional<std::string> ReadWholeDescriptor(int fd);
 // Returns false, leaving the old file as it was, when the write fails.
 bool ReplaceFile(const std::string& path, std::string_view contents);
 
-// Holds an exclusive advisory lock on `<path>.lock` for as long as it lives, so that
-// read-modify-write cycles on `path` from several threads or processes take turns.
-// A lock file that can't be created gives no lock; the caller goes on regardless.
-class FileLock {
- public:
-  explicit FileLock(const std::string& path);
-  FileLock(const FileLock&) = delete;
-  FileLock& operator=(const FileLock&) = delete;
-  ~FileLock();
-
- private:
-  int fd_;
-};
-
 }  // namespace parlavox
 
 #endif  // PARLAVOX_APP_ATOMIC_FILE_H_

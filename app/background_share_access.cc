@@ -22,7 +22,7 @@ void BackgroundShareAccess::OpenMessage(const std::string& folder, const std::st
                 finished = std::move(finished)]() mutable {
     MessageOpening opening;
     {
-      const MessageLock lock(path, MessageLock::Kind::kExclusive);
+      const FileLock lock = LockMessage(path, FileLock::Kind::kExclusive);
       opening.still_playing = lock.refused();
       if (!opening.still_playing) {
         opening.writer = std::make_shared<QueuedWaveFileWriter>(

@@ -1,7 +1,6 @@
 #include "app/control_channel.h"
 
 #include <fcntl.h>
-#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -27,17 +26,9 @@ std::string ControlSocketPath() {
   return JoinPath(folder, "parlavox.sock");
 }
 
-RunningCopyClaim::RunningCopyClaim(const std::string& socket_path)
-    : fd_(open((socket_path + ".lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600)) {
-  if (fd_ < 0) return;
-  int result;
-  while ((result = flock(fd_, LOCK_EX | LOCK_NB)) != 0 && errno == EINTR) {
-  }
-  held_ = result == 0;
-}
-
-RunningCopyClaim::~RunningCopyClaim() {
-  if (fd_ >= 0) close(fd_);
+FileLock ClaimRunningCopy(const std::string& socket_path) {
+  return FileLock(socket_path + ".lock", O_RDWR | O_CREAT, FileLock::Kind::kExclusive,
+                  FileLock::Wait::kNo);
 }
 
 ControlServer::ControlServer(Answer answer) : answer_(std::move(answer)) {

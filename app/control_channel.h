@@ -7,6 +7,8 @@
 #include <string>
 #include <string_view>
 
+#include "util/file_lock.h"
+
 namespace parlavox {
 
 // The running copy's control socket, private to the user:
@@ -15,22 +17,9 @@ namespace parlavox {
 std::string ControlSocketPath();
 
 // The claim to be the one running copy of the user's session: an exclusive lock on
-// "parlavox.lock" beside the control socket. The system lets go of it when the
-// process ends, however it ends, so a copy that died leaves no claim behind.
-class RunningCopyClaim {
- public:
-  // Claims without waiting; held() tells whether another copy has the claim.
-  explicit RunningCopyClaim(const std::string& socket_path);
-  RunningCopyClaim(const RunningCopyClaim&) = delete;
-  RunningCopyClaim& operator=(const RunningCopyClaim&) = delete;
-  ~RunningCopyClaim();
-
-  bool held() const { return held_; }
-
- private:
-  int fd_;
-  bool held_ = false;
-};
+// "parlavox.sock.lock" beside the control socket, not waited for. A copy that died
+// leaves no claim behind.
+FileLock ClaimRunningCopy(const std::string& socket_path);
 
 // Listens on the control socket and answers every request line on the thread that
 // runs the event loop. `answer` gets the request and a `reply` to call, at once or
@@ -41,7 +30,7 @@ class ControlServer {
   using Answer = std::function<void(std::string_view request, Reply reply)>;
   explicit ControlServer(Answer answer);
 
-  // Takes the socket over. Only the holder of the RunningCopyClaim may call this: a
+  // Takes the socket over. Only the holder of the running copy's claim may call this: a
   // socket file left there is then one that no running copy answers on any more.
   // False when the socket can't be made.
   bool Listen(const std::string& path);

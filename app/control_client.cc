@@ -20,7 +20,7 @@ void Complain(const std::string& message) {
 }
 
 int ChangeIdentityDirectly(const IdentityChange& change, const std::string& socket_path) {
-  const RunningCopyClaim claim(socket_path);  // held while the record is changed
+  const FileLock claim = ClaimRunningCopy(socket_path);  // held while the record is changed
   if (!claim.held()) {
     Complain("another copy is running but does not answer");
     return 1;

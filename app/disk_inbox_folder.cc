@@ -51,7 +51,8 @@ std::optional<std::string> DiskInboxFolder::FirstMessage() {
 
 std::shared_ptr<WaveFileReader> DiskInboxFolder::Open(const std::string& name) {
   const std::string path = PathOf(name);
-  hold_ = std::make_unique<MessageLock>(path, MessageLock::Kind::kShared);
+  hold_.reset();
+  hold_.emplace(LockMessage(path, FileLock::Kind::kShared));
   return OpenWaveFileReader(path);
 }
 

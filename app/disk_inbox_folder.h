@@ -2,6 +2,7 @@
 #define PARLAVOX_APP_DISK_INBOX_FOLDER_H_
 
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "app/inbox_folder.h"
@@ -13,7 +14,7 @@ namespace parlavox {
 
 // The InboxFolder on the file system: the inward folder that `settings` names at the
 // time of each call. Still-coming messages are told apart by MessageArrivals on
-// `clock`; a held message is locked shared (MessageLock).
+// `clock`; a held message is locked shared (LockMessage).
 class DiskInboxFolder : public InboxFolder {
  public:
   DiskInboxFolder(const SettingsFile& settings, const Clock& clock)
@@ -32,7 +33,7 @@ class DiskInboxFolder : public InboxFolder {
   const SettingsFile& settings_;
   const Clock& clock_;
   MessageArrivals arrivals_;
-  std::unique_ptr<MessageLock> hold_;
+  std::optional<FileLock> hold_;
 };
 
 }  // namespace parlavox

@@ -47,9 +47,9 @@ TEST_F(DiskInboxFolderTest, OnlyRegularFilesNamedWavAreMessages) {
 TEST_F(DiskInboxFolderTest, AMessageBeingPlayedIsHeldUntilItIsRemoved) {
   CreateWaveFileWriter(Path("12.wav"), 11025, 1, 16, 0)->Finish();
   ASSERT_NE(folder_.Open("12.wav"), nullptr);
-  EXPECT_TRUE(MessageLock(Path("12.wav"), MessageLock::Kind::kExclusive).refused());
+  EXPECT_TRUE(LockMessage(Path("12.wav"), FileLock::Kind::kExclusive).refused());
   folder_.Release();
-  EXPECT_TRUE(MessageLock(Path("12.wav"), MessageLock::Kind::kExclusive).held());
+  EXPECT_TRUE(LockMessage(Path("12.wav"), FileLock::Kind::kExclusive).held());
 
   ASSERT_NE(folder_.Open("12.wav"), nullptr);
   folder_.Remove("12.wav");

@@ -41,7 +41,7 @@ std::vector<std::string> IdleTexts() {
 
 int RunIntercom(QCoreApplication& application, const sigset_t& termination) {
   const std::string socket_path = ControlSocketPath();
-  const RunningCopyClaim claim(socket_path);
+  const FileLock claim = ClaimRunningCopy(socket_path);
   if (!claim.held()) {
     // A copy runs already: it shows itself. One that is still starting gets a moment
     // to open its socket.

@@ -1,11 +1,8 @@
 #include "app/message_file.h"
 
 #include <fcntl.h>
-#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
-
-#include <cerrno>
 
 #include "audio/wave_chunks.h"
 
@@ -37,22 +34,11 @@ bool MessageArrivals::IsStillComing(const std::string& name, const std::optional
   return !look->complete && now - seen->second.changed < kMessageSettleTime;
 }
 
-MessageLock::MessageLock(const std::string& path, Kind kind)
-    : fd_(open(path.c_str(),
-               kind == Kind::kShared ? O_RDONLY | O_NONBLOCK | O_CLOEXEC
-                                     : O_WRONLY | O_CREAT | O_NONBLOCK | O_CLOEXEC,
-               0666)) {
-  if (fd_ < 0) return;
-  int result;
-  while ((result = flock(fd_, (kind == Kind::kShared ? LOCK_SH : LOCK_EX) | LOCK_NB)) != 0 &&
-         errno == EINTR) {
-  }
-  held_ = result == 0;
-  refused_ = result != 0 && errno == EWOULDBLOCK;
-}
-
-MessageLock::~MessageLock() {
-  if (fd_ >= 0) close(fd_);  // closing lets go of the lock
+FileLock LockMessage(const std::string& path, FileLock::Kind kind) {
+  return FileLock(
+      path,
+      kind == FileLock::Kind::kShared ? O_RDONLY | O_NONBLOCK : O_WRONLY | O_CREAT | O_NONBLOCK,
+      kind, FileLock::Wait::kNo);
 }
 
 }  // namespace parlavox

@@ -8,6 +8,7 @@
 #include <string>
 
 #include "util/clock.h"
+#include "util/file_lock.h"
 
 namespace parlavox {
 
@@ -50,29 +51,11 @@ class MessageArrivals {
   std::map<std::string, Seen> seen_;
 };
 
-// An advisory lock on a message file. The callee holds it shared while it plays the
-// message; a caller's copy must get it exclusively before it cuts the file for a new
-// call, so that a second call can't cut a message that is still being heard.
-class MessageLock {
- public:
-  enum class Kind { kShared, kExclusive };
-
-  // Tries to lock the file at `path` without waiting; the exclusive kind creates a
-  // missing file.
-  MessageLock(const std::string& path, Kind kind);
-  MessageLock(const MessageLock&) = delete;
-  MessageLock& operator=(const MessageLock&) = delete;
-  ~MessageLock();
-
-  bool held() const { return held_; }
-  // Whether someone else holds the file: the lock was refused, not merely impossible.
-  bool refused() const { return refused_; }
-
- private:
-  int fd_;
-  bool held_ = false;
-  bool refused_ = false;
-};
+// A message file is locked shared by the callee while it plays the message; a
+// caller's copy must lock it exclusively before it cuts the file for a new call, so
+// that a second call can't cut a message that is still being heard. The exclusive
+// lock creates a missing file. Neither waits.
+FileLock LockMessage(const std::string& path, FileLock::Kind kind);
 
 }  // namespace parlavox
 

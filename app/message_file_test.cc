@@ -81,17 +81,17 @@ TEST_F(MessageFileTest, AHeldMessageCanNotBeTakenForANewCall) {
   const std::string path = scratch_ / "12.wav";
   CreateWaveFileWriter(path, 11025, 1, 16, 0)->Finish();
   {
-    const MessageLock playing(path, MessageLock::Kind::kShared);
+    const FileLock playing = LockMessage(path, FileLock::Kind::kShared);
     ASSERT_TRUE(playing.held());
-    const MessageLock caller(path, MessageLock::Kind::kExclusive);
+    const FileLock caller = LockMessage(path, FileLock::Kind::kExclusive);
     EXPECT_FALSE(caller.held());
     EXPECT_TRUE(caller.refused());
   }
-  const MessageLock caller(path, MessageLock::Kind::kExclusive);
+  const FileLock caller = LockMessage(path, FileLock::Kind::kExclusive);
   EXPECT_TRUE(caller.held());
 
   // A folder that can't be written is no refusal: the call goes on and writes nothing.
-  const MessageLock nowhere(scratch_ / "missing/12.wav", MessageLock::Kind::kExclusive);
+  const FileLock nowhere = LockMessage(scratch_ / "missing/12.wav", FileLock::Kind::kExclusive);
   EXPECT_FALSE(nowhere.held());
   EXPECT_FALSE(nowhere.refused());
 }

@@ -13,6 +13,7 @@
 #include <unordered_map>
 
 #include "app/atomic_file.h"
+#include "util/file_lock.h"
 
 namespace parlavox {
 namespace {
@@ -291,7 +292,9 @@ bool WriteProfileString(const std::string& path, std::string_view section, std::
     // Deleting a key the file doesn't have: nothing to do either.
     if (ProfileCache::Instance().Get(path)) return true;
   }
-  FileLock lock(path);
+  // Writers in every thread and process take turns through a lock file beside it.
+  const FileLock lock(path + ".lock", O_RDWR | O_CREAT, FileLock::Kind::kExclusive,
+                      FileLock::Wait::kYes);
   std::optional<std::string> text = ReadWholeFile(path);
   if (!text) {
     if (access(path.c_str(), F_OK) == 0) return false;  // there, but unreadable: keep it

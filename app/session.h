@@ -27,7 +27,7 @@ namespace parlavox {
 
 // One running intercom with every platform piece it uses: the sound server, the
 // files, the workers and the control socket, on the event loop of `application`,
-// shown on `view`. The caller holds the RunningCopyClaim.
+// shown on `view`. The caller holds the running copy's claim.
 class Session {
  public:
   Session(QCoreApplication& application, const SettingsFile& settings, IntercomView& view,
