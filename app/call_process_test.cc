@@ -182,13 +182,13 @@ class CallProcessTest : public testing::Test {
                       limit);
   }
 
+  static bool FirstUserOn(const IntercomCopy& copy) {
+    const QJsonArray users = copy.Status()["users"].toArray();
+    return !users.isEmpty() && users[0].toObject()["on"].toBool();
+  }
+
   bool BothSeeEachOtherOn() {
-    return Eventually(
-        [&] {
-          return ann_.Status()["users"].toArray()[0].toObject()["on"].toBool() &&
-                 ben_.Status()["users"].toArray()[0].toObject()["on"].toBool();
-        },
-        12s);
+    return Eventually([&] { return FirstUserOn(ann_) && FirstUserOn(ben_); }, 12s);
   }
 
   ScratchFolder scratch_;

@@ -59,7 +59,7 @@ class IntercomCopy {
                                             "XDG_CONFIG_DIRS=" + machine_config_,
                                             "PATH=/usr/bin:/bin"};
     if (!pulse_server_.empty()) environment.push_back("PULSE_SERVER=" + pulse_server_);
-    for (const char* keep : {"ASAN_OPTIONS", "UBSAN_OPTIONS", "LSAN_OPTIONS"}) {
+    for (const char* keep : {"ASAN_OPTIONS", "UBSAN_OPTIONS", "LSAN_OPTIONS", "TSAN_OPTIONS"}) {
       if (const char* value = getenv(keep)) environment.push_back(std::string(keep) + "=" + value);
     }
     return environment;

@@ -79,7 +79,11 @@ TEST_F(IntercomProcessTest, FirstStartPublishesItselfAndPollsTheOthers) {
   ASSERT_TRUE(Eventually([&] { return Cached("on0") == "false"; }, 6s));
   EXPECT_EQ(Cached("name0"), "Alice");
   EXPECT_TRUE(Eventually(
-      [&] { return !copy_.Status()["users"].toArray()[0].toObject()["on"].toBool(); }, 2s));
+      [&] {
+        const QJsonArray users = copy_.Status()["users"].toArray();
+        return !users.isEmpty() && !users[0].toObject()["on"].toBool();
+      },
+      2s));
   EXPECT_NE(copy_.log().find("users: Alice (off), Bob (off), Pending Connection (off)"),
             std::string::npos)
       << copy_.log();

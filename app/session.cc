@@ -14,7 +14,6 @@ Session::Session(QCoreApplication& application, const SettingsFile& settings, In
                  std::vector<std::string> idle_texts)
     : application_(application),
       settings_(settings),
-      poster_(&application),
       intercom_(
           settings,
           {clock_, player_, recorder_, mixer_, priority_, inbox_folder_, share_, watcher_, poller_},

@@ -36,8 +36,8 @@ int Index(const std::vector<SoundDevice>& devices, const std::string& name) {
 // Writes one loud 100 ms block now and then, and sees when each arrives on the monitor.
 std::vector<double> DeviceToMonitorDelays(int rounds) {
   TestLoop loop;
+  std::vector<RecordBuffer> buffers(30);  // first, so that they outlive the device filling them
   WaveIn monitor(loop);
-  std::vector<RecordBuffer> buffers(30);
   Clock::time_point written_at;
   bool waiting = false;
   std::vector<double> delays;

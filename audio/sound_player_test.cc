@@ -23,7 +23,7 @@ constexpr uint32_t kRate = 11025;
 // Records a source of the private server (a sink's monitor) for as long as it lives.
 class MonitorCapture {
  public:
-  MonitorCapture(TestLoop& loop, const std::string& source) : in_(loop), buffers_(30) {
+  MonitorCapture(TestLoop& loop, const std::string& source) : buffers_(30), in_(loop) {
     int index = -1;
     const std::vector<SoundDevice> devices = ListInputDevices();
     for (size_t i = 1; i < devices.size(); ++i) {
@@ -44,8 +44,8 @@ class MonitorCapture {
   std::vector<int16_t> samples;
 
  private:
+  std::vector<RecordBuffer> buffers_;  // first, so that they outlive the device filling them
   WaveIn in_;
-  std::vector<RecordBuffer> buffers_;
 };
 
 // Remembers what the player said.

@@ -60,14 +60,18 @@ void WaveIn::Cork(bool cork) {
 }
 
 void WaveIn::Close() {
-  PulseLock lock;
-  if (stream_ != nullptr) {
-    pa_stream_set_state_callback(stream_, nullptr, nullptr);
-    pa_stream_set_read_callback(stream_, nullptr, nullptr);
-    pa_stream_disconnect(stream_);
-    pa_stream_unref(stream_);
-    stream_ = nullptr;
+  // Without a stream no callback can run: a device never opened never reaches the server.
+  if (stream_ == nullptr) {
+    queued_.clear();
+    deliver_.reset();
+    return;
   }
+  PulseLock lock;
+  pa_stream_set_state_callback(stream_, nullptr, nullptr);
+  pa_stream_set_read_callback(stream_, nullptr, nullptr);
+  pa_stream_disconnect(stream_);
+  pa_stream_unref(stream_);
+  stream_ = nullptr;
   queued_.clear();
   deliver_.reset();
 }

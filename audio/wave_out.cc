@@ -105,6 +105,11 @@ void WaveOut::Reset() {
 }
 
 void WaveOut::Close() {
+  // Without a stream no callback can run: a device never opened never reaches the server.
+  if (stream_ == nullptr && timer_ == nullptr) {
+    MarkAllDone();
+    return;
+  }
   PulseLock lock;
   OpenStreams().erase(this);
   if (timer_ != nullptr) {

@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
-# Installs what is needed, checks the formatting, then builds and runs every test twice:
-# once as released, once under AddressSanitizer and UndefinedBehaviorSanitizer.
+# Installs what is needed, checks the formatting, then builds and runs every test three
+# times: as released, under AddressSanitizer and UndefinedBehaviorSanitizer, and under
+# ThreadSanitizer.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 scripts/setup.sh
@@ -18,3 +19,5 @@ run_suite() {
 run_suite build -DCMAKE_BUILD_TYPE=RelWithDebInfo
 ASAN_OPTIONS=detect_leaks=1:abort_on_error=1 UBSAN_OPTIONS=print_stacktrace=1 \
   run_suite build-sanitize -DCMAKE_BUILD_TYPE=Debug -DPARLAVOX_SANITIZE=ON
+TSAN_OPTIONS="halt_on_error=1:second_deadlock_stack=1:suppressions=$PWD/scripts/tsan.supp" \
+  run_suite build-tsan -DCMAKE_BUILD_TYPE=RelWithDebInfo -DPARLAVOX_TSAN=ON

@@ -39,6 +39,7 @@ TEST(SerialWorkerTest, RunsTasksInOrderOnItsOwnThread) {
   for (int i = 0; i < 100; ++i) EXPECT_EQ(order[static_cast<size_t>(i)], i);
 
   // Idle, it sleeps without waking up now and then.
+  std::this_thread::sleep_for(100ms);  // time to go to sleep after the last task
   const long before = VoluntarySwitches(worker_thread);
   std::this_thread::sleep_for(300ms);
   EXPECT_EQ(VoluntarySwitches(worker_thread), before);
