@@ -3,10 +3,12 @@
 #include <poll.h>
 #include <sys/eventfd.h>
 #include <sys/inotify.h>
-#include <sys/vfs.h>
+#include <sys/prctl.h>
 #include <unistd.h>
 
 #include <filesystem>
+
+#include "util/file_io.h"
 
 namespace parlavox {
 
@@ -17,22 +19,6 @@ std::set<std::string> ListFolder(const std::string& folder) {
     names.insert(entry.path().filename().string());
   }
   return names;
-}
-
-bool IsOnNetworkFileSystem(const std::string& folder) {
-  struct statfs info {};
-  if (statfs(folder.c_str(), &info) != 0) return false;
-  switch (static_cast<uint32_t>(info.f_type)) {
-    case 0x6969:      // NFS
-    case 0x517B:      // SMB
-    case 0xFF534D42:  // CIFS
-    case 0xFE534D42:  // SMB2
-    case 0x65735546:  // FUSE (sshfs and friends)
-    case 0x01021997:  // 9P
-      return true;
-    default:
-      return false;
-  }
 }
 
 InboxWatcher::InboxWatcher(TaskPoster& poster, ListingPoll listing_poll, Lister lister)
@@ -55,6 +41,8 @@ void InboxWatcher::StartWatching(const std::string& folder, std::function<void()
   changed_ = std::move(changed);
   Start(kPriorityLowest);
 }
+
+void InboxWatcher::OnThreadStart() { prctl(PR_SET_NAME, "parlavox-watch"); }
 
 void InboxWatcher::OnStopRequested() {
   const uint64_t one = 1;

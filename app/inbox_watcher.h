@@ -15,10 +15,6 @@ namespace parlavox {
 // The names in a folder, subfolders included, not what lies below them.
 std::set<std::string> ListFolder(const std::string& folder);
 
-// Whether `folder` lies on a network file system, where change notifications from
-// other machines don't arrive.
-bool IsOnNetworkFileSystem(const std::string& folder);
-
 // Watches the inward folder (not its subfolders) at the lowest priority and posts
 // `changed` to the owner after every creation, deletion or renaming of a name in it:
 // through inotify, and where the folder lies on a network file system also by
@@ -44,6 +40,7 @@ class InboxWatcher : public WorkerThread, public InboxWatching {
 
  protected:
   void Run() override;
+  void OnThreadStart() override;
   void OnStopRequested() override;
 
  private:

@@ -10,6 +10,7 @@
 
 #include "app/counting_poster_test_util.h"
 #include "app/scratch_folder_test_util.h"
+#include "util/file_io.h"
 
 namespace parlavox {
 namespace {
@@ -39,28 +40,18 @@ long VoluntarySwitches(const std::string& name) {
   return -1;
 }
 
-// Names the thread that runs the watcher, so that it can be found in /proc.
-class NamedWatcher : public InboxWatcher {
- public:
-  using InboxWatcher::InboxWatcher;
-  ~NamedWatcher() override { Stop(); }
-
- protected:
-  void OnThreadStart() override { pthread_setname_np(pthread_self(), "test-watcher"); }
-};
-
 TEST(InboxWatcherTest, EveryKindOfNameChangeIsReportedAndStopIsPrompt) {
   ScratchFolder folder;
   CountingPoster poster;
-  NamedWatcher watcher(poster);
+  InboxWatcher watcher(poster);
   watcher.StartWatching(folder.path(), [] {});
   std::this_thread::sleep_for(100ms);
   EXPECT_EQ(poster.posts, 0);
 
   // Idle, the watcher sleeps without waking now and then.
-  const long switches = VoluntarySwitches("test-watcher");
+  const long switches = VoluntarySwitches("parlavox-watch");
   std::this_thread::sleep_for(500ms);
-  EXPECT_EQ(VoluntarySwitches("test-watcher"), switches);
+  EXPECT_EQ(VoluntarySwitches("parlavox-watch"), switches);
 
   WriteFileText(folder / "42.wav", "x");  // a message arrives
   ASSERT_TRUE(PostedWithin(poster, 1, 2s));

@@ -1,5 +1,7 @@
 #include "app/presence_poller.h"
 
+#include <sys/prctl.h>
+
 #include "app/paths.h"
 #include "app/user_record.h"
 
@@ -38,6 +40,8 @@ void PresencePoller::StartPolling(std::function<void()> changed) {
   changed_ = std::move(changed);
   Start(kPriorityLowest);
 }
+
+void PresencePoller::OnThreadStart() { prctl(PR_SET_NAME, "parlavox-poll"); }
 
 void PresencePoller::Run() {
   bool changed = true;  // the owner always hears of the first pass

@@ -32,6 +32,7 @@ class PresencePoller : public WorkerThread, public PresencePolling {
 
  protected:
   void Run() override;
+  void OnThreadStart() override;
 
  private:
   const UsersCache& users_;

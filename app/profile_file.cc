@@ -196,6 +196,14 @@ struct ParsedProfile {
   FileIdentity identity;
   uint64_t generation = 0;
   std::unordered_map<std::string, std::unordered_map<std::string, std::string>> sections;
+
+  // The whole value of a key; null when the key or its section is missing.
+  const std::string* Find(std::string_view section, std::string_view key) const {
+    const auto keys = sections.find(Lowered(section));
+    if (keys == sections.end()) return nullptr;
+    const auto value = keys->second.find(Lowered(key));
+    return value == keys->second.end() ? nullptr : &value->second;
+  }
 };
 
 std::shared_ptr<const ParsedProfile> Parse(std::string_view text, const FileIdentity& identity,
@@ -228,8 +236,9 @@ class ProfileCache {
     return *cache;
   }
 
-  // The file as it is now; null when it can't be read.
-  std::shared_ptr<const ParsedProfile> Get(const std::string& path) {
+  // The file as it is now; null when it can't be read. With `parse_if_stale` false,
+  // a file not parsed as it is now gives null too.
+  std::shared_ptr<const ParsedProfile> Get(const std::string& path, bool parse_if_stale = true) {
     struct stat status {};
     if (stat(path.c_str(), &status) != 0) return nullptr;
     const uint64_t generation = generation_.load();
@@ -241,6 +250,7 @@ class ProfileCache {
         return found->second;
       }
     }
+    if (!parse_if_stale) return nullptr;
     const int fd = open(path.c_str(), O_RDONLY | O_CLOEXEC);
     if (fd < 0) return nullptr;
     const std::optional<std::string> text = ReadWholeDescriptor(fd);
@@ -267,11 +277,9 @@ std::optional<std::string> FindProfileString(const std::string& path, std::strin
                                              std::string_view key, size_t limit) {
   const std::shared_ptr<const ParsedProfile> parsed = ProfileCache::Instance().Get(path);
   if (!parsed) return std::nullopt;
-  const auto keys = parsed->sections.find(Lowered(section));
-  if (keys == parsed->sections.end()) return std::nullopt;
-  const auto value = keys->second.find(Lowered(key));
-  if (value == keys->second.end()) return std::nullopt;
-  return value->second.substr(0, limit);
+  const std::string* value = parsed->Find(section, key);
+  if (value == nullptr) return std::nullopt;
+  return value->substr(0, limit);
 }
 
 std::string ReadProfileString(const std::string& path, std::string_view section,
@@ -283,14 +291,14 @@ std::string ReadProfileString(const std::string& path, std::string_view section,
 bool WriteProfileString(const std::string& path, std::string_view section, std::string_view key,
                         std::optional<std::string_view> value) {
   // Most writes repeat what the file holds already (the presence poller writes every
-  // id on every pass): those need neither the lock nor a read of the whole file.
-  if (std::optional<std::string> now = FindProfileString(path, section, key, std::string::npos)) {
-    if (value && std::string_view(*now) == *value && value->find_first_of("\r\n") == value->npos) {
+  // id on every pass): while the parsed copy is current, those need neither the lock
+  // nor a read of the whole file.
+  if (const auto parsed = ProfileCache::Instance().Get(path, /*parse_if_stale=*/false)) {
+    const std::string* now = parsed->Find(section, key);
+    if (!value && now == nullptr) return true;
+    if (value && now != nullptr && *now == *value && value->find_first_of("\r\n") == value->npos) {
       return true;
     }
-  } else if (!value && access(path.c_str(), F_OK) == 0) {
-    // Deleting a key the file doesn't have: nothing to do either.
-    if (ProfileCache::Instance().Get(path)) return true;
   }
   // Writers in every thread and process take turns through a lock file beside it.
   const FileLock lock(path + ".lock", O_RDWR | O_CREAT, FileLock::Kind::kExclusive,

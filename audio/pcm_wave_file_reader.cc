@@ -13,6 +13,8 @@
 namespace parlavox {
 namespace {
 
+constexpr size_t kReadAhead = 262144;
+
 int BytesPerSample(uint16_t bits) { return bits <= 8 ? 1 : bits <= 16 ? 2 : 4; }
 
 }  // namespace
@@ -24,7 +26,7 @@ PcmWaveFileReader::PcmWaveFileReader(int fd, const WaveLayout& layout)
       data_start_(layout.data_start),
       bytes_per_sample_(BytesPerSample(layout.format.bits_per_sample)),
       read_offset_(layout.data_start),
-      buffer_(static_cast<size_t>(frame_bytes()) * kMaxBlockFrames) {
+      ahead_(std::max<size_t>(kReadAhead, static_cast<size_t>(frame_bytes()) * kMaxBlockFrames)) {
   RefreshLength();
 }
 
@@ -56,6 +58,21 @@ void PcmWaveFileReader::Seek(int64_t frame) {
   read_offset_ = data_start_ + std::min(frame, known_frames_) * frame_bytes();
 }
 
+const uint8_t* PcmWaveFileReader::BytesAt(int64_t offset, int64_t size, int64_t* got) {
+  if (offset < ahead_offset_ || offset + size > ahead_offset_ + ahead_size_) {
+    // Read on as far as the known data goes, but never past it: a growing file's end
+    // is still being written.
+    const int64_t known_end = data_start_ + known_frames_ * frame_bytes();
+    const int64_t run =
+        std::clamp<int64_t>(known_end - offset, size, static_cast<int64_t>(ahead_.size()));
+    ahead_offset_ = offset;
+    ahead_size_ = std::max<ssize_t>(
+        ReadFullyAt(fd_, ahead_.data(), static_cast<size_t>(run), static_cast<off_t>(offset)), 0);
+  }
+  *got = std::clamp<int64_t>(ahead_offset_ + ahead_size_ - offset, 0, size);
+  return ahead_.data() + (offset - ahead_offset_);
+}
+
 void PcmWaveFileReader::ReadBlock(int32_t* samples, int frames) {
   const int channels = this->channels();
   int32_t* const block_end = samples + int64_t{frames} * channels;
@@ -68,15 +85,13 @@ void PcmWaveFileReader::ReadBlock(int32_t* samples, int frames) {
       wanted = std::max<int64_t>(wanted - (position_ - known_frames_), 0);
   }
 
-  const int64_t got_bytes = std::max<ssize_t>(
-      ReadFullyAt(fd_, buffer_.data(), static_cast<size_t>(wanted * frame_bytes()),
-                  static_cast<off_t>(read_offset_)),
-      0);
+  int64_t got_bytes = 0;
+  const uint8_t* bytes = BytesAt(read_offset_, wanted * frame_bytes(), &got_bytes);
   // Only whole frames count; a frame still being written is read again next time.
   const int64_t got_frames = got_bytes / frame_bytes();
   read_offset_ += got_frames * frame_bytes();
   const int64_t got_samples = got_frames * channels;
-  DecodePcm(buffer_.data(), bytes_per_sample_, samples, got_samples);
+  DecodePcm(bytes, bytes_per_sample_, samples, got_samples);
   std::fill(samples + got_samples, block_end, 0);
 }
 

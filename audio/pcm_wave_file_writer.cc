@@ -31,7 +31,8 @@ PcmWaveFileWriter::PcmWaveFileWriter(const std::string& path, uint32_t sample_ra
     MarkInvalid();
     return;
   }
-  WriteHeader(true);
+  send_on_ = IsOnNetworkFileSystem(fd_);
+  written_ = WriteHeader(true);
   if (ftruncate(fd_, kHeaderSize + length() * frame_bytes()) != 0) MarkInvalid();
 }
 
@@ -66,7 +67,7 @@ bool PcmWaveFileWriter::WriteHeader(bool provisional) {
   std::memcpy(&header[38], "data", 4);
   PutLittleEndian32(&header[42], data_size);
   const bool written = WriteFullyAt(fd_, header.data(), header.size(), 0);
-  const bool synced = fdatasync(fd_) == 0;
+  const bool synced = !send_on_ || fdatasync(fd_) == 0;
   refresh_countdown_ = int64_t{sample_rate()} * kRefreshSeconds;
   return written && synced;
 }

@@ -10,8 +10,9 @@ namespace parlavox {
 
 // Writes 8-, 16- or 32-bit PCM behind the 46-byte header (an 18-byte "fmt " chunk).
 // While the file grows the header claims 32 seconds beyond the written end and is
-// rewritten, and flushed, after every 16 seconds of audio; others may read the file
-// meanwhile.
+// rewritten after every 16 seconds of audio; others may read the file meanwhile. On a
+// network file system each header written is sent on to the server at once, so that
+// readers on other machines see a valid header.
 class PcmWaveFileWriter : public WaveFileWriter {
  public:
   static constexpr int kHeaderSize = 46;
@@ -36,7 +37,8 @@ class PcmWaveFileWriter : public WaveFileWriter {
   int fd_ = -1;
   int64_t refresh_countdown_ = 0;
   std::vector<uint8_t> buffer_;
-  bool written_ = true;  // every write so far succeeded
+  bool written_ = true;   // every write so far succeeded
+  bool send_on_ = false;  // the file is on a network file system
 };
 
 }  // namespace parlavox

@@ -31,7 +31,11 @@ void BM_OurWriter(benchmark::State& state) {
   }
   state.SetItemsProcessed(state.iterations() * kHourFrames);
 }
-BENCHMARK(BM_OurWriter)->Unit(benchmark::kMillisecond)->Iterations(3);
+BENCHMARK(BM_OurWriter)
+    ->Unit(benchmark::kMillisecond)
+    ->Iterations(3)
+    ->Repetitions(5)
+    ->ReportAggregatesOnly(true);
 
 void BM_LibsndfileWriter(benchmark::State& state) {
   const std::string path = BenchmarkFile("parlavox-bench-sndfile.wav");
@@ -49,7 +53,11 @@ void BM_LibsndfileWriter(benchmark::State& state) {
   }
   state.SetItemsProcessed(state.iterations() * kHourFrames);
 }
-BENCHMARK(BM_LibsndfileWriter)->Unit(benchmark::kMillisecond)->Iterations(3);
+BENCHMARK(BM_LibsndfileWriter)
+    ->Unit(benchmark::kMillisecond)
+    ->Iterations(3)
+    ->Repetitions(5)
+    ->ReportAggregatesOnly(true);
 
 void BM_OurReader(benchmark::State& state) {
   const std::string path = BenchmarkFile("parlavox-bench-ours.wav");
@@ -63,7 +71,11 @@ void BM_OurReader(benchmark::State& state) {
   }
   state.SetItemsProcessed(state.iterations() * kHourFrames);
 }
-BENCHMARK(BM_OurReader)->Unit(benchmark::kMillisecond)->Iterations(3);
+BENCHMARK(BM_OurReader)
+    ->Unit(benchmark::kMillisecond)
+    ->Iterations(3)
+    ->Repetitions(5)
+    ->ReportAggregatesOnly(true);
 
 void BM_LibsndfileReader(benchmark::State& state) {
   const std::string path = BenchmarkFile("parlavox-bench-ours.wav");
@@ -78,7 +90,11 @@ void BM_LibsndfileReader(benchmark::State& state) {
   }
   state.SetItemsProcessed(state.iterations() * kHourFrames);
 }
-BENCHMARK(BM_LibsndfileReader)->Unit(benchmark::kMillisecond)->Iterations(3);
+BENCHMARK(BM_LibsndfileReader)
+    ->Unit(benchmark::kMillisecond)
+    ->Iterations(3)
+    ->Repetitions(5)
+    ->ReportAggregatesOnly(true);
 
 }  // namespace
 }  // namespace parlavox

@@ -9,3 +9,4 @@ for benchmark in build-bench/*/parlavox_*_benchmark; do
   "$benchmark"
 done
 build-bench/audio/parlavox_sound_engine_measure 20
+scripts/measure_idle.py --binary build-bench/parlavox --seconds 60

@@ -1,5 +1,6 @@
 #include "util/file_io.h"
 
+#include <sys/vfs.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -22,7 +23,31 @@ ssize_t Repeat(size_t size, Step step) {
   return static_cast<ssize_t>(done);
 }
 
+bool IsNetworkFileSystemType(const struct statfs& info) {
+  switch (static_cast<uint32_t>(info.f_type)) {
+    case 0x6969:      // NFS
+    case 0x517B:      // SMB
+    case 0xFF534D42:  // CIFS
+    case 0xFE534D42:  // SMB2
+    case 0x65735546:  // FUSE (sshfs and friends)
+    case 0x01021997:  // 9P
+      return true;
+    default:
+      return false;
+  }
+}
+
 }  // namespace
+
+bool IsOnNetworkFileSystem(const std::string& path) {
+  struct statfs info {};
+  return statfs(path.c_str(), &info) == 0 && IsNetworkFileSystemType(info);
+}
+
+bool IsOnNetworkFileSystem(int fd) {
+  struct statfs info {};
+  return fstatfs(fd, &info) == 0 && IsNetworkFileSystemType(info);
+}
 
 bool WriteFully(int fd, const void* data, size_t size) {
   const auto* bytes = static_cast<const char*>(data);

@@ -4,6 +4,7 @@
 #include <sys/types.h>
 
 #include <cstddef>
+#include <string>
 
 namespace parlavox {
 
@@ -18,6 +19,12 @@ bool WriteFullyAt(int fd, const void* data, size_t size, off_t offset);
 ssize_t ReadFully(int fd, void* data, size_t size);
 // Reads up to `size` bytes from `offset`, fewer only at the file's end; -1 on an error.
 ssize_t ReadFullyAt(int fd, void* data, size_t size, off_t offset);
+
+// Whether a file lies on a network file system (NFS, SMB/CIFS, FUSE such as sshfs,
+// 9P): there, other machines see a write only once it has been sent on, and change
+// notifications from other machines don't arrive.
+bool IsOnNetworkFileSystem(const std::string& path);
+bool IsOnNetworkFileSystem(int fd);
 
 }  // namespace parlavox
 
