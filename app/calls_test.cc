@@ -11,7 +11,9 @@ class CallsTest : public IntercomBench {
  protected:
   void SetUp() override {
     Start();
-    intercom_.ChangeIdentity({.id = 4242});
+    IdentityChange change;
+    change.id = 4242;
+    intercom_.ChangeIdentity(change);
   }
 
   std::optional<CallRefusal> StartCall(int index) {

@@ -39,6 +39,6 @@ void HeadlessView::ShowAlert(const std::string& text, const std::string& caption
   Log(caption + ": " + text);
 }
 
-void HeadlessView::ShowMainWindow() { Log("asked to show itself; running without a window"); }
+void HeadlessView::AnswerSecondStart() { Log("asked to show itself; running without a window"); }
 
 }  // namespace parlavox

@@ -9,8 +9,8 @@ namespace parlavox {
 
 // Shows the intercom as lines on standard error, for running without a window (and
 // beside one, as a log): who the person is, the on/off state, each change of the
-// users list, status texts (not the idle texts between them), alerts, and requests to
-// show the window.
+// users list, status texts (not the idle texts between them), alerts, and another
+// start asking for the window.
 class HeadlessView : public IntercomView {
  public:
   void ShowUsers(const UserList& users) override;
@@ -18,7 +18,7 @@ class HeadlessView : public IntercomView {
   void ShowStatus(const std::string& text, bool idle) override;
   void ShowIdentity(const UserRecord& own) override;
   void ShowAlert(const std::string& text, const std::string& caption) override;
-  void ShowMainWindow() override;
+  void AnswerSecondStart() override;
 
  private:
   std::string last_users_line_;

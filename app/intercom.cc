@@ -14,7 +14,11 @@ Intercom::Intercom(const SettingsFile& settings, IntercomParts parts, IntercomVi
       inbox_(parts.inbox_folder, parts.player, parts.mixer, settings, users_cache_, parts.share,
              parts.clock, status_, view),
       calls_(settings, users_cache_, own_, parts.recorder, parts.mixer, parts.priority, parts.share,
-             status_, view) {}
+             status_, view),
+      hold_(parts.clock, [this] {
+        StopCall();
+        view_.GiveActivationBack();
+      }) {}
 
 Intercom::~Intercom() {
   parts_.poller.StopPolling();
@@ -95,6 +99,47 @@ void Intercom::StartCallWith(int index, CallButton button, CallDone done) {
 }
 
 void Intercom::StopCall() { calls_.Stop(); }
+
+void Intercom::ToggleCallSelected() {
+  if (calls_.is_recording()) {
+    StopCall();
+  } else {
+    CallSelected();
+  }
+}
+
+void Intercom::ToggleReply() {
+  if (calls_.is_recording()) {
+    StopCall();
+  } else {
+    Reply();
+  }
+}
+
+void Intercom::HotKey(int32_t command) {
+  constexpr int32_t kFirstUserCall = 32;
+  switch (command) {
+    case 1:
+      return view_.ShowMainWindow();
+    case 2:
+      return view_.HideMainWindow();
+    case 3:
+      CallSelected();
+      break;
+    case 4:
+      Reply();
+      break;
+    case 5:
+      return TurnOn();
+    case 6:
+      return TurnOff();
+    default:
+      if (command < kFirstUserCall || command - kFirstUserCall >= users_cache_.Count()) return;
+      StartCall(command - kFirstUserCall);
+  }
+  if (!hold_.is_held()) view_.TakeActivationForHotKey();
+  hold_.Renew();
+}
 
 IntercomSnapshot Intercom::Snapshot() const {
   return {own_.is_on(),   calls_.is_recording(),    inbox_.is_playing(),

@@ -82,8 +82,8 @@ class Intercom {
 
   // The users list position the window has selected (-1 for none).
   void Select(int position);
-  // Brings the main window up, as a second start asks.
-  void ShowMainWindow() { view_.ShowMainWindow(); }
+  // Another start of the program asks for this one's window.
+  void AnswerSecondStart() { view_.AnswerSecondStart(); }
 
   // Calls: each records into the callee's inward folder until StopCall. StartCall takes
   // a place in the users list; `done` hears whether the call started or why not.
@@ -93,6 +93,15 @@ class Intercom {
   // yet), the selected user.
   void Reply(CallDone done = {});
   void StopCall();
+  // What the menu's "Call" and "Reply" do: end the call that runs, or else start one.
+  void ToggleCallSelected();
+  void ToggleReply();
+
+  // A hot key fired with `command`: 1 brings the window up, 2 hides it, 3 calls the
+  // selected user, 4 replies, 5 and 6 turn the intercom on and off, 32 + n calls user
+  // n of the users list; other commands do nothing. A call lasts while the hot key
+  // keeps firing (PushToTalkHold); meanwhile the window holds the activation.
+  void HotKey(int32_t command);
 
   // Plays the first waiting message unless one is playing already.
   void PlayNextMessage() { inbox_.PlayNext(); }
@@ -117,6 +126,7 @@ class Intercom {
   StatusLine status_;
   Inbox inbox_;
   Calls calls_;
+  PushToTalkHold hold_;
   Lifetime lifetime_;
 };
 

@@ -43,7 +43,11 @@ TEST_F(IntercomTest, StartPublishesTheIntercomOnAndTheEndPublishesItOff) {
 
 TEST_F(IntercomTest, IdentitySurvivesInTheRecordFile) {
   Start();
-  intercom_.ChangeIdentity({.name = "Dana", .id = 77, .email = "dana@example.org"});
+  IdentityChange change;
+  change.name = "Dana";
+  change.id = 77;
+  change.email = "dana@example.org";
+  intercom_.ChangeIdentity(change);
   EXPECT_EQ(Published().Name(), "Dana");
   intercom_.End();
 
@@ -84,6 +88,45 @@ TEST_F(IntercomTest, AMessageThatArrivesDuringACallPlaysAtOnce) {
   EXPECT_TRUE(snapshot.recording);
   EXPECT_TRUE(snapshot.playing);
   EXPECT_EQ(snapshot.status, "<- Ann");  // the newer status text
+}
+
+TEST_F(IntercomTest, AHotKeyCallLastsWhileTheHotKeyKeepsFiring) {
+  ListUser("Ann", 101);
+  ListUser("Ben", 202);
+  Start();
+  intercom_.HotKey(33);  // "Call: Ben"
+  EXPECT_EQ(share_.opened.size(), 1u);
+  EXPECT_EQ(share_.opened[0].substr(0, 9), "/srv/Ben/");
+  EXPECT_EQ(view_.activations_taken, 1);
+  for (int repeat = 0; repeat < 20; ++repeat) {  // the keyboard repeats while held
+    clock_.Advance(33ms);
+    intercom_.HotKey(33);
+  }
+  EXPECT_TRUE(recorder_.is_recording());
+  EXPECT_EQ(view_.activations_taken, 1);  // the window that had it is remembered once
+  clock_.Advance(699ms);
+  EXPECT_TRUE(recorder_.is_recording());
+  clock_.Advance(1ms);
+  EXPECT_FALSE(recorder_.is_recording());
+  EXPECT_EQ(view_.activations_given, 1);
+  EXPECT_EQ(recorder_.starts, 1);
+
+  intercom_.HotKey(34);  // a user no longer in the list
+  intercom_.HotKey(0);
+  intercom_.HotKey(7);
+  intercom_.HotKey(31);
+  intercom_.HotKey(-1);
+  EXPECT_EQ(share_.opened.size(), 1u);
+  EXPECT_EQ(view_.activations_taken, 1);
+
+  intercom_.HotKey(6);
+  EXPECT_FALSE(Published().is_on());
+  intercom_.HotKey(5);
+  EXPECT_TRUE(Published().is_on());
+  intercom_.HotKey(2);
+  intercom_.HotKey(1);
+  EXPECT_EQ(view_.hidden, 1);
+  EXPECT_EQ(view_.shown, 1);
 }
 
 }  // namespace

@@ -39,6 +39,9 @@ class IntercomView {
   // Brings the main window up and to the front; hides it (the tray icon stays).
   virtual void ShowMainWindow() {}
   virtual void HideMainWindow() {}
+  // Another start of the program asked for the window: it comes up, closing it asks
+  // before stopping again, and the splash shows.
+  virtual void AnswerSecondStart() { ShowMainWindow(); }
   // A call started by a hot key begins: the window takes the activation, remembering
   // which window had it unless it remembers one already. When the call ends, that
   // window gets the activation back and is forgotten.
@@ -73,6 +76,7 @@ class FanOutView : public IntercomView {
   }
   void ShowMainWindow() override { Each(&IntercomView::ShowMainWindow); }
   void HideMainWindow() override { Each(&IntercomView::HideMainWindow); }
+  void AnswerSecondStart() override { Each(&IntercomView::AnswerSecondStart); }
   void TakeActivationForHotKey() override { Each(&IntercomView::TakeActivationForHotKey); }
   void GiveActivationBack() override { Each(&IntercomView::GiveActivationBack); }
 

@@ -5,10 +5,12 @@ set -euo pipefail
 
 packages=(
   # build
-  cmake ninja-build g++ pkg-config qt6-base-dev libpulse-dev libsndfile1-dev libx11-dev
-  libgtest-dev libgmock-dev libbenchmark-dev clang-format
-  # tests: a private sound server, a virtual display with real key presses, audio tools
-  pulseaudio pulseaudio-utils xvfb xdotool x11-utils espeak-ng sox python3
+  cmake ninja-build g++ pkg-config qt6-base-dev qt6-svg-dev libpulse-dev libsndfile1-dev
+  libx11-dev libgtest-dev libgmock-dev libbenchmark-dev clang-format
+  # tests: a private sound server, a virtual desktop (display, window manager, tray)
+  # with real key presses and screenshots, audio tools
+  pulseaudio pulseaudio-utils xvfb openbox trayer xdotool x11-utils imagemagick
+  espeak-ng sox python3
 )
 
 missing=()
