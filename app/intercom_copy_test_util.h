@@ -41,7 +41,9 @@ class IntercomCopy {
         log_(folder + "/parlavox.log"),
         control_output_(folder + "/control.out"),
         machine_config_(folder + "/etc"),
+        tools_(folder + "/tools"),
         pulse_server_(std::move(pulse_server)) {
+    std::filesystem::create_directories(tools_);
     std::filesystem::create_directories(home_);
     std::filesystem::create_directories(inward_folder());
     std::filesystem::create_directories(runtime_);
@@ -57,8 +59,9 @@ class IntercomCopy {
   std::vector<std::string> Environment() const {
     std::vector<std::string> environment = {"HOME=" + home_, "XDG_RUNTIME_DIR=" + runtime_,
                                             "XDG_CONFIG_DIRS=" + machine_config_,
-                                            "PATH=/usr/bin:/bin"};
+                                            "PATH=" + tools_ + ":/usr/bin:/bin"};
     if (!pulse_server_.empty()) environment.push_back("PULSE_SERVER=" + pulse_server_);
+    if (!display_.empty()) environment.push_back("DISPLAY=" + display_);
     for (const char* keep : {"ASAN_OPTIONS", "UBSAN_OPTIONS", "LSAN_OPTIONS", "TSAN_OPTIONS"}) {
       if (const char* value = getenv(keep)) environment.push_back(std::string(keep) + "=" + value);
     }
@@ -70,7 +73,20 @@ class IntercomCopy {
     process_ = std::make_unique<ChildProcess>(std::vector<std::string>{PARLAVOX_BINARY, "/service"},
                                               Environment(), "/dev/null", log_, working_folder);
   }
+
+  // Starts the copy with its window on `display`, with `arguments` ("/logon", ...).
+  void StartWindowed(const std::string& display, const std::vector<std::string>& arguments = {}) {
+    display_ = display;
+    std::vector<std::string> argv = {PARLAVOX_BINARY};
+    argv.insert(argv.end(), arguments.begin(), arguments.end());
+    process_ = std::make_unique<ChildProcess>(argv, Environment(), "/dev/null", log_);
+  }
+
+  // A folder searched first for programs the copy starts, where a test can put
+  // stand-ins (a web browser, a mixer).
+  const std::string& tools_folder() const { return tools_; }
   ChildProcess& process() { return *process_; }
+  bool process_started() const { return process_ != nullptr; }
 
   // Runs one control command to its end; returns its exit code and what it printed
   // on standard output.
@@ -112,7 +128,8 @@ class IntercomCopy {
   }
 
  private:
-  std::string home_, runtime_, log_, control_output_, machine_config_, pulse_server_;
+  std::string home_, runtime_, log_, control_output_, machine_config_, tools_, pulse_server_;
+  std::string display_;
   std::unique_ptr<ChildProcess> process_;
 };
 

@@ -11,20 +11,19 @@
 namespace parlavox {
 
 Session::Session(QCoreApplication& application, const SettingsFile& settings, IntercomView& view,
-                 std::vector<std::string> idle_texts)
+                 std::vector<std::string> idle_texts, std::function<void()> quit)
     : application_(application),
       settings_(settings),
       intercom_(
           settings,
           {clock_, player_, recorder_, mixer_, priority_, inbox_folder_, share_, watcher_, poller_},
           view, std::move(idle_texts)),
+      quit_(std::move(quit)),
       control_([this](std::string_view request, ControlServer::Reply reply) {
+        // The asker hears its answer before the copy goes.
         AnswerControlRequest(
             request, intercom_,
-            [this] {
-              QMetaObject::invokeMethod(&application_, &QCoreApplication::quit,
-                                        Qt::QueuedConnection);
-            },
+            [this] { QMetaObject::invokeMethod(&application_, quit_, Qt::QueuedConnection); },
             std::move(reply));
       }) {}
 
@@ -34,7 +33,7 @@ Session::~Session() {
   mixer_worker_.Stop();
 }
 
-int Session::Run(const sigset_t& termination) {
+int Session::Run(const sigset_t& termination, const std::function<void()>& started) {
   share_worker_.Start(0);
   mixer_worker_.Start(0);
   const std::string socket_path = ControlSocketPath();
@@ -53,6 +52,7 @@ int Session::Run(const sigset_t& termination) {
   });
 
   intercom_.Start();
+  if (started) started();
   const int result = application_.exec();
   intercom_.End();
   close(signal_fd);

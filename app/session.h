@@ -4,6 +4,7 @@
 #include <signal.h>
 
 #include <QCoreApplication>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -30,19 +31,23 @@ namespace parlavox {
 // shown on `view`. The caller holds the running copy's claim.
 class Session {
  public:
+  // `quit` ends the program as a "quit" request from the command line asks: without
+  // asking anything.
   Session(QCoreApplication& application, const SettingsFile& settings, IntercomView& view,
-          std::vector<std::string> idle_texts);
+          std::vector<std::string> idle_texts, std::function<void()> quit);
   Session(const Session&) = delete;
   Session& operator=(const Session&) = delete;
   ~Session();
 
   Intercom& intercom() { return intercom_; }
+  Clock& clock() { return clock_; }
 
-  // Starts the intercom, answers the control socket, and runs the event loop until
-  // something ends it: a "quit" request, a window that closes, or one of
-  // `termination`'s signals (blocked in every thread beforehand). Then ends the
-  // intercom as closing it does: the record is published off and everything stops.
-  int Run(const sigset_t& termination);
+  // Starts the intercom, then `started` (when given), answers the control socket, and
+  // runs the event loop until something ends it: a "quit" request, a window that
+  // closes, or one of `termination`'s signals (blocked in every thread beforehand).
+  // Then ends the intercom as closing it does: the record is published off and
+  // everything stops.
+  int Run(const sigset_t& termination, const std::function<void()>& started = {});
 
  private:
   QCoreApplication& application_;
@@ -62,6 +67,7 @@ class Session {
   InboxWatcher watcher_{poster_};
   PresencePoller poller_{users_, poster_};
   Intercom intercom_;
+  std::function<void()> quit_;
   ControlServer control_;
 };
 

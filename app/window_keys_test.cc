@@ -16,38 +16,66 @@ class WindowKeysTest : public IntercomBench {
     Start();
   }
 
+  // Presses and lets go of keys, each event 100 ms after the last.
+  bool Down(uint32_t key, bool repeat = false) {
+    clock_.Advance(std::chrono::milliseconds(100));
+    return keys_.OnKeyDown(key, repeat, ++time_);
+  }
+  bool Up(uint32_t key) {
+    const bool taken = keys_.OnKeyUp(key, false, ++time_);
+    clock_.Advance(std::chrono::milliseconds(100));
+    return taken;
+  }
+
   int helps_ = 0;
-  WindowKeys keys_{intercom_, [this] { ++helps_; }};
+  uint64_t time_ = 1000;
+  WindowKeys keys_{intercom_, clock_, [this] { ++helps_; }};
 };
 
 TEST_F(WindowKeysTest, HeldCallKeysCallUntilTheyAreLetGo) {
   for (const uint32_t key : {vk::kF5, vk::kReturn, vk::kF6}) {
-    EXPECT_TRUE(keys_.OnKeyDown(key, false)) << key;
+    EXPECT_TRUE(Down(key)) << key;
     EXPECT_TRUE(recorder_.is_recording()) << key;
-    EXPECT_TRUE(keys_.OnKeyDown(key, true));  // the key repeats while held: nothing new
-    EXPECT_TRUE(keys_.OnKeyUp(key));
+    EXPECT_TRUE(Down(key, true));  // the key repeats while held: nothing new
+    EXPECT_TRUE(Up(key));
     EXPECT_FALSE(recorder_.is_recording()) << key;
   }
   EXPECT_EQ(recorder_.starts, 3);
 
-  keys_.OnKeyDown(vk::kF5, false);
-  EXPECT_TRUE(keys_.OnKeyDown(vk::kEscape, false));
+  Down(vk::kF5);
+  EXPECT_TRUE(Down(vk::kEscape));
   EXPECT_FALSE(recorder_.is_recording());
-  keys_.OnKeyDown(vk::kF5, false);
-  keys_.OnKeyUp(vk::kF6);  // letting go of any call key ends the call
+  Down(vk::kF5);
+  Up(vk::kF6);  // letting go of any call key ends the call
+  EXPECT_FALSE(recorder_.is_recording());
+}
+
+TEST_F(WindowKeysTest, ARepeatThatLooksLikeAReleaseKeepsTheCall) {
+  Down(vk::kF5);
+  for (int repeat = 0; repeat < 5; ++repeat) {
+    // The window could not tell: a release, then a press with the same time stamp.
+    keys_.OnKeyUp(vk::kF5, false, ++time_);
+    clock_.Advance(std::chrono::milliseconds(5));
+    keys_.OnKeyDown(vk::kF5, false, time_);
+    clock_.Advance(std::chrono::milliseconds(40));
+  }
+  EXPECT_TRUE(recorder_.is_recording());
+  EXPECT_EQ(recorder_.starts, 1);
+  keys_.OnKeyUp(vk::kF5, false, ++time_);
+  clock_.Advance(WindowKeys::kRepeatWait);
   EXPECT_FALSE(recorder_.is_recording());
 }
 
 TEST_F(WindowKeysTest, OAndFSwitchTheIntercomAndF1AsksForHelp) {
-  EXPECT_TRUE(keys_.OnKeyDown('F', false));
+  EXPECT_TRUE(Down('F'));
   EXPECT_EQ(view_.on, false);
-  EXPECT_TRUE(keys_.OnKeyDown('O', false));
+  EXPECT_TRUE(Down('O'));
   EXPECT_EQ(view_.on, true);
-  EXPECT_TRUE(keys_.OnKeyDown(vk::kF1, false));
+  EXPECT_TRUE(Down(vk::kF1));
   EXPECT_EQ(helps_, 1);
-  EXPECT_FALSE(keys_.OnKeyDown('A', false));  // everything else goes to the controls
-  EXPECT_FALSE(keys_.OnKeyUp('O'));
-  EXPECT_FALSE(keys_.OnKeyUp(vk::kEscape));
+  EXPECT_FALSE(Down('A'));  // everything else goes to the controls
+  EXPECT_FALSE(Up('O'));
+  EXPECT_FALSE(Up(vk::kEscape));
 }
 
 TEST_F(WindowKeysTest, TheMenusCallAndReplyToggle) {

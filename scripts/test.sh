@@ -18,6 +18,7 @@ run_suite() {
 
 run_suite build -DCMAKE_BUILD_TYPE=RelWithDebInfo
 ASAN_OPTIONS=detect_leaks=1:abort_on_error=1 UBSAN_OPTIONS=print_stacktrace=1 \
+  LSAN_OPTIONS="suppressions=$PWD/scripts/lsan.supp" \
   run_suite build-sanitize -DCMAKE_BUILD_TYPE=Debug -DPARLAVOX_SANITIZE=ON
 TSAN_OPTIONS="halt_on_error=1:second_deadlock_stack=1:suppressions=$PWD/scripts/tsan.supp" \
   run_suite build-tsan -DCMAKE_BUILD_TYPE=RelWithDebInfo -DPARLAVOX_TSAN=ON

@@ -1,11 +1,15 @@
-// parlavox: the intercom, and the command-line control of a running copy.
+// parlavox: the intercom, with its window or without one, and the command-line control
+// of a running copy.
 
 #include <signal.h>
 
+#include <QApplication>
 #include <QCommandLineParser>
 #include <QCoreApplication>
 #include <chrono>
 #include <cstdio>
+#include <cstdlib>
+#include <memory>
 #include <string>
 #include <thread>
 #include <vector>
@@ -16,6 +20,7 @@
 #include "app/headless_view.h"
 #include "app/session.h"
 #include "app/startup.h"
+#include "ui/main_window.h"
 
 namespace parlavox {
 namespace {
@@ -39,12 +44,25 @@ std::vector<std::string> IdleTexts() {
           "F6 replies to your last caller"};
 }
 
-int RunIntercom(QCoreApplication& application, const sigset_t& termination) {
+// Whether this start shows the window: there is a display, and it was not started
+// "/service" or with a control option.
+bool WantsWindow(int argc, char** argv) {
+  const char* x11 = std::getenv("DISPLAY");
+  const char* wayland = std::getenv("WAYLAND_DISPLAY");
+  if ((x11 == nullptr || *x11 == '\0') && (wayland == nullptr || *wayland == '\0')) return false;
+  for (int i = 1; i < argc; ++i) {
+    const std::string argument = argv[i];
+    if (argument != "/logon" && argument != "/install") return false;
+  }
+  return true;
+}
+
+// Runs the intercom unless a copy runs already, which is then asked to show itself.
+int RunIntercom(QCoreApplication& application, const sigset_t& termination, bool windowed) {
   const std::string socket_path = ControlSocketPath();
   const FileLock claim = ClaimRunningCopy(socket_path);
   if (!claim.held()) {
-    // A copy runs already: it shows itself. One that is still starting gets a moment
-    // to open its socket.
+    // One that is still starting gets a moment to open its socket.
     std::optional<std::string> answer;
     for (int attempt = 0; attempt < 5 && !answer; ++attempt) {
       if (attempt > 0) std::this_thread::sleep_for(1s);
@@ -56,11 +74,22 @@ int RunIntercom(QCoreApplication& application, const sigset_t& termination) {
   }
 
   const SettingsFile settings = LocateSettings(FolderStore::FromEnvironment());
-  std::fprintf(stderr, "parlavox: running without a window; inward folder %s, settings %s\n",
-               settings.inward_folder().c_str(), settings.settings_path().c_str());
-  HeadlessView view;
-  Session session(application, settings, view, IdleTexts());
-  session.Run(termination);
+  std::fprintf(stderr, "parlavox: running %s; inward folder %s, settings %s\n",
+               windowed ? "with a window" : "without a window", settings.inward_folder().c_str(),
+               settings.settings_path().c_str());
+  HeadlessView log;
+  if (!windowed) {
+    Session session(application, settings, log, IdleTexts(), [] { QCoreApplication::quit(); });
+    session.Run(termination);
+  } else {
+    QApplication::setQuitOnLastWindowClosed(false);  // a hidden window keeps running
+    MainWindow window;
+    FanOutView views({&window, &log});
+    Session session(application, settings, views, IdleTexts(),
+                    [&window] { window.CloseWithoutAsking(); });
+    window.Attach(session.intercom(), session.clock());
+    session.Run(termination, [&] { window.Begin(QCoreApplication::arguments()); });
+  }
   std::fprintf(stderr, "parlavox: stopped\n");
   return 0;
 }
@@ -75,15 +104,19 @@ int main(int argc, char** argv) {
   pthread_sigmask(SIG_BLOCK, &termination, nullptr);
   MakeProgramFolderCurrent();
 
-  QCoreApplication application(argc, argv);
+  const bool windowed = WantsWindow(argc, argv);
+  const std::unique_ptr<QCoreApplication> application =
+      windowed ? std::make_unique<QApplication>(argc, argv)
+               : std::make_unique<QCoreApplication>(argc, argv);
   QCoreApplication::setApplicationName("parlavox");
   QCoreApplication::setApplicationVersion(PARLAVOX_VERSION);
 
   QCommandLineParser parser;
   parser.setApplicationDescription(
       "Parlavox, a push-to-talk intercom over shared folders.\n"
-      "Without options it starts the intercom; \"/service\" runs it without a window.\n"
-      "The other options control the copy that is running.");
+      "Without options it starts the intercom with its window; \"/service\", or no\n"
+      "display, runs it without one; \"/logon\" starts it in the tray. The other options\n"
+      "control the copy that is running.");
   parser.addHelpOption();
   parser.addVersionOption();
   for (const ControlOption& option : ControlOptions()) {
@@ -92,8 +125,8 @@ int main(int argc, char** argv) {
                          : QCommandLineOption(option.name, option.description));
   }
   parser.addPositionalArgument("/service", "Run without a window (also without a display).",
-                               "[/service | /logon]");
-  parser.process(application);
+                               "[/service | /logon | /install]");
+  parser.process(*application);
 
   std::vector<std::pair<std::string, std::string>> requested;
   for (const ControlOption& option : ControlOptions()) {
@@ -106,5 +139,5 @@ int main(int argc, char** argv) {
     return 2;
   }
   if (requested.size() == 1) return RunControlOption(requested[0].first, requested[0].second);
-  return RunIntercom(application, termination);
+  return RunIntercom(*application, termination, windowed);
 }

@@ -1,0 +1,31 @@
+#include "ui/help.h"
+
+#include <QCoreApplication>
+#include <QDesktopServices>
+#include <QFileInfo>
+#include <QUrl>
+
+namespace parlavox {
+namespace {
+
+constexpr const char* kHelpName = "parlavox-help.html";
+constexpr const char* kInstalledHelp = "/usr/share/doc/parlavox/parlavox-help.html";
+
+}  // namespace
+
+std::string HelpFilePath() {
+  const QString beside = QCoreApplication::applicationDirPath() + "/" + kHelpName;
+  if (QFileInfo::exists(beside)) return beside.toStdString();
+  if (QFileInfo::exists(kInstalledHelp)) return kInstalledHelp;
+  return "";
+}
+
+bool OpenHelp(int topic) {
+  const std::string path = HelpFilePath();
+  if (path.empty()) return false;
+  QUrl url = QUrl::fromLocalFile(QString::fromStdString(path));
+  if (topic != help::kContents) url.setFragment(QString("topic-%1").arg(topic));
+  return QDesktopServices::openUrl(url);
+}
+
+}  // namespace parlavox

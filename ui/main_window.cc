@@ -1,0 +1,273 @@
+#include "ui/main_window.h"
+
+#include <QApplication>
+#include <QCloseEvent>
+#include <QGridLayout>
+#include <QGuiApplication>
+#include <QHBoxLayout>
+#include <QMenuBar>
+#include <QMessageBox>
+#include <QMouseEvent>
+#include <QSessionManager>
+#include <QStyle>
+#include <QVBoxLayout>
+
+#include "ui/about_dialog.h"
+#include "ui/help.h"
+#include "ui/pictures.h"
+#include "ui/qt_virtual_keys.h"
+
+namespace parlavox {
+
+MainWindow::MainWindow() {
+  setWindowTitle("Parlavox");
+  setWindowIcon(ProgramIcon());
+  BuildMenus();
+  setCentralWidget(BuildFace());
+  tray_ = std::make_unique<TrayIcon>(
+      TrayIcon::Commands{[this] { ShowMainWindow(); }, [this] { intercom_->TurnOn(); },
+                         [this] { intercom_->TurnOff(); }, [this] { close(); }});
+  qApp->installEventFilter(this);
+  // The desktop session is ending: the window closes without asking.
+  connect(qApp, &QGuiApplication::commitDataRequest, this,
+          [this](QSessionManager&) { stop_guard_.DontAsk(); });
+}
+
+MainWindow::~MainWindow() { qApp->removeEventFilter(this); }
+
+void MainWindow::BuildMenus() {
+  QMenu* intercom = menuBar()->addMenu("&Intercom");
+  on_action_ = intercom->addAction("&On\tCtrl+O", [this] { intercom_->TurnOn(); });
+  off_action_ = intercom->addAction("O&ff\tCtrl+F", [this] { intercom_->TurnOff(); });
+  on_action_->setCheckable(true);
+  off_action_->setCheckable(true);
+  intercom->addSeparator();
+  intercom->addAction("Call\tF5", [this] { intercom_->ToggleCallSelected(); });
+  intercom->addAction("Reply\tF6", [this] { intercom_->ToggleReply(); });
+  intercom->addSeparator();
+  settings_action_ = intercom->addAction("Settings...", [this] { settings_(); });
+  intercom->addSeparator();
+  intercom->addAction("&Close (Run in Background)", [this] { HideMainWindow(); });
+  intercom->addAction("E&xit\tAlt+F4", [this] { close(); });
+
+  QMenu* help = menuBar()->addMenu("&Help");
+  help->addAction("&Help Contents\tF1", [this] { OpenHelpAt(help::kContents); });
+  help->addSeparator();
+  help->addAction("&About", [this] { RunAboutDialog(this); });
+}
+
+QWidget* MainWindow::BuildFace() {
+  auto* face = new QWidget;
+  auto* frame = new QFrame;
+  frame->setFrameStyle(QFrame::StyledPanel | QFrame::Sunken);
+  users_ = new QListWidget;
+  users_->setSelectionMode(QAbstractItemView::SingleSelection);
+  users_->setToolTip("Select person to call (use arrow keys)");
+  users_->viewport()->installEventFilter(this);
+  auto* users_label = new QLabel("&Users");
+  users_label->setBuddy(users_);
+  call_ = new QPushButton("Call");
+  call_->setToolTip("Call selected user (hold down F5)");
+  reply_ = new QPushButton("Reply");
+  reply_->setToolTip("Reply to previous caller (hold down F6)");
+  for (QPushButton* button : {call_, reply_}) button->setFocusPolicy(Qt::NoFocus);
+  // Push-to-talk: a press starts the call, the release ends it.
+  connect(call_, &QPushButton::pressed, this, [this] { intercom_->CallSelected(); });
+  connect(reply_, &QPushButton::pressed, this, [this] { intercom_->Reply(); });
+  for (QPushButton* button : {call_, reply_}) {
+    connect(button, &QPushButton::released, this, [this] { intercom_->StopCall(); });
+  }
+  connect(users_, &QListWidget::currentRowChanged, this, [this](int row) {
+    if (intercom_ != nullptr) intercom_->Select(row);
+  });
+  playback_meter_ = new LevelMeter(true);
+  record_meter_ = new LevelMeter(true);
+  playback_meter_->setToolTip("Message playing");
+  record_meter_->setToolTip("Your microphone while you talk");
+  playback_meter_->setEnabled(false);
+  record_meter_->setEnabled(false);
+
+  auto* upper = new QGridLayout(frame);
+  upper->addWidget(users_label, 0, 0);
+  upper->addWidget(users_, 1, 0, 3, 1);
+  upper->addWidget(call_, 1, 1);
+  upper->addWidget(reply_, 2, 1);
+  upper->setRowStretch(3, 1);
+  upper->addWidget(playback_meter_, 4, 0, 1, 2);
+  upper->addWidget(record_meter_, 5, 0, 1, 2);
+  upper->setColumnStretch(0, 1);
+
+  auto* icon = new QLabel;
+  icon->setPixmap(TrayPicture(true).pixmap(16, 16));
+  status_ = new QLabel;
+  status_->setFrameStyle(QFrame::Panel | QFrame::Sunken);
+  status_->setMinimumWidth(1);  // long texts are cut, not widening the window
+  auto* lower = new QHBoxLayout;
+  lower->addWidget(icon);
+  lower->addWidget(status_, 1);
+
+  auto* layout = new QVBoxLayout(face);
+  layout->addWidget(frame, 1);
+  layout->addLayout(lower);
+  setMinimumSize(360, 240);
+  resize(380, 260);
+  return face;
+}
+
+void MainWindow::Attach(Intercom& intercom, Clock& clock, std::function<void()> settings) {
+  intercom_ = &intercom;
+  keys_.emplace(intercom, clock, [this] { OpenHelpAt(help::kContents); });
+  settings_ = std::move(settings);
+  settings_action_->setEnabled(static_cast<bool>(settings_));
+}
+
+void MainWindow::Begin(const QStringList& arguments) {
+  show();
+  splash_.Show(this);
+  if (arguments.size() < 2) return;
+  if (arguments[1] == "/logon") {
+    // Started with the desktop session: straight to the tray.
+    QMetaObject::invokeMethod(
+        this, [this] { HideMainWindow(); }, Qt::QueuedConnection);
+  } else if (arguments[1] == "/install") {
+    OpenHelpAt(help::kAfterInstalling);
+  }
+}
+
+void MainWindow::CloseWithoutAsking() {
+  stop_guard_.DontAsk();
+  close();
+}
+
+void MainWindow::OpenHelpAt(int topic) {
+  if (!OpenHelp(topic)) ShowStatus("The help could not be opened", false);
+}
+
+bool MainWindow::eventFilter(QObject* watched, QEvent* event) {
+  if (intercom_ == nullptr) return false;
+  const QEvent::Type type = event->type();
+  if (watched == users_->viewport()) {
+    // Holding the mouse on a user selects them (the list does that first) and calls.
+    const bool press = type == QEvent::MouseButtonPress;
+    if ((press || type == QEvent::MouseButtonRelease) &&
+        static_cast<QMouseEvent*>(event)->button() == Qt::LeftButton) {
+      if (press) {
+        QMetaObject::invokeMethod(
+            this, [this] { intercom_->CallSelected(); }, Qt::QueuedConnection);
+      } else {
+        intercom_->StopCall();
+      }
+    }
+    return false;
+  }
+  if (type != QEvent::KeyPress && type != QEvent::KeyRelease) return false;
+  auto* widget = qobject_cast<QWidget*>(watched);
+  if (widget == nullptr || widget->window() != this) return false;
+  auto* key = static_cast<QKeyEvent*>(event);
+  const std::optional<uint32_t> virtual_key = VirtualKeyOf(*key);
+  if (!virtual_key) return false;
+  if (type == QEvent::KeyPress) {
+    return keys_->OnKeyDown(*virtual_key, key->isAutoRepeat(), key->timestamp());
+  }
+  return keys_->OnKeyUp(*virtual_key, key->isAutoRepeat(), key->timestamp());
+}
+
+StopGuard::Answer MainWindow::AskBeforeStopping() {
+  QMessageBox question(QMessageBox::Question, "Confirm Stop",
+                       "Do you want Parlavox to continue to operate in the background?",
+                       QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel, this);
+  question.setDefaultButton(QMessageBox::Yes);
+  switch (question.exec()) {
+    case QMessageBox::Yes:
+      return StopGuard::Answer::kYes;
+    case QMessageBox::No:
+      return StopGuard::Answer::kNo;
+    default:
+      return StopGuard::Answer::kCancel;
+  }
+}
+
+void MainWindow::closeEvent(QCloseEvent* event) {
+  if (ending_) return event->accept();
+  switch (stop_guard_.OnClose([this] { return AskBeforeStopping(); })) {
+    case StopGuard::Outcome::kHide:
+      event->ignore();
+      HideMainWindow();
+      return;
+    case StopGuard::Outcome::kStay:
+      event->ignore();
+      return;
+    case StopGuard::Outcome::kEnd:
+      ending_ = true;
+      splash_.Close();
+      event->accept();
+      QCoreApplication::quit();  // the session ends the intercom
+      return;
+  }
+}
+
+void MainWindow::ShowUsers(const UserList& users) {
+  const QSignalBlocker quiet(users_);
+  users_->clear();
+  for (const UserListItem& item : users.items()) {
+    users_->addItem(new QListWidgetItem(UserPicture(item.on), QString::fromStdString(item.name)));
+  }
+  users_->setCurrentRow(users.selected());
+}
+
+void MainWindow::ShowOnOff(bool on) {
+  on_action_->setChecked(on);
+  off_action_->setChecked(!on);
+  call_->setEnabled(on);
+  reply_->setEnabled(on);
+  tray_->ShowOnOff(on);
+}
+
+void MainWindow::ShowStatus(const std::string& text, bool) {
+  status_->setText(QString::fromStdString(text));
+}
+
+void MainWindow::ShowCallButton(CallButton pushed) {
+  call_->setDown(pushed == CallButton::kCall);
+  reply_->setDown(pushed == CallButton::kReply);
+}
+
+void MainWindow::EnablePlaybackMeter(bool enabled) { playback_meter_->setEnabled(enabled); }
+
+void MainWindow::ShowPlaybackLevels(const ChannelLevels& levels) {
+  playback_meter_->SetLevels(levels);
+}
+
+void MainWindow::EnableRecordMeter(bool enabled) { record_meter_->setEnabled(enabled); }
+
+void MainWindow::ShowRecordLevels(const ChannelLevels& levels) { record_meter_->SetLevels(levels); }
+
+void MainWindow::ShowAlert(const std::string& text, const std::string& caption) {
+  QMessageBox alert(QMessageBox::NoIcon, QString::fromStdString(caption),
+                    QString::fromStdString(text), QMessageBox::Ok, this);
+  alert.exec();
+}
+
+void MainWindow::ShowMainWindow() {
+  showNormal();
+  raise();
+  activateWindow();
+}
+
+void MainWindow::HideMainWindow() {
+  if (QSystemTrayIcon::isSystemTrayAvailable()) {
+    hide();
+  } else {
+    showMinimized();  // without a tray a hidden window could not be got back
+  }
+}
+
+void MainWindow::AnswerSecondStart() {
+  ShowMainWindow();
+  stop_guard_.AskAgain();
+  splash_.Show(this);
+}
+
+void MainWindow::TakeActivationForHotKey() { ShowMainWindow(); }
+
+}  // namespace parlavox

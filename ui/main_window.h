@@ -1,0 +1,90 @@
+#ifndef PARLAVOX_UI_MAIN_WINDOW_H_
+#define PARLAVOX_UI_MAIN_WINDOW_H_
+
+#include <QAction>
+#include <QLabel>
+#include <QListWidget>
+#include <QMainWindow>
+#include <QPushButton>
+#include <functional>
+#include <memory>
+#include <optional>
+
+#include "app/intercom.h"
+#include "app/intercom_view.h"
+#include "app/stop_guard.h"
+#include "app/window_keys.h"
+#include "ui/level_meter.h"
+#include "ui/splash_screen.h"
+#include "ui/tray_icon.h"
+
+namespace parlavox {
+
+// The intercom's window "Parlavox": the users list with their presence, the "Call"
+// and "Reply" buttons (held down to talk), the playback and recording meters and the
+// status line, the "Intercom" and "Help" menus, and the tray icon through which the
+// program goes on running while the window is hidden. Everything it is asked to do
+// goes to the Intercom; everything the Intercom shows comes back through the
+// IntercomView operations. It sees every key pressed in it before its controls do.
+//
+// Closing it asks "Confirm Stop" (StopGuard); where the desktop has no tray, the
+// window is minimised instead of hidden, so that it can always be got back.
+class MainWindow : public QMainWindow, public IntercomView {
+ public:
+  MainWindow();
+  ~MainWindow() override;
+
+  // Connects the window to the intercom it shows; before the intercom starts.
+  // `settings` runs the Settings sequence (the menu item is disabled without it).
+  void Attach(Intercom& intercom, Clock& clock, std::function<void()> settings = {});
+  // After the intercom has started: the window shows with the splash over it, or,
+  // with "/logon", goes straight to the tray; "/install" opens the first-run help.
+  void Begin(const QStringList& arguments);
+  // Closes without asking, as the command line's --quit or an installer asks.
+  void CloseWithoutAsking();
+
+  void ShowUsers(const UserList& users) override;
+  void ShowOnOff(bool on) override;
+  void ShowStatus(const std::string& text, bool idle) override;
+  void ShowCallButton(CallButton pushed) override;
+  void EnablePlaybackMeter(bool enabled) override;
+  void ShowPlaybackLevels(const ChannelLevels& levels) override;
+  void EnableRecordMeter(bool enabled) override;
+  void ShowRecordLevels(const ChannelLevels& levels) override;
+  void ShowAlert(const std::string& text, const std::string& caption) override;
+  void ShowMainWindow() override;
+  void HideMainWindow() override;
+  void AnswerSecondStart() override;
+  void TakeActivationForHotKey() override;
+
+ protected:
+  bool eventFilter(QObject* watched, QEvent* event) override;
+  void closeEvent(QCloseEvent* event) override;
+
+ private:
+  void BuildMenus();
+  QWidget* BuildFace();
+  void OpenHelpAt(int topic);
+  StopGuard::Answer AskBeforeStopping();
+
+  Intercom* intercom_ = nullptr;
+  std::optional<WindowKeys> keys_;
+  StopGuard stop_guard_;
+  LSplashScreen splash_;
+  QAction* on_action_ = nullptr;
+  QAction* off_action_ = nullptr;
+  QAction* settings_action_ = nullptr;
+  QListWidget* users_ = nullptr;
+  QPushButton* call_ = nullptr;
+  QPushButton* reply_ = nullptr;
+  LevelMeter* playback_meter_ = nullptr;
+  LevelMeter* record_meter_ = nullptr;
+  QLabel* status_ = nullptr;
+  std::unique_ptr<TrayIcon> tray_;
+  std::function<void()> settings_;
+  bool ending_ = false;  // the close is allowed: the window goes for good
+};
+
+}  // namespace parlavox
+
+#endif  // PARLAVOX_UI_MAIN_WINDOW_H_
