@@ -48,7 +48,8 @@ int Session::Run(const sigset_t& termination, const std::function<void()>& start
     signalfd_siginfo info;
     while (read(signal_fd, &info, sizeof info) == sizeof info) {
     }
-    QCoreApplication::quit();
+    // exit, not quit: quit would first ask the windows whether they may close.
+    QCoreApplication::exit(0);
   });
 
   intercom_.Start();

@@ -79,7 +79,7 @@ int RunIntercom(QCoreApplication& application, const sigset_t& termination, bool
                settings.settings_path().c_str());
   HeadlessView log;
   if (!windowed) {
-    Session session(application, settings, log, IdleTexts(), [] { QCoreApplication::quit(); });
+    Session session(application, settings, log, IdleTexts(), [] { QCoreApplication::exit(0); });
     session.Run(termination);
   } else {
     QApplication::setQuitOnLastWindowClosed(false);  // a hidden window keeps running

@@ -201,7 +201,7 @@ void MainWindow::closeEvent(QCloseEvent* event) {
       ending_ = true;
       splash_.Close();
       event->accept();
-      QCoreApplication::quit();  // the session ends the intercom
+      QCoreApplication::exit(0);  // the session ends the intercom
       return;
   }
 }

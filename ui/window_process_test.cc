@@ -245,9 +245,13 @@ TEST_F(WindowTest, ClosingAsksWhetherToGoOnInTheBackground) {
   EXPECT_EQ(copy_.process().WaitForExit(10s), 0) << copy_.log();
   EXPECT_FALSE(copy_.OwnRecord().is_on());
 
-  // --quit ends it without the question.
+  // --quit, and the desktop session ending (SIGTERM), end it without the question.
   StartWindow();
   EXPECT_EQ(copy_.Control({"--quit"}).first, 0);
+  EXPECT_EQ(copy_.process().WaitForExit(10s), 0);
+  EXPECT_FALSE(copy_.OwnRecord().is_on());
+  StartWindow();
+  copy_.process().Signal(SIGTERM);
   EXPECT_EQ(copy_.process().WaitForExit(10s), 0);
   EXPECT_FALSE(copy_.OwnRecord().is_on());
 }
