@@ -30,11 +30,31 @@ void Intercom::Start() {
   view_.ShowIdentity(own_.record());
   own_.set_on(true);
   ApplyOnOffState();
+  StartWorkers();
+  status_.Start();
+}
+
+void Intercom::StartWorkers() {
   inbox_.Clear();
   parts_.watcher.StartWatching(settings_.inward_folder(),
                                lifetime_.Bind([this] { inbox_.PlayNext(); }));
   parts_.poller.StartPolling(lifetime_.Bind([this] { FillUserList(); }));
-  status_.Start();
+}
+
+void Intercom::BeginSettings() {
+  parts_.watcher.AskToStop();
+  parts_.poller.AskToStop();
+  on_before_settings_ = own_.is_on();
+  own_.set_on(false);
+  own_.Publish();
+}
+
+void Intercom::EndSettings() {
+  own_.Load();
+  view_.ShowIdentity(own_.record());
+  own_.set_on(on_before_settings_);
+  ApplyOnOffState();
+  StartWorkers();
 }
 
 void Intercom::End() {

@@ -103,6 +103,17 @@ class Intercom {
   // keeps firing (PushToTalkHold); meanwhile the window holds the activation.
   void HotKey(int32_t command);
 
+  // The settings sheet opens: the workers are asked to stop, and others see this user
+  // off while it is open.
+  void BeginSettings();
+  // The sheet closed: the own record is read again from the inward folder (which may
+  // have changed) and published with the on/off state it had before; messages that
+  // arrived meanwhile are thrown away; the workers watch and poll anew.
+  void EndSettings();
+
+  // Shows a status text of the program's own on the status line.
+  void ShowStatus(const std::string& text) { status_.ShowStatus(text); }
+
   // Plays the first waiting message unless one is playing already.
   void PlayNextMessage() { inbox_.PlayNext(); }
 
@@ -113,6 +124,8 @@ class Intercom {
  private:
   // Publishes the own record and shows the on/off state.
   void ApplyOnOffState();
+  // Throws away what waits in the inward folder and starts the workers on it.
+  void StartWorkers();
   void FillUserList();
   // Runs a call start and shows the pushed look of `button` when it started.
   void StartCallWith(int index, CallButton button, CallDone done);
@@ -127,6 +140,7 @@ class Intercom {
   Inbox inbox_;
   Calls calls_;
   PushToTalkHold hold_;
+  bool on_before_settings_ = true;
   Lifetime lifetime_;
 };
 

@@ -90,6 +90,29 @@ TEST_F(IntercomTest, AMessageThatArrivesDuringACallPlaysAtOnce) {
   EXPECT_EQ(snapshot.status, "<- Ann");  // the newer status text
 }
 
+TEST_F(IntercomTest, WhileTheSettingsAreOpenOthersSeeThisUserOff) {
+  Start();
+  intercom_.BeginSettings();
+  EXPECT_FALSE(Published().is_on());
+  EXPECT_TRUE(watcher_.watching.empty());
+  EXPECT_FALSE(poller_.polling);
+  Message(101);  // arrives meanwhile
+  // The inward folder moved: the record goes with it.
+  const std::string moved = scratch_ / "moved";
+  std::filesystem::create_directories(moved);
+  settings_.SetInwardFolder(folders_, moved, true);
+  intercom_.EndSettings();
+  EXPECT_TRUE(Published().is_on());
+  EXPECT_EQ(watcher_.watching, moved);
+  EXPECT_TRUE(poller_.polling);
+  EXPECT_TRUE(folder_.messages.empty());  // thrown away unheard
+
+  intercom_.TurnOff();  // off before: off after
+  intercom_.BeginSettings();
+  intercom_.EndSettings();
+  EXPECT_FALSE(Published().is_on());
+}
+
 TEST_F(IntercomTest, AHotKeyCallLastsWhileTheHotKeyKeepsFiring) {
   ListUser("Ann", 101);
   ListUser("Ben", 202);

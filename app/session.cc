@@ -10,7 +10,7 @@
 
 namespace parlavox {
 
-Session::Session(QCoreApplication& application, const SettingsFile& settings, IntercomView& view,
+Session::Session(QCoreApplication& application, SettingsFile& settings, IntercomView& view,
                  std::vector<std::string> idle_texts, std::function<void()> quit)
     : application_(application),
       settings_(settings),
@@ -18,6 +18,7 @@ Session::Session(QCoreApplication& application, const SettingsFile& settings, In
           settings,
           {clock_, player_, recorder_, mixer_, priority_, inbox_folder_, share_, watcher_, poller_},
           view, std::move(idle_texts)),
+      x11_hot_keys_(X11HotKeys::Connect()),
       quit_(std::move(quit)),
       control_([this](std::string_view request, ControlServer::Reply reply) {
         // The asker hears its answer before the copy goes.
@@ -31,6 +32,14 @@ Session::~Session() {
   // The workers run tasks that use what is declared after them.
   share_worker_.Stop();
   mixer_worker_.Stop();
+}
+
+void Session::RunSettings(const std::function<void()>& sheet) {
+  if (hot_keys_) hot_keys_->Unregister();
+  intercom_.BeginSettings();
+  sheet();
+  intercom_.EndSettings();
+  if (hot_keys_) hot_keys_->Register();
 }
 
 int Session::Run(const sigset_t& termination, const std::function<void()>& started) {
@@ -53,9 +62,17 @@ int Session::Run(const sigset_t& termination, const std::function<void()>& start
   });
 
   intercom_.Start();
+  // Hot keys where the desktop lets a program have them.
+  if (x11_hot_keys_) {
+    hot_keys_.emplace(*x11_hot_keys_, keys_, intercom_);
+    hot_keys_->Register();
+  } else {
+    intercom_.ShowStatus("No hot keys: there is no X11 display");
+  }
   if (started) started();
   const int result = application_.exec();
   intercom_.End();
+  if (hot_keys_) hot_keys_->Unregister();
   close(signal_fd);
   // What is still on its way to a share (the end of a message) gets there first.
   share_worker_.Stop();

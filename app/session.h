@@ -5,19 +5,24 @@
 
 #include <QCoreApplication>
 #include <functional>
+#include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "app/background_share_access.h"
 #include "app/control_channel.h"
 #include "app/disk_inbox_folder.h"
+#include "app/hot_key_binder.h"
 #include "app/inbox_watcher.h"
 #include "app/intercom.h"
+#include "app/key_assignments.h"
 #include "app/presence_poller.h"
 #include "app/process_priority.h"
 #include "app/qt_clock.h"
 #include "app/qt_task_poster.h"
 #include "app/settings_file.h"
+#include "app/x11_hot_keys.h"
 #include "audio/background_mixer.h"
 #include "audio/mixer_control.h"
 #include "audio/sound_player.h"
@@ -33,7 +38,7 @@ class Session {
  public:
   // `quit` ends the program as a "quit" request from the command line asks: without
   // asking anything.
-  Session(QCoreApplication& application, const SettingsFile& settings, IntercomView& view,
+  Session(QCoreApplication& application, SettingsFile& settings, IntercomView& view,
           std::vector<std::string> idle_texts, std::function<void()> quit);
   Session(const Session&) = delete;
   Session& operator=(const Session&) = delete;
@@ -41,6 +46,12 @@ class Session {
 
   Intercom& intercom() { return intercom_; }
   Clock& clock() { return clock_; }
+  // Runs `sheet`, the settings sheet, as the Settings command does: the hot keys are
+  // let go and the intercom rests while it is open, and all is taken up anew after.
+  void RunSettings(const std::function<void()>& sheet);
+
+  // Which window of the desktop is active, where that can be known; else null.
+  DesktopActivation* activation() { return x11_hot_keys_.get(); }
 
   // Starts the intercom, then `started` (when given), answers the control socket, and
   // runs the event loop until something ends it: a "quit" request, a window that
@@ -51,7 +62,7 @@ class Session {
 
  private:
   QCoreApplication& application_;
-  const SettingsFile& settings_;
+  SettingsFile& settings_;
   QtTaskPoster poster_;
   QtClock clock_;
   SerialWorker share_worker_{"parlavox-share"};
@@ -67,6 +78,9 @@ class Session {
   InboxWatcher watcher_{poster_};
   PresencePoller poller_{users_, poster_};
   Intercom intercom_;
+  KeyAssignments keys_{settings_, users_};
+  std::unique_ptr<X11HotKeys> x11_hot_keys_;
+  std::optional<HotKeyBinder> hot_keys_;
   std::function<void()> quit_;
   ControlServer control_;
 };

@@ -73,7 +73,7 @@ int RunIntercom(QCoreApplication& application, const sigset_t& termination, bool
     return 1;
   }
 
-  const SettingsFile settings = LocateSettings(FolderStore::FromEnvironment());
+  SettingsFile settings = LocateSettings(FolderStore::FromEnvironment());
   std::fprintf(stderr, "parlavox: running %s; inward folder %s, settings %s\n",
                windowed ? "with a window" : "without a window", settings.inward_folder().c_str(),
                settings.settings_path().c_str());
@@ -87,7 +87,7 @@ int RunIntercom(QCoreApplication& application, const sigset_t& termination, bool
     FanOutView views({&window, &log});
     Session session(application, settings, views, IdleTexts(),
                     [&window] { window.CloseWithoutAsking(); });
-    window.Attach(session.intercom(), session.clock());
+    window.Attach(session.intercom(), session.clock(), session.activation());
     session.Run(termination, [&] { window.Begin(QCoreApplication::arguments()); });
   }
   std::fprintf(stderr, "parlavox: stopped\n");

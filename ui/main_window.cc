@@ -114,8 +114,10 @@ QWidget* MainWindow::BuildFace() {
   return face;
 }
 
-void MainWindow::Attach(Intercom& intercom, Clock& clock, std::function<void()> settings) {
+void MainWindow::Attach(Intercom& intercom, Clock& clock, DesktopActivation* activation,
+                        std::function<void()> settings) {
   intercom_ = &intercom;
+  activation_ = activation;
   keys_.emplace(intercom, clock, [this] { OpenHelpAt(help::kContents); });
   settings_ = std::move(settings);
   settings_action_->setEnabled(static_cast<bool>(settings_));
@@ -268,6 +270,18 @@ void MainWindow::AnswerSecondStart() {
   splash_.Show(this);
 }
 
-void MainWindow::TakeActivationForHotKey() { ShowMainWindow(); }
+void MainWindow::TakeActivationForHotKey() {
+  if (!activation_before_hot_key_ && activation_ != nullptr) {
+    activation_before_hot_key_ = activation_->ActiveWindow();
+  }
+  if (isVisible()) activateWindow();
+}
+
+void MainWindow::GiveActivationBack() {
+  if (activation_before_hot_key_ && activation_ != nullptr) {
+    activation_->Activate(*activation_before_hot_key_);
+  }
+  activation_before_hot_key_.reset();
+}
 
 }  // namespace parlavox

@@ -11,6 +11,7 @@
 #include <optional>
 
 #include "app/intercom.h"
+#include "app/hot_keys.h"
 #include "app/intercom_view.h"
 #include "app/stop_guard.h"
 #include "app/window_keys.h"
@@ -35,8 +36,10 @@ class MainWindow : public QMainWindow, public IntercomView {
   ~MainWindow() override;
 
   // Connects the window to the intercom it shows; before the intercom starts.
-  // `settings` runs the Settings sequence (the menu item is disabled without it).
-  void Attach(Intercom& intercom, Clock& clock, std::function<void()> settings = {});
+  // `activation` tells which window a hot-key call took the activation from (may be
+  // null); `settings` runs the Settings sequence (the menu item is disabled without it).
+  void Attach(Intercom& intercom, Clock& clock, DesktopActivation* activation,
+              std::function<void()> settings = {});
   // After the intercom has started: the window shows with the splash over it, or,
   // with "/logon", goes straight to the tray; "/install" opens the first-run help.
   void Begin(const QStringList& arguments);
@@ -56,6 +59,7 @@ class MainWindow : public QMainWindow, public IntercomView {
   void HideMainWindow() override;
   void AnswerSecondStart() override;
   void TakeActivationForHotKey() override;
+  void GiveActivationBack() override;
 
  protected:
   bool eventFilter(QObject* watched, QEvent* event) override;
@@ -82,6 +86,8 @@ class MainWindow : public QMainWindow, public IntercomView {
   QLabel* status_ = nullptr;
   std::unique_ptr<TrayIcon> tray_;
   std::function<void()> settings_;
+  DesktopActivation* activation_ = nullptr;
+  std::optional<DesktopActivation::Window> activation_before_hot_key_;
   bool ending_ = false;  // the close is allowed: the window goes for good
 };
 

@@ -1,0 +1,37 @@
+#include "app/general_settings.h"
+
+#include <cstdint>
+
+#include "app/paths.h"
+
+namespace parlavox {
+
+GeneralSettings LoadGeneralSettings(const SettingsFile& settings, const StartAtLogin& login) {
+  GeneralSettings page;
+  page.output_device = settings.ReadInt(kSettingsSection, "soundoutdevice", 0);
+  page.output_level = settings.ReadDecibels(kSettingsSection, "soundoutvolume", 0);
+  page.input_device = settings.ReadInt(kSettingsSection, "soundindevice", 0);
+  page.source_line = settings.ReadInt(kSettingsSection, "soundinchannel", -1) + 1;
+  page.input_level = settings.ReadDecibels(kSettingsSection, "soundinvolume", 0);
+  page.inward_folder = settings.inward_folder();
+  page.current_user_only = settings.current_user_only();
+  page.start_at_login = login.IsOn();
+  return page;
+}
+
+void SaveGeneralSettings(const GeneralSettings& page, SettingsFile& settings,
+                         const FolderStore& folders, StartAtLogin& login) {
+  settings.WriteInt(kSettingsSection, "soundoutdevice", static_cast<int8_t>(page.output_device));
+  settings.WriteDecibels(kSettingsSection, "soundoutvolume", page.output_level);
+  settings.WriteInt(kSettingsSection, "soundindevice", static_cast<int8_t>(page.input_device));
+  settings.WriteInt(kSettingsSection, "soundinchannel",
+                    page.source_line < 0 ? -2 : page.source_line - 1);
+  settings.WriteDecibels(kSettingsSection, "soundinvolume", page.input_level);
+  if (page.folder_changed) {
+    settings.SetInwardFolder(folders, page.inward_folder.substr(0, kMaxPath),
+                             page.current_user_only);
+  }
+  if (page.start_at_login != login.IsOn()) login.Set(page.start_at_login);
+}
+
+}  // namespace parlavox

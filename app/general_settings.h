@@ -1,0 +1,38 @@
+#ifndef PARLAVOX_APP_GENERAL_SETTINGS_H_
+#define PARLAVOX_APP_GENERAL_SETTINGS_H_
+
+#include <string>
+
+#include "app/folder_store.h"
+#include "app/settings_file.h"
+#include "setup/start_at_login.h"
+
+namespace parlavox {
+
+// What the General page of the settings shows, and how leaving it saves it.
+struct GeneralSettings {
+  int output_device = 0;  // the line of the output device list; -1 for none
+  int output_level = 0;   // dB
+  int input_device = 0;   // the line of the input device list; -1 for none
+  // The line of the record-source list: 0 is the mixer line ("System Record Mixer",
+  // which leaves the levels to the desktop), n + 1 is source n; -1 for none.
+  int source_line = 0;
+  int input_level = 0;  // dB
+  std::string inward_folder;
+  bool folder_changed = false;  // the path was edited or a folder browsed
+  bool current_user_only = false;
+  bool start_at_login = false;
+};
+
+GeneralSettings LoadGeneralSettings(const SettingsFile& settings, const StartAtLogin& login);
+
+// Writes the page: device indices as signed 8-bit values, the source line less one
+// ("soundinchannel" -1 for the mixer line, -2 for none), the levels as decibels; the
+// inward folder only when its path was changed (a change of "for all users" or "for
+// me only" alone writes nothing); start at login only when it differs.
+void SaveGeneralSettings(const GeneralSettings& page, SettingsFile& settings,
+                         const FolderStore& folders, StartAtLogin& login);
+
+}  // namespace parlavox
+
+#endif  // PARLAVOX_APP_GENERAL_SETTINGS_H_

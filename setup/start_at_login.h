@@ -1,0 +1,44 @@
+#ifndef PARLAVOX_SETUP_START_AT_LOGIN_H_
+#define PARLAVOX_SETUP_START_AT_LOGIN_H_
+
+#include <string>
+
+namespace parlavox {
+
+// Whether the program starts, in the tray, when the person logs in.
+class StartAtLogin {
+ public:
+  virtual ~StartAtLogin() = default;
+  virtual bool IsOn() const = 0;
+  // On: the running program starts at login, with "/logon". Off: nothing starts it.
+  virtual void Set(bool on) = 0;
+};
+
+// Start at login through an XDG autostart entry, "parlavox.desktop" in `folder`
+// ($XDG_CONFIG_HOME/autostart for a person, /etc/xdg/autostart for everyone). It is on
+// when the entry exists, whatever it starts.
+class AutostartEntry : public StartAtLogin {
+ public:
+  explicit AutostartEntry(std::string folder) : folder_(std::move(folder)) {}
+  // The person's own: $XDG_CONFIG_HOME/autostart (default ~/.config/autostart).
+  static AutostartEntry ForUser();
+
+  bool IsOn() const override;
+  void Set(bool on) override;
+  // Writes the entry for `program`, started with "/logon"; false when it can't.
+  bool Enable(const std::string& program) const;
+  // Removes the entry; nothing when there is none.
+  void Disable() const;
+
+  std::string path() const { return folder_ + "/parlavox.desktop"; }
+
+ private:
+  std::string folder_;
+};
+
+// The file of the program that runs, as an absolute path.
+std::string RunningProgramPath();
+
+}  // namespace parlavox
+
+#endif  // PARLAVOX_SETUP_START_AT_LOGIN_H_

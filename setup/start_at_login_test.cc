@@ -1,0 +1,66 @@
+#include "setup/start_at_login.h"
+
+#include <stdlib.h>
+
+#include <filesystem>
+#include <fstream>
+
+#include <gtest/gtest.h>
+
+#include "setup/service.h"
+
+namespace parlavox {
+namespace {
+
+class StartAtLoginTest : public testing::Test {
+ protected:
+  StartAtLoginTest() {
+    std::string pattern = (std::filesystem::temp_directory_path() / "login-XXXXXX").string();
+    folder_ = mkdtemp(pattern.data());
+  }
+  ~StartAtLoginTest() override { std::filesystem::remove_all(folder_); }
+
+  static std::string Text(const std::string& path) {
+    std::ifstream in(path);
+    return std::string(std::istreambuf_iterator<char>(in), {});
+  }
+
+  std::string folder_;
+};
+
+TEST_F(StartAtLoginTest, OnMeansTheEntryExistsWhateverItStarts) {
+  AutostartEntry entry(folder_ + "/autostart");
+  EXPECT_FALSE(entry.IsOn());
+  entry.Set(true);
+  EXPECT_TRUE(entry.IsOn());
+  const std::string text = Text(entry.path());
+  EXPECT_NE(text.find("Exec=\"" + RunningProgramPath() + "\" /logon\n"), std::string::npos) << text;
+  entry.Set(false);
+  EXPECT_FALSE(entry.IsOn());
+  entry.Set(false);  // already off: nothing, and nothing to say
+  EXPECT_FALSE(entry.IsOn());
+
+  std::ofstream(entry.path()) << "[Desktop Entry]\nExec=/somewhere/else\n";
+  EXPECT_TRUE(entry.IsOn());
+  ASSERT_TRUE(entry.Enable("/opt/my \"odd\" place/parlavox"));
+  EXPECT_NE(Text(entry.path()).find("Exec=\"/opt/my \\\"odd\\\" place/parlavox\" /logon"),
+            std::string::npos);
+}
+
+TEST_F(StartAtLoginTest, AServiceIsRegisteredOnceAndSaysWhatIsLeftToDo) {
+  // A systemd that can't be reached: the person is told what finishes the job.
+  const ServiceUnit unit(folder_ + "/systemd/user", "false");
+  EXPECT_FALSE(unit.IsRegistered());
+  const std::string left = unit.Register("/usr/bin/parlavox");
+  EXPECT_TRUE(unit.IsRegistered());
+  EXPECT_NE(Text(unit.path()).find("ExecStart=\"/usr/bin/parlavox\" /service"), std::string::npos);
+  EXPECT_NE(left.find("loginctl enable-linger"), std::string::npos) << left;
+  std::filesystem::remove(unit.path());
+  EXPECT_EQ(ServiceUnit(folder_ + "/systemd/user", "true").Register("/usr/bin/parlavox"), "");
+  std::ofstream(unit.path()) << "kept";
+  EXPECT_EQ(unit.Register("/elsewhere/parlavox"), "");  // registered already: untouched
+  EXPECT_EQ(Text(unit.path()), "kept");
+}
+
+}  // namespace
+}  // namespace parlavox
