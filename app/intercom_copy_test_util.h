@@ -30,6 +30,16 @@ bool Eventually(Predicate done, std::chrono::milliseconds limit) {
   return done();
 }
 
+// Writes the record of another person, as their copy would, into their inward folder.
+inline bool PublishUser(const std::string& folder, const char* name, int32_t id, bool on) {
+  UserRecord record;
+  record.SetName(name);
+  record.id = id;
+  record.set_on(on);
+  std::filesystem::create_directories(folder);
+  return WriteUserRecord(record, folder + "/ParlavoxUserData");
+}
+
 // One person's copy of the real parlavox executable: a home, runtime folder and
 // (optionally) sound server of its own, run without a window; everything it does is
 // watched through its files, its log and its command-line control.
@@ -50,6 +60,7 @@ class IntercomCopy {
     std::filesystem::permissions(runtime_, std::filesystem::perms::owner_all);
   }
 
+  const std::string& home() const { return home_; }
   std::string data_folder() const { return home_ + "/.local/share/parlavox"; }
   std::string settings() const { return data_folder() + "/settings.ini"; }
   std::string inward_folder() const { return data_folder() + "/Incoming"; }

@@ -18,15 +18,6 @@ class IntercomProcessTest : public testing::Test {
     return FindProfileString(copy_.settings(), "users", key).value_or("<missing>");
   }
 
-  void PublishUser(const std::string& folder, const char* name, int32_t id, bool on) {
-    UserRecord record;
-    record.SetName(name);
-    record.id = id;
-    record.set_on(on);
-    std::filesystem::create_directories(folder);
-    ASSERT_TRUE(WriteUserRecord(record, folder + "/ParlavoxUserData"));
-  }
-
   ScratchFolder scratch_;
   IntercomCopy copy_{scratch_.path()};
 };
@@ -40,8 +31,8 @@ TEST_F(IntercomProcessTest, FirstStartPublishesItselfAndPollsTheOthers) {
   EXPECT_GE(own.id, 1);
   EXPECT_FALSE(own.Name().empty());
 
-  PublishUser(scratch_ / "alice", "Alice", 101, true);
-  PublishUser(scratch_ / "bob", "Bob", 202, false);
+  ASSERT_TRUE(PublishUser(scratch_ / "alice", "Alice", 101, true));
+  ASSERT_TRUE(PublishUser(scratch_ / "bob", "Bob", 202, false));
   copy_.Set("users", "folder0", scratch_ / "alice");
   copy_.Set("users", "folder1", scratch_ / "bob");
   copy_.Set("users", "folder2", scratch_ / "nobody");
@@ -177,8 +168,8 @@ TEST_F(IntercomProcessTest, RefusedCallsSayWhy) {
   EXPECT_NE(reply_errors.find("No user is selected"), std::string::npos) << reply_errors;
 
   // One user listed, and a folder left behind beyond the count by an earlier removal.
-  PublishUser(scratch_ / "alice", "Alice", 101, true);
-  PublishUser(scratch_ / "stale", "Stale", 102, true);
+  ASSERT_TRUE(PublishUser(scratch_ / "alice", "Alice", 101, true));
+  ASSERT_TRUE(PublishUser(scratch_ / "stale", "Stale", 102, true));
   copy_.Set("users", "folder0", scratch_ / "alice");
   copy_.Set("users", "folder1", scratch_ / "stale");
   copy_.Set("users", "foldercount", "1");

@@ -91,6 +91,7 @@ TEST(KeySymbolTest, EveryAssignableKeyMapsToAnXSymbolAndBack) {
   EXPECT_EQ(KeySymbolOf(0x78), 0xFFC6ul);             // F9
   EXPECT_EQ(VirtualKeyOfSymbol('Q'), uint32_t('Q'));  // either case of a letter
   EXPECT_EQ(VirtualKeyOfSymbol(0x10000ul), std::nullopt);
+  EXPECT_EQ(VirtualKeyOfSymbol(0x1008FE09ul), 0x78u);  // Ctrl+Alt+F9 as a console switch
 }
 
 }  // namespace

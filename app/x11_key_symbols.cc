@@ -52,6 +52,11 @@ std::optional<unsigned long> KeySymbolOf(uint32_t virtual_key) {
 
 std::optional<uint32_t> VirtualKeyOfSymbol(unsigned long key_symbol) {
   if (key_symbol >= XK_A && key_symbol <= XK_Z) key_symbol += XK_a - XK_A;  // either case
+  // With Ctrl and Alt, the keyboard map turns F1 to F12 into "switch to console n".
+  constexpr unsigned long kSwitchToConsole1 = 0x1008FE01;
+  if (key_symbol >= kSwitchToConsole1 && key_symbol < kSwitchToConsole1 + 12) {
+    return 0x70 + static_cast<uint32_t>(key_symbol - kSwitchToConsole1);
+  }
   for (const Run& run : kRuns) {
     if (key_symbol >= run.symbol && key_symbol <= run.symbol + (run.last - run.first)) {
       return run.first + static_cast<uint32_t>(key_symbol - run.symbol);

@@ -12,7 +12,8 @@ namespace parlavox {
 
 // nullopt for a key without a symbol here.
 std::optional<unsigned long> KeySymbolOf(uint32_t virtual_key);
-// nullopt for a symbol without a virtual key.
+// nullopt for a symbol without a virtual key. The symbols that Ctrl+Alt+F1 to F12 make
+// on X servers that switch consoles with them count as F1 to F12.
 std::optional<uint32_t> VirtualKeyOfSymbol(unsigned long key_symbol);
 
 }  // namespace parlavox

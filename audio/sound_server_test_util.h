@@ -57,9 +57,11 @@ class PrivateSoundServer {
                           "-L",
                           protocol.c_str(),
                           "-L",
-                          "module-null-sink sink_name=speaker rate=11025 channels=1 norewinds=1",
+                          "module-null-sink sink_name=speaker rate=11025 channels=1 norewinds=1 "
+                          "sink_properties=device.description=Speaker",
                           "-L",
-                          "module-null-sink sink_name=mic rate=11025 channels=1 norewinds=1",
+                          "module-null-sink sink_name=mic rate=11025 channels=1 norewinds=1 "
+                          "sink_properties=device.description=Microphone",
                           "--log-target=file:/dev/null",
                           nullptr};
     const std::string home = "HOME=" + folder_, runtime = "XDG_RUNTIME_DIR=" + folder_,

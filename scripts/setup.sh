@@ -9,7 +9,7 @@ packages=(
   libx11-dev libgtest-dev libgmock-dev libbenchmark-dev clang-format
   # tests: a private sound server, a virtual desktop (display, window manager, tray)
   # with real key presses and screenshots, audio tools
-  pulseaudio pulseaudio-utils xvfb openbox trayer xdotool x11-utils imagemagick
+  pulseaudio pulseaudio-utils xvfb openbox trayer xdotool x11-utils x11-xkb-utils imagemagick
   espeak-ng sox python3
 )
 

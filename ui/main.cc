@@ -20,7 +20,11 @@
 #include "app/headless_view.h"
 #include "app/session.h"
 #include "app/startup.h"
+#include "audio/mixer_control.h"
+#include "setup/service.h"
+#include "setup/start_at_login.h"
 #include "ui/main_window.h"
+#include "ui/settings_sheet.h"
 
 namespace parlavox {
 namespace {
@@ -87,7 +91,15 @@ int RunIntercom(QCoreApplication& application, const sigset_t& termination, bool
     FanOutView views({&window, &log});
     Session session(application, settings, views, IdleTexts(),
                     [&window] { window.CloseWithoutAsking(); });
-    window.Attach(session.intercom(), session.clock(), session.activation());
+    // What the settings sheet works on.
+    MixerControl mixer;
+    AutostartEntry login = AutostartEntry::ForUser();
+    const FolderStore folders = FolderStore::FromEnvironment();
+    const UsersCache users(settings);
+    const KeyAssignments keys(settings, users);
+    const SettingsContext context{settings, folders, users, keys, mixer, login};
+    window.Attach(session.intercom(), session.clock(), session.activation(),
+                  [&] { session.RunSettings([&] { RunSettingsSheet(&window, context); }); });
     session.Run(termination, [&] { window.Begin(QCoreApplication::arguments()); });
   }
   std::fprintf(stderr, "parlavox: stopped\n");
@@ -124,9 +136,18 @@ int main(int argc, char** argv) {
                          ? QCommandLineOption(option.name, option.description, option.value_name)
                          : QCommandLineOption(option.name, option.description));
   }
+  const QCommandLineOption register_service(
+      "register-service", "Run the intercom as a service of your systemd, with every login.");
+  parser.addOption(register_service);
   parser.addPositionalArgument("/service", "Run without a window (also without a display).",
                                "[/service | /logon | /install]");
   parser.process(*application);
+
+  if (parser.isSet(register_service)) {
+    const std::string left = ServiceUnit::ForUser().Register(RunningProgramPath());
+    if (!left.empty()) std::fprintf(stderr, "parlavox: %s\n", left.c_str());
+    return left.empty() ? 0 : 1;
+  }
 
   std::vector<std::pair<std::string, std::string>> requested;
   for (const ControlOption& option : ControlOptions()) {

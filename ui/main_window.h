@@ -10,8 +10,8 @@
 #include <memory>
 #include <optional>
 
-#include "app/intercom.h"
 #include "app/hot_keys.h"
+#include "app/intercom.h"
 #include "app/intercom_view.h"
 #include "app/stop_guard.h"
 #include "app/window_keys.h"

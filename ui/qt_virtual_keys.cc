@@ -1,5 +1,7 @@
 #include "ui/qt_virtual_keys.h"
 
+#include "app/x11_key_symbols.h"
+
 #include <unordered_map>
 
 namespace parlavox {
@@ -108,7 +110,9 @@ std::optional<uint32_t> VirtualKeyOf(const QKeyEvent& event) {
     return 0x70 + static_cast<uint32_t>(key - Qt::Key_F1);
   const auto named = NamedKeys().find(key);
   if (named != NamedKeys().end()) return named->second;
-  return std::nullopt;
+  // A key the toolkit has no name for, such as F9 with Ctrl and Alt where the keyboard
+  // map makes that a console switch: the X server's own symbol tells.
+  return VirtualKeyOfSymbol(event.nativeVirtualKey());
 }
 
 }  // namespace parlavox

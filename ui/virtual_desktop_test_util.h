@@ -1,6 +1,7 @@
 #ifndef PARLAVOX_UI_VIRTUAL_DESKTOP_TEST_UTIL_H_
 #define PARLAVOX_UI_VIRTUAL_DESKTOP_TEST_UTIL_H_
 
+#include <errno.h>
 #include <fcntl.h>
 #include <signal.h>
 #include <spawn.h>
@@ -19,6 +20,7 @@
 #include <vector>
 
 #include "app/child_process_test_util.h"
+#include "util/file_lock.h"
 
 namespace parlavox {
 
@@ -33,6 +35,9 @@ class VirtualDesktop {
 
   VirtualDesktop() {
     StartServer();
+    // Like a desktop whose X server leaves Ctrl+Alt+F1...F12 to the programs instead of
+    // switching consoles with them.
+    Run("setxkbmap -option srvrkeys:none");
     window_manager_ = Start({"/usr/bin/openbox"});
     tray_ = Start({"/usr/bin/trayer", "--edge", "top", "--align", "right", "--widthtype", "pixel",
                    "--width", "80", "--heighttype", "pixel", "--height", "24", "--SetDockType",
@@ -112,6 +117,14 @@ class VirtualDesktop {
     return std::nullopt;
   }
 
+  // How many windows of a program are on the screen; a menu that pops up is one more.
+  int VisibleWindowCount(const std::string& program_class) const {
+    std::istringstream ids(Output("xdotool search --onlyvisible --class " + program_class));
+    int count = 0;
+    for (std::string id; ids >> id;) ++count;
+    return count;
+  }
+
   // The colour at a point of the screen, as "#RRGGBB".
   std::string ColourAt(int x, int y) const {
     const std::string text = Output("import -window root -crop 1x1+" + std::to_string(x) + "+" +
@@ -140,27 +153,44 @@ class VirtualDesktop {
   }
 
  private:
-  // Starts the X server on a display it picks itself (so that tests running side by
-  // side never share one) and learns which, once it is ready, through a pipe.
+  // Starts the X server on the first display number that neither another server nor
+  // another test holds (tests running side by side reserve theirs with a lock file),
+  // and waits until it answers.
   void StartServer() {
-    int pipe_ends[2];
-    if (pipe(pipe_ends) != 0) return;
-    posix_spawn_file_actions_t actions;
-    posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_adddup2(&actions, pipe_ends[1], 3);
-    posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
-    posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
-    const char* argv[] = {"/usr/bin/Xvfb", "-displayfd", "3",   "-screen", "0",
-                          "1024x700x24",   "-nolisten",  "tcp", nullptr};
-    const char* env[] = {"PATH=/usr/bin:/bin", nullptr};
-    posix_spawn(&server_pid_, argv[0], &actions, nullptr, const_cast<char**>(argv),
-                const_cast<char**>(env));
-    posix_spawn_file_actions_destroy(&actions);
-    close(pipe_ends[1]);
-    char number[16] = {};
-    const ssize_t got = read(pipe_ends[0], number, sizeof number - 1);
-    close(pipe_ends[0]);
-    if (got > 0) display_ = ":" + std::string(number, strcspn(number, "\n"));
+    for (int number = 90; number < 250; ++number) {
+      reservation_ = std::make_unique<FileLock>("/tmp/parlavox-display-" + std::to_string(number),
+                                                O_RDWR | O_CREAT, FileLock::Kind::kExclusive,
+                                                FileLock::Wait::kNo);
+      if (!reservation_->held() ||
+          std::filesystem::exists("/tmp/.X11-unix/X" + std::to_string(number)) ||
+          std::filesystem::exists("/tmp/.X" + std::to_string(number) + "-lock")) {
+        continue;
+      }
+      display_ = ":" + std::to_string(number);
+      // -noreset: the server would otherwise reset when the last client (the check
+      // below) leaves, refusing the window manager that connects meanwhile.
+      const char* argv[] = {"/usr/bin/Xvfb", display_.c_str(), "-screen", "0",
+                            "1024x700x24",   "-nolisten",      "tcp",     "-noreset",
+                            nullptr};
+      const char* env[] = {"PATH=/usr/bin:/bin", nullptr};
+      posix_spawn_file_actions_t actions;
+      posix_spawn_file_actions_init(&actions);
+      posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
+      posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
+      posix_spawn(&server_pid_, argv[0], &actions, nullptr, const_cast<char**>(argv),
+                  const_cast<char**>(env));
+      posix_spawn_file_actions_destroy(&actions);
+      if (WaitUntil([&] {
+            return waitpid(server_pid_, nullptr, WNOHANG) == 0 &&
+                   Run("xdpyinfo >/dev/null 2>&1") == 0;
+          })) {
+        return;
+      }
+      kill(server_pid_, SIGKILL);
+      waitpid(server_pid_, nullptr, 0);
+      server_pid_ = -1;
+    }
+    display_.clear();
   }
 
   std::unique_ptr<ChildProcess> Start(const std::vector<std::string>& argv) const {
@@ -170,6 +200,7 @@ class VirtualDesktop {
   }
 
   std::string display_;
+  std::unique_ptr<FileLock> reservation_;
   pid_t server_pid_ = -1;
   std::unique_ptr<ChildProcess> window_manager_;
   std::unique_ptr<ChildProcess> tray_;

@@ -1,0 +1,97 @@
+#include "ui/decibel_edit.h"
+
+#include <QEvent>
+#include <QMouseEvent>
+#include <QPainter>
+
+namespace parlavox {
+namespace {
+
+constexpr int kThumbWidth = 3;
+
+}  // namespace
+
+LDBEdit::LDBEdit(QWidget* parent) : QWidget(parent), text_(new QLineEdit(this)) {
+  text_->setAlignment(Qt::AlignRight);
+  text_->setText(QString::fromStdString(model_.Text()));
+  setFocusPolicy(Qt::StrongFocus);
+  setFocusProxy(text_);
+  QObject::connect(text_, &QLineEdit::textEdited, this, [this](const QString& text) {
+    const Decibels before = model_.level();
+    if (!model_.Typed(text.toStdString())) return;
+    UpdateBar(before, model_.level());  // the text stays as typed
+    if (changed_) changed_();
+  });
+}
+
+void LDBEdit::SetLevel(int level) {
+  const Decibels before = model_.level();
+  model_.SetLevel(level);
+  UpdateBar(before, model_.level());
+  text_->setText(QString::fromStdString(model_.Text()));
+}
+
+void LDBEdit::resizeEvent(QResizeEvent*) {
+  text_->setGeometry(0, 0, DecibelEditModel::kTextWidth, height());
+}
+
+void LDBEdit::changeEvent(QEvent* event) {
+  if (event->type() == QEvent::EnabledChange) update();  // grey while disabled
+  QWidget::changeEvent(event);
+}
+
+void LDBEdit::focusInEvent(QFocusEvent*) {
+  text_->setFocus();
+  text_->setSelection(0, 8);
+}
+
+void LDBEdit::mousePressEvent(QMouseEvent* event) {
+  text_->setFocus();
+  if (event->button() == Qt::LeftButton) PointedAt(event->position().toPoint().x());
+}
+
+void LDBEdit::mouseMoveEvent(QMouseEvent* event) {
+  if (event->buttons() & Qt::LeftButton) PointedAt(event->position().toPoint().x());
+}
+
+void LDBEdit::PointedAt(int x) {
+  const Decibels before = model_.level();
+  if (!model_.PointedAt(x, width())) return;
+  UpdateBar(before, model_.level());
+  text_->setText(QString::fromStdString(model_.Text()));
+  if (changed_) changed_();
+}
+
+void LDBEdit::UpdateBar(int from, int to) {
+  const int bar = width() - DecibelEditModel::kTextWidth;
+  const int a = model_.BarX(std::min(from, to), DecibelEditModel::kTextWidth, bar);
+  const int b = model_.BarX(std::max(from, to), DecibelEditModel::kTextWidth, bar);
+  update(QRect(a - 2, 0, b - a + 4 + kThumbWidth, height()));
+}
+
+void LDBEdit::paintEvent(QPaintEvent*) {
+  QPainter painter(this);
+  const int left = DecibelEditModel::kTextWidth;
+  const int bar = width() - left;
+  const int at = std::min(model_.BarX(model_.level(), left, bar), width() - kThumbWidth);
+  const int zero = model_.BarX(0, left, bar);
+  const bool enabled = isEnabled();
+  const QColor grey(128, 128, 128);
+  painter.fillRect(QRect(left, 0, std::min(at, zero) - left, height()),
+                   enabled ? QColor(0, 128, 0) : grey);
+  if (model_.level() >= 0) {
+    painter.fillRect(QRect(zero, 0, at - zero, height()), enabled ? QColor(192, 0, 0) : grey);
+  }
+  painter.fillRect(QRect(at, 0, width() - at, height()), enabled ? Qt::black : grey);
+  // The thumb, raised: light on its left and top, dark on its right and bottom.
+  const QRect thumb(at, 0, kThumbWidth, height());
+  painter.fillRect(thumb, QColor(192, 192, 192));
+  painter.setPen(Qt::white);
+  painter.drawLine(thumb.topLeft(), thumb.bottomLeft());
+  painter.drawLine(thumb.topLeft(), thumb.topRight());
+  painter.setPen(Qt::black);
+  painter.drawLine(thumb.topRight(), thumb.bottomRight());
+  painter.drawLine(thumb.bottomLeft(), thumb.bottomRight());
+}
+
+}  // namespace parlavox

@@ -1,0 +1,48 @@
+#ifndef PARLAVOX_UI_DECIBEL_EDIT_H_
+#define PARLAVOX_UI_DECIBEL_EDIT_H_
+
+#include <QLineEdit>
+#include <QWidget>
+#include <functional>
+
+#include "ui/decibel_edit_model.h"
+
+namespace parlavox {
+
+// A level in decibels that the person types or sets with the mouse (DecibelEditModel):
+// a text field at the left, a bar to its right, dark green up to the level or 0 dB,
+// red from 0 dB to a level above it, black beyond, with a light grey thumb at the
+// level; grey throughout while disabled. `changed` hears every change the person makes,
+// and only real ones.
+class LDBEdit : public QWidget {
+ public:
+  explicit LDBEdit(QWidget* parent = nullptr);
+
+  void SetLevel(int level);
+  Decibels level() const { return model_.level(); }
+  void SetRange(int minimum, int maximum) { model_.SetRange(minimum, maximum); }
+  void OnChanged(std::function<void()> changed) { changed_ = std::move(changed); }
+
+  QSize sizeHint() const override { return {160, 22}; }
+
+ protected:
+  void paintEvent(QPaintEvent* event) override;
+  void mousePressEvent(QMouseEvent* event) override;
+  void mouseMoveEvent(QMouseEvent* event) override;
+  void resizeEvent(QResizeEvent* event) override;
+  void changeEvent(QEvent* event) override;
+  void focusInEvent(QFocusEvent* event) override;
+
+ private:
+  void PointedAt(int x);
+  // Repaints the bar between two levels, 2 pixels more on each side.
+  void UpdateBar(int from, int to);
+
+  DecibelEditModel model_;
+  QLineEdit* text_;
+  std::function<void()> changed_;
+};
+
+}  // namespace parlavox
+
+#endif  // PARLAVOX_UI_DECIBEL_EDIT_H_

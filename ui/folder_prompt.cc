@@ -1,0 +1,44 @@
+#include "ui/folder_prompt.h"
+
+#include <QDialog>
+#include <QDialogButtonBox>
+#include <QFileDialog>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QVBoxLayout>
+
+namespace parlavox {
+
+std::optional<QString> BrowseForFolder(QWidget* owner, const QString& title) {
+  const QString folder = QFileDialog::getExistingDirectory(owner, title, "/");
+  if (folder.isEmpty()) return std::nullopt;
+  return folder;
+}
+
+std::optional<QString> AskForFolder(QWidget* owner, const QString& title, const QString& start) {
+  QDialog dialog(owner);
+  dialog.setWindowTitle(title);
+  auto* path = new QLineEdit(start);
+  path->setMinimumWidth(320);
+  auto* browse = new QPushButton("&Browse...");
+  QObject::connect(browse, &QPushButton::clicked, &dialog, [&] {
+    if (const std::optional<QString> folder = BrowseForFolder(&dialog, title))
+      path->setText(*folder);
+  });
+  auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel);
+  QObject::connect(buttons, &QDialogButtonBox::accepted, &dialog, &QDialog::accept);
+  QObject::connect(buttons, &QDialogButtonBox::rejected, &dialog, &QDialog::reject);
+  auto* row = new QHBoxLayout;
+  row->addWidget(path, 1);
+  row->addWidget(browse);
+  auto* layout = new QVBoxLayout(&dialog);
+  layout->addWidget(new QLabel("Folder:"));
+  layout->addLayout(row);
+  layout->addWidget(buttons);
+  if (dialog.exec() != QDialog::Accepted || path->text().trimmed().isEmpty()) return std::nullopt;
+  return path->text().trimmed();
+}
+
+}  // namespace parlavox

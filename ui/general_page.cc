@@ -1,0 +1,146 @@
+// The General page of the settings.
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QGridLayout>
+#include <QGroupBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QVBoxLayout>
+
+#include "app/general_settings.h"
+#include "ui/decibel_edit.h"
+#include "ui/device_lists.h"
+#include "ui/folder_prompt.h"
+#include "ui/help.h"
+#include "ui/settings_pages.h"
+
+namespace parlavox {
+namespace {
+
+class GeneralPage : public SettingsPage {
+ public:
+  explicit GeneralPage(const SettingsContext& context) : context_(context) {
+    auto* output = new QGroupBox("Sound &Out Device");
+    output_devices_ = new QComboBox;
+    output_level_ = new LDBEdit;
+    auto* output_layout = new QGridLayout(output);
+    output_layout->addWidget(output_devices_, 0, 0, 1, 2);
+    output_layout->addWidget(new QLabel("Volume Level:"), 1, 0);
+    output_layout->addWidget(output_level_, 1, 1);
+    output->setTitle("Sound &Out Device");
+
+    auto* input = new QGroupBox("Sound &In Device");
+    input_devices_ = new QComboBox;
+    sources_ = new QComboBox;
+    input_level_ = new LDBEdit;
+    mixer_ = new QPushButton("Open System Record Mixer");
+    auto* input_layout = new QGridLayout(input);
+    input_layout->addWidget(input_devices_, 0, 0, 1, 2);
+    input_layout->addWidget(sources_, 1, 0, 1, 2);
+    input_layout->addWidget(new QLabel("Volume Level:"), 2, 0);
+    input_layout->addWidget(input_level_, 2, 1);
+    input_layout->addWidget(mixer_, 2, 1);  // in the same place: one of the two shows
+
+    auto* folder = new QGroupBox("Inward Audio &Folder (for current user or computer)");
+    folder_ = new QLineEdit;
+    auto* change = new QPushButton("&Change");
+    for_everyone_ = new QRadioButton("Folder changes apply for all users of this computer");
+    for_me_ = new QRadioButton("Folder changes apply for current user only");
+    auto* folder_layout = new QGridLayout(folder);
+    folder_layout->addWidget(folder_, 0, 0);
+    folder_layout->addWidget(change, 0, 1);
+    folder_layout->addWidget(for_everyone_, 1, 0, 1, 2);
+    folder_layout->addWidget(for_me_, 2, 0, 1, 2);
+
+    start_at_login_ = new QCheckBox("Run Parlavox automatically on tray at start-up");
+
+    auto* layout = new QVBoxLayout(this);
+    layout->addWidget(output);
+    layout->addWidget(input);
+    layout->addWidget(folder);
+    layout->addWidget(start_at_login_);
+    layout->addStretch();
+
+    // The record sources follow the device only once the sources list is touched, as
+    // the program always did.
+    connect(sources_, &QComboBox::activated, this, [this] {
+      FillRecordSources(input_devices_, sources_, context_.mixer);
+      UpdateControls();
+    });
+    connect(mixer_, &QPushButton::clicked, this, [this] {
+      if (!OpenRecordMixer()) mixer_->setText("No mixer program was found");
+    });
+    connect(change, &QPushButton::clicked, this, [this] {
+      if (auto chosen = BrowseForFolder(this, "Locate incoming audio files folder")) {
+        folder_->setText(*chosen);
+        folder_browsed_ = true;
+      }
+    });
+  }
+
+  void Fill() override {
+    const GeneralSettings page = LoadGeneralSettings(context_.settings, context_.login);
+    FillOutputDevices(output_devices_, page.output_device);
+    output_level_->SetLevel(page.output_level);
+    FillInputDevices(input_devices_, page.input_device);
+    sources_->clear();
+    FillRecordSources(input_devices_, sources_, context_.mixer);
+    sources_->setCurrentIndex(page.source_line < sources_->count() ? page.source_line : -1);
+    input_level_->SetLevel(page.input_level);
+    folder_->setText(QString::fromStdString(page.inward_folder));
+    folder_->setModified(false);
+    (page.current_user_only ? for_me_ : for_everyone_)->setChecked(true);
+    folder_browsed_ = false;
+    start_at_login_->setChecked(page.start_at_login);
+    UpdateControls();
+  }
+
+  void Save() override {
+    GeneralSettings page;
+    page.output_device = output_devices_->currentIndex();
+    page.output_level = output_level_->level();
+    page.input_device = input_devices_->currentIndex();
+    page.source_line = sources_->currentIndex();
+    page.input_level = input_level_->level();
+    page.inward_folder = folder_->text().toStdString();
+    page.folder_changed = folder_->isModified() || folder_browsed_;
+    page.current_user_only = for_me_->isChecked();
+    page.start_at_login = start_at_login_->isChecked();
+    SaveGeneralSettings(page, context_.settings, context_.folders, context_.login);
+    folder_->setModified(false);
+    folder_browsed_ = false;
+  }
+
+  int help_topic() const override { return help::kGeneralPage; }
+
+ private:
+  // A recording level only for a source of the program's choosing; with the mixer line
+  // the person sets levels in the desktop's own mixer.
+  void UpdateControls() {
+    const bool mixer_line = sources_->currentIndex() == 0;
+    input_level_->setVisible(!mixer_line);
+    mixer_->setVisible(mixer_line);
+  }
+
+  const SettingsContext& context_;
+  QComboBox* output_devices_;
+  LDBEdit* output_level_;
+  QComboBox* input_devices_;
+  QComboBox* sources_;
+  LDBEdit* input_level_;
+  QPushButton* mixer_;
+  QLineEdit* folder_;
+  QRadioButton* for_everyone_;
+  QRadioButton* for_me_;
+  QCheckBox* start_at_login_;
+  bool folder_browsed_ = false;
+};
+
+}  // namespace
+
+SettingsPage* NewGeneralPage(const SettingsContext& context) { return new GeneralPage(context); }
+
+}  // namespace parlavox

@@ -1,0 +1,138 @@
+// The settings pages that keep lists: Users and Keys. Every change is written at once.
+
+#include <QGridLayout>
+#include <QGroupBox>
+#include <QListWidget>
+#include <QPushButton>
+#include <QVBoxLayout>
+#include <functional>
+
+#include "ui/folder_prompt.h"
+#include "ui/help.h"
+#include "ui/key_dialogs.h"
+#include "ui/settings_pages.h"
+
+namespace parlavox {
+namespace {
+
+// A list in a group box with "Add...", "Remove" and "Change..."; the last two only
+// while a line is selected.
+class ListPage : public SettingsPage {
+ protected:
+  ListPage(const QString& title, int help_topic) : help_topic_(help_topic) {
+    auto* group = new QGroupBox(title);
+    list_ = new QListWidget;
+    auto* add = new QPushButton("Add...");
+    remove_ = new QPushButton("Remove");
+    change_ = new QPushButton("Change...");
+    auto* buttons = new QVBoxLayout;
+    buttons->addWidget(add);
+    buttons->addWidget(remove_);
+    buttons->addWidget(change_);
+    buttons->addStretch();
+    auto* inner = new QGridLayout(group);
+    inner->addWidget(list_, 0, 0);
+    inner->addLayout(buttons, 0, 1);
+    auto* layout = new QVBoxLayout(this);
+    layout->addWidget(group);
+    connect(list_, &QListWidget::currentRowChanged, this, [this] { UpdateControls(); });
+    connect(add, &QPushButton::clicked, this, [this] { Act([this] { Add(); }); });
+    connect(remove_, &QPushButton::clicked, this, [this] { Act([this] { Remove(Selected()); }); });
+    connect(change_, &QPushButton::clicked, this, [this] { Act([this] { Change(Selected()); }); });
+  }
+
+  virtual void Add() = 0;
+  virtual void Remove(int line) = 0;
+  virtual void Change(int line) = 0;
+  virtual QStringList Lines() const = 0;
+
+  void Fill() override {
+    list_->clear();
+    list_->addItems(Lines());
+    UpdateControls();
+  }
+  int help_topic() const override { return help_topic_; }
+  int Selected() const { return list_->currentRow(); }
+
+ private:
+  void Act(const std::function<void()>& act) {
+    act();
+    Fill();
+  }
+  void UpdateControls() {
+    const bool selected = list_->currentRow() >= 0;
+    remove_->setEnabled(selected);
+    change_->setEnabled(selected);
+  }
+
+  int help_topic_;
+  QListWidget* list_;
+  QPushButton* remove_;
+  QPushButton* change_;
+};
+
+class UsersPage : public ListPage {
+ public:
+  explicit UsersPage(const SettingsContext& context)
+      : ListPage("Other Users' Audio Folders", help::kUsersPage), users_(context.users) {}
+
+ private:
+  QStringList Lines() const override {
+    QStringList lines;
+    for (int i = 0; i < users_.Count(); ++i) lines << QString::fromStdString(users_.Folder(i));
+    return lines;
+  }
+  void Add() override {
+    if (auto folder = AskForFolder(this, "Locate user folder", "")) {
+      users_.AddFolder(folder->toStdString());
+    }
+  }
+  void Remove(int line) override { users_.RemoveFolder(line); }
+  void Change(int line) override {
+    if (line < 0) return;
+    if (auto folder = AskForFolder(this, "Locate user folder", "")) {
+      users_.ChangeFolder(line, folder->toStdString());
+    }
+  }
+
+  const UsersCache& users_;
+};
+
+class KeysPage : public ListPage {
+ public:
+  explicit KeysPage(const SettingsContext& context)
+      : ListPage("System-Wide Hot Key Assignment", help::kKeysPage),
+        keys_(context.keys),
+        users_(context.users) {}
+
+ private:
+  QStringList Lines() const override {
+    QStringList lines;
+    for (int i = 0; i < keys_.Count(); ++i) {
+      lines << QString::fromStdString(keys_.KeyText(i) + "  " +
+                                      keys_.CommandText(keys_.Command(i)));
+    }
+    return lines;
+  }
+  // The command is chosen even after a cancelled key: the assignment then has whatever
+  // key its place held before, as the program always did.
+  void Add() override {
+    const int n = keys_.Count();
+    RunPressKeyDialog(this, keys_, n);
+    if (RunSelectCommandDialog(this, keys_, users_, n)) keys_.SetCount(n + 1);
+  }
+  void Remove(int line) override { keys_.Remove(line); }
+  void Change(int line) override {
+    if (line >= 0) RunSelectCommandDialog(this, keys_, users_, line);
+  }
+
+  const KeyAssignments& keys_;
+  const UsersCache& users_;
+};
+
+}  // namespace
+
+SettingsPage* NewUsersPage(const SettingsContext& context) { return new UsersPage(context); }
+SettingsPage* NewKeysPage(const SettingsContext& context) { return new KeysPage(context); }
+
+}  // namespace parlavox

@@ -1,0 +1,43 @@
+#ifndef PARLAVOX_UI_SETTINGS_PAGES_H_
+#define PARLAVOX_UI_SETTINGS_PAGES_H_
+
+#include <QWidget>
+
+#include "app/folder_store.h"
+#include "app/key_assignments.h"
+#include "app/settings_file.h"
+#include "app/users_cache.h"
+#include "audio/mixer.h"
+#include "setup/start_at_login.h"
+
+namespace parlavox {
+
+// What the settings sheet works on.
+struct SettingsContext {
+  SettingsFile& settings;
+  const FolderStore& folders;
+  const UsersCache& users;
+  const KeyAssignments& keys;
+  Mixer& mixer;
+  StartAtLogin& login;
+};
+
+// A page of the settings sheet: filled when it is first shown, saved when it is left
+// (also by OK), with a help topic of its own.
+class SettingsPage : public QWidget {
+ public:
+  virtual void Fill() = 0;
+  virtual void Save() {}
+  virtual int help_topic() const = 0;
+};
+
+// "General": the sound devices and levels, the inward folder, start at login.
+SettingsPage* NewGeneralPage(const SettingsContext& context);
+// "Users": the other users' inward folders; every change is written at once.
+SettingsPage* NewUsersPage(const SettingsContext& context);
+// "Keys": the system-wide hot keys; every change is written at once.
+SettingsPage* NewKeysPage(const SettingsContext& context);
+
+}  // namespace parlavox
+
+#endif  // PARLAVOX_UI_SETTINGS_PAGES_H_

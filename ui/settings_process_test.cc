@@ -1,0 +1,216 @@
+// The Settings sheet of the real program, used with the mouse and keyboard on a
+// desktop of the test's own.
+
+#include <signal.h>
+
+#include <cmath>
+
+#include "audio/wave_file.h"
+#include "ui/desktop_copy_test_util.h"
+
+namespace parlavox {
+namespace {
+
+// Where the sheet's controls are, from its top left corner (the layout is fixed).
+constexpr int kSettingsItemY = 121;  // in the Intercom menu
+constexpr int kUsersTabX = 112, kKeysTabX = 168, kTabsY = 24;
+constexpr int kOutputDevicesX = 204, kOutputDevicesY = 85;
+constexpr int kOutputLevelX = 223, kOutputLevelY = 113;
+constexpr int kFolderX = 161, kFolderY = 307;
+constexpr int kOkX = 186, kCancelX = 272, kButtonsY = 439;
+constexpr int kInputDevicesX = 204, kInputDevicesY = 183;
+constexpr int kStartAtLoginX = 30, kStartAtLoginY = 399;
+constexpr int kAddX = 335, kAddY = 85;
+
+class SettingsTest : public DesktopCopyTest {
+ protected:
+  // Opens Intercom, Settings... and waits for the sheet.
+  void OpenSettings() {
+    Click(kIntercomMenuX, kIntercomMenuY);
+    std::this_thread::sleep_for(300ms);
+    Click(kIntercomMenuX + 30, kSettingsItemY);
+    ASSERT_TRUE(VirtualDesktop::WaitUntil([&] { return desktop_.VisibleWindow("Settings"); }));
+    sheet_ = *desktop_.VisibleWindow("Settings");
+    desktop_.Run("xdotool windowactivate --sync " + sheet_);
+  }
+  void ClickInSheet(int x, int y) {
+    desktop_.Run("xdotool mousemove --window " + sheet_ + " " + std::to_string(x) + " " +
+                 std::to_string(y) + " click 1");
+    std::this_thread::sleep_for(200ms);
+  }
+  void CloseSheet(int button_x) {
+    ClickInSheet(button_x, kButtonsY);
+    ASSERT_TRUE(VirtualDesktop::WaitUntil([&] { return !desktop_.VisibleWindow("Settings"); }));
+  }
+  std::string Setting(const char* key) const {
+    return FindProfileString(copy_.settings(), "settings", key).value_or("<missing>");
+  }
+
+  std::string sheet_;
+};
+
+TEST_F(SettingsTest, TheGeneralPageListsTheDevicesAndIsSavedOnLeavingIt) {
+  StartWindow();
+  OpenSettings();
+  ClickInSheet(kOutputDevicesX, kOutputDevicesY);  // the output devices, by their names
+  std::this_thread::sleep_for(300ms);
+  desktop_.Run("xdotool key Down Down Return");  // "Microphone", the second sink
+  ClickInSheet(kOutputLevelX, kOutputLevelY);
+  desktop_.Run("xdotool key ctrl+a");
+  desktop_.Run("xdotool type -- -6");
+  ClickInSheet(kUsersTabX, kTabsY);  // leaving the page saves it
+  CloseSheet(kCancelX);              // and Cancel undoes nothing
+  EXPECT_EQ(Setting("soundoutdevice"), "2");
+  EXPECT_EQ(Setting("soundoutvolume"), "-6dB");
+
+  // The next message plays on the chosen device: its monitor hears it.
+  ChildProcess listener({"/usr/bin/parec", "--device=mic.monitor", "--raw", "--format=s16le",
+                         "--rate=11025", "--channels=1", "--latency-msec=20"},
+                        {"PULSE_SERVER=" + server_.address(), "HOME=" + scratch_.path()},
+                        scratch_ / "heard.raw", "/dev/null");
+  std::this_thread::sleep_for(500ms);
+  std::vector<int32_t> tone(11025);
+  for (size_t i = 0; i < tone.size(); ++i) tone[i] = int32_t(400000 * std::sin(i * 0.3));
+  CreateWaveFileWriter(copy_.inward_folder() + "/101.wav", 11025, 1, 16, 0)
+      ->Write(tone.data(), int64_t(tone.size()));
+  ASSERT_TRUE(Eventually([&] { return copy_.Status()["playing"].toBool(); }, 5s));
+  ASSERT_TRUE(Eventually([&] { return !copy_.Status()["playing"].toBool(); }, 5s));
+  std::this_thread::sleep_for(300ms);
+  listener.Signal(SIGINT);
+  listener.WaitForExit(5s);
+  const std::string heard = FileText(scratch_ / "heard.raw");
+  int loud = 0;
+  for (size_t i = 0; i + 1 < heard.size(); i += 2) {
+    loud += std::abs(int16_t(uint8_t(heard[i]) | uint8_t(heard[i + 1]) << 8)) > 500;
+  }
+  EXPECT_GT(loud, 11025 / 2) << heard.size() << " bytes heard";
+}
+
+TEST_F(SettingsTest, ANewPersonAddsColleaguesPicksAMicrophoneAndStartsAtLogin) {
+  ASSERT_TRUE(PublishUser(scratch_ / "ben", "Ben", 202, true));
+  ASSERT_TRUE(PublishUser(scratch_ / "cid", "Cid", 303, false));
+  StartWindow();
+  OpenSettings();
+  ClickInSheet(kInputDevicesX, kInputDevicesY);
+  std::this_thread::sleep_for(300ms);
+  desktop_.Run("xdotool key Down Down Return");  // the second source
+  ClickInSheet(kStartAtLoginX, kStartAtLoginY);
+  ClickInSheet(kUsersTabX, kTabsY);
+  for (const char* colleague : {"ben", "cid"}) {
+    ClickInSheet(kAddX, kAddY);
+    ASSERT_TRUE(
+        VirtualDesktop::WaitUntil([&] { return desktop_.VisibleWindow("Locate user folder"); }));
+    desktop_.Run("xdotool windowactivate --sync " + *desktop_.VisibleWindow("Locate user folder"));
+    desktop_.Run("xdotool type '" + (scratch_ / colleague) + "'");
+    desktop_.Run("xdotool key Return");
+    ASSERT_TRUE(
+        VirtualDesktop::WaitUntil([&] { return !desktop_.VisibleWindow("Locate user folder"); }));
+  }
+  CloseSheet(kOkX);
+
+  EXPECT_EQ(Setting("soundindevice"), "2");
+  EXPECT_TRUE(Eventually(
+      [&] {
+        const QJsonArray users = copy_.Status()["users"].toArray();
+        return users.size() == 3 && users[1].toObject()["name"] == "Ben" &&
+               users[1].toObject()["on"].toBool() && users[2].toObject()["name"] == "Cid" &&
+               !users[2].toObject()["on"].toBool();
+      },
+      8s))
+      << copy_.Control({"--status"}).second;
+  const std::string entry = FileText(copy_.home() + "/.config/autostart/parlavox.desktop");
+  EXPECT_NE(entry.find(" /logon"), std::string::npos) << entry;
+}
+
+TEST_F(SettingsTest, WhileTheSheetIsOpenOthersSeeThisUserOff) {
+  StartWindow();
+  OpenSettings();
+  EXPECT_TRUE(Eventually([&] { return !copy_.OwnRecord().is_on(); }, 3s));
+  // A message that arrives meanwhile is thrown away unheard.
+  const std::vector<int32_t> tone(11025, 100000);
+  CreateWaveFileWriter(copy_.inward_folder() + "/101.wav", 11025, 1, 16, 0)
+      ->Write(tone.data(), int64_t(tone.size()));
+  std::this_thread::sleep_for(500ms);
+  EXPECT_TRUE(std::filesystem::exists(copy_.inward_folder() + "/101.wav"));
+  CloseSheet(kOkX);
+  EXPECT_TRUE(copy_.OwnRecord().is_on());
+  EXPECT_FALSE(std::filesystem::exists(copy_.inward_folder() + "/101.wav"));
+
+  // The inward folder moves: typed into the General page.
+  OpenSettings();
+  const std::string moved = scratch_ / "moved";
+  std::filesystem::create_directories(moved);
+  ClickInSheet(kFolderX, kFolderY);
+  desktop_.Run("xdotool key ctrl+a");
+  desktop_.Run("xdotool type '" + moved + "'");
+  CloseSheet(kOkX);
+  UserRecord record;
+  ASSERT_TRUE(Eventually([&] { return ReadUserRecord(&record, moved + "/ParlavoxUserData"); }, 3s));
+  EXPECT_TRUE(record.is_on());
+  EXPECT_EQ(record.id, copy_.OwnRecord().id);  // the same person, moved
+  EXPECT_FALSE(copy_.OwnRecord().is_on());     // the old folder shows them off
+
+  // A message dropped into the new folder plays.
+  CreateWaveFileWriter(moved + "/101.wav", 11025, 1, 16, 0)
+      ->Write(tone.data(), int64_t(tone.size()));
+  EXPECT_TRUE(Eventually([&] { return !std::filesystem::exists(moved + "/101.wav"); }, 8s));
+}
+
+TEST_F(SettingsTest, TheKeysPageTakesAKeyAndACommand) {
+  StartWindow();
+  OpenSettings();
+  ClickInSheet(kKeysTabX, kTabsY);
+  ClickInSheet(kAddX, kAddY);
+  ASSERT_TRUE(VirtualDesktop::WaitUntil([&] { return desktop_.VisibleWindow("Press Key"); }));
+  const std::string press_key = *desktop_.VisibleWindow("Press Key");
+  desktop_.Run("xdotool windowactivate --sync " + press_key);
+  desktop_.Run("xdotool key Return");     // swallowed
+  desktop_.Run("xdotool keydown shift");  // alone, waited past
+  std::this_thread::sleep_for(200ms);
+  EXPECT_TRUE(desktop_.VisibleWindow("Press Key"));
+  desktop_.Run("xdotool keyup shift key ctrl+alt+F9");
+  ASSERT_TRUE(VirtualDesktop::WaitUntil([&] { return desktop_.VisibleWindow("Select Command"); }));
+  const auto keys = [&](const char* key) {
+    return FindProfileString(copy_.settings(), "keys", key).value_or("<missing>");
+  };
+  EXPECT_EQ(keys("key0"), "120");  // written before the dialog ends
+  EXPECT_EQ(keys("mod0"), "3");
+  desktop_.Run("xdotool windowactivate --sync " + *desktop_.VisibleWindow("Select Command"));
+  desktop_.Run("xdotool key End Return");  // the last line, "Call: Ann"; OK
+  ASSERT_TRUE(VirtualDesktop::WaitUntil([&] { return !desktop_.VisibleWindow("Select Command"); }));
+  EXPECT_EQ(keys("command0"), "32");
+  EXPECT_EQ(keys("keycount"), "1");
+  CloseSheet(kOkX);
+}
+
+TEST_F(SettingsTest, AnAddWhoseKeyWasCancelledStillAsksForTheCommand) {
+  StartWindow();
+  OpenSettings();
+  ClickInSheet(kKeysTabX, kTabsY);
+  const auto keys = [&](const char* key) {
+    return FindProfileString(copy_.settings(), "keys", key).value_or("<missing>");
+  };
+  const auto press_then_select = [&](const char* on_select) {
+    ClickInSheet(kAddX, kAddY);
+    ASSERT_TRUE(VirtualDesktop::WaitUntil([&] { return desktop_.VisibleWindow("Press Key"); }));
+    desktop_.Run("xdotool windowactivate --sync " + *desktop_.VisibleWindow("Press Key"));
+    desktop_.Run("xdotool key Escape");  // no key
+    ASSERT_TRUE(
+        VirtualDesktop::WaitUntil([&] { return desktop_.VisibleWindow("Select Command"); }));
+    desktop_.Run("xdotool windowactivate --sync " + *desktop_.VisibleWindow("Select Command"));
+    desktop_.Run(std::string("xdotool key ") + on_select);
+    ASSERT_TRUE(
+        VirtualDesktop::WaitUntil([&] { return !desktop_.VisibleWindow("Select Command"); }));
+  };
+
+  press_then_select("Escape");  // cancelled: nothing is added
+  EXPECT_EQ(keys("keycount"), "<missing>");
+  press_then_select("Home Return");  // "Open Parlavox", with the key index 0 already holds
+  EXPECT_EQ(keys("keycount"), "1");
+  EXPECT_EQ(keys("command0"), "1");
+  EXPECT_EQ(keys("key0"), "<missing>");  // read as Enter without modifiers
+  CloseSheet(kOkX);
+}
+
+}  // namespace
+}  // namespace parlavox
