@@ -73,11 +73,15 @@ class IntercomCopy {
                                             "PATH=" + tools_ + ":/usr/bin:/bin"};
     if (!pulse_server_.empty()) environment.push_back("PULSE_SERVER=" + pulse_server_);
     if (!display_.empty()) environment.push_back("DISPLAY=" + display_);
+    environment.insert(environment.end(), extra_environment_.begin(), extra_environment_.end());
     for (const char* keep : {"ASAN_OPTIONS", "UBSAN_OPTIONS", "LSAN_OPTIONS", "TSAN_OPTIONS"}) {
       if (const char* value = getenv(keep)) environment.push_back(std::string(keep) + "=" + value);
     }
     return environment;
   }
+
+  // Adds "NAME=value" to the environment of every later start.
+  void AddEnvironment(const std::string& entry) { extra_environment_.push_back(entry); }
 
   // Starts the copy without a window, in `working_folder` when one is given.
   void Start(const std::string& working_folder = "") {
@@ -109,7 +113,13 @@ class IntercomCopy {
   // printed on standard output, and what it printed on standard error.
   std::pair<std::pair<int, std::string>, std::string> Run(
       const std::vector<std::string>& arguments) const {
-    std::vector<std::string> argv = {PARLAVOX_BINARY};
+    return RunProgram(PARLAVOX_BINARY, arguments);
+  }
+
+  // The same for another file of the program (an installed copy, a package).
+  std::pair<std::pair<int, std::string>, std::string> RunProgram(
+      const std::string& program, const std::vector<std::string>& arguments) const {
+    std::vector<std::string> argv = {program};
     argv.insert(argv.end(), arguments.begin(), arguments.end());
     const std::string errors = control_output_ + ".err";
     std::filesystem::remove(errors);
@@ -141,6 +151,7 @@ class IntercomCopy {
  private:
   std::string home_, runtime_, log_, control_output_, machine_config_, tools_, pulse_server_;
   std::string display_;
+  std::vector<std::string> extra_environment_;
   std::unique_ptr<ChildProcess> process_;
 };
 

@@ -40,6 +40,12 @@ inline std::string FileText(const std::string& path) {
   return std::string(std::istreambuf_iterator<char>(in), {});
 }
 
+// Whether the file's owner may run it.
+inline bool IsExecutable(const std::string& path) {
+  return (std::filesystem::status(path).permissions() & std::filesystem::perms::owner_exec) !=
+         std::filesystem::perms::none;
+}
+
 }  // namespace parlavox
 
 #endif  // PARLAVOX_APP_SCRATCH_FOLDER_TEST_UTIL_H_

@@ -1,8 +1,9 @@
 #include "setup/start_at_login.h"
 
+#include "setup/desktop_entry.h"
+
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
 
 namespace parlavox {
 namespace {
@@ -12,17 +13,6 @@ std::string UserConfigFolder() {
   if (config != nullptr && *config != '\0') return config;
   const char* home = std::getenv("HOME");
   return std::string(home != nullptr ? home : "") + "/.config";
-}
-
-// A path as an XDG entry's Exec key wants it: quoted, with its own quotes and
-// backslashes escaped.
-std::string Quoted(const std::string& path) {
-  std::string quoted = "\"";
-  for (const char c : path) {
-    if (c == '"' || c == '\\' || c == '`' || c == '$') quoted += '\\';
-    quoted += c;
-  }
-  return quoted + "\"";
 }
 
 }  // namespace
@@ -45,20 +35,12 @@ void AutostartEntry::Set(bool on) {
 }
 
 bool AutostartEntry::Enable(const std::string& program) const {
-  std::error_code error;
-  std::filesystem::create_directories(folder_, error);
-  std::ofstream entry(path());
-  entry << "[Desktop Entry]\n"
-           "Type=Application\n"
-           "Name=Parlavox\n"
-           "Comment=Push-to-talk intercom, started in the tray\n"
-           "Exec="
-        << Quoted(program)
-        << " /logon\n"
-           "Icon=parlavox\n"
-           "Terminal=false\n"
-           "X-GNOME-Autostart-enabled=true\n";
-  return static_cast<bool>(entry.flush());
+  DesktopEntry entry;
+  entry.name = "Parlavox";
+  entry.comment = "Push-to-talk intercom, started in the tray";
+  entry.command = {program, "/logon"};
+  entry.extra_lines = {"X-GNOME-Autostart-enabled=true"};
+  return WriteDesktopEntry(path(), entry, /*launchable=*/false);
 }
 
 void AutostartEntry::Disable() const {

@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 
+#include "app/scratch_folder_test_util.h"
 #include "setup/service.h"
 
 namespace parlavox {
@@ -14,18 +15,10 @@ namespace {
 
 class StartAtLoginTest : public testing::Test {
  protected:
-  StartAtLoginTest() {
-    std::string pattern = (std::filesystem::temp_directory_path() / "login-XXXXXX").string();
-    folder_ = mkdtemp(pattern.data());
-  }
-  ~StartAtLoginTest() override { std::filesystem::remove_all(folder_); }
+  static std::string Text(const std::string& path) { return FileText(path); }
 
-  static std::string Text(const std::string& path) {
-    std::ifstream in(path);
-    return std::string(std::istreambuf_iterator<char>(in), {});
-  }
-
-  std::string folder_;
+  ScratchFolder scratch_;
+  const std::string& folder_ = scratch_.path();
 };
 
 TEST_F(StartAtLoginTest, OnMeansTheEntryExistsWhateverItStarts) {
@@ -34,7 +27,7 @@ TEST_F(StartAtLoginTest, OnMeansTheEntryExistsWhateverItStarts) {
   entry.Set(true);
   EXPECT_TRUE(entry.IsOn());
   const std::string text = Text(entry.path());
-  EXPECT_NE(text.find("Exec=\"" + RunningProgramPath() + "\" /logon\n"), std::string::npos) << text;
+  EXPECT_NE(text.find("Exec=" + RunningProgramPath() + " /logon\n"), std::string::npos) << text;
   entry.Set(false);
   EXPECT_FALSE(entry.IsOn());
   entry.Set(false);  // already off: nothing, and nothing to say

@@ -6,6 +6,7 @@
 #include <QApplication>
 #include <QCommandLineParser>
 #include <QCoreApplication>
+#include <QStandardPaths>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
@@ -21,10 +22,13 @@
 #include "app/session.h"
 #include "app/startup.h"
 #include "audio/mixer_control.h"
+#include "setup/desktop_entry.h"
+#include "setup/role_marker.h"
 #include "setup/service.h"
 #include "setup/start_at_login.h"
 #include "ui/main_window.h"
 #include "ui/settings_sheet.h"
+#include "ui/setup_main.h"
 
 namespace parlavox {
 namespace {
@@ -111,10 +115,17 @@ int RunIntercom(QCoreApplication& application, const sigset_t& termination, bool
 
 int main(int argc, char** argv) {
   using namespace parlavox;
+  DeleteForeignShortcuts(
+      QStandardPaths::writableLocation(QStandardPaths::DesktopLocation).toStdString());
+  MakeProgramFolderCurrent();
+  // The same file is also the install package and the uninstaller.
+  const std::string own_file = RunningProgramPath();
+  const Role role = RoleOf(own_file, ReadRoleMarker(own_file));
+  if (role != Role::kProgram) return RunSetupRole(role, argc, argv);
+
   // Before any thread starts, so that every thread inherits the blocked mask.
   const sigset_t termination = TerminationSignals();
   pthread_sigmask(SIG_BLOCK, &termination, nullptr);
-  MakeProgramFolderCurrent();
 
   const bool windowed = WantsWindow(argc, argv);
   const std::unique_ptr<QCoreApplication> application =

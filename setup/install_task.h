@@ -1,0 +1,54 @@
+#ifndef PARLAVOX_SETUP_INSTALL_TASK_H_
+#define PARLAVOX_SETUP_INSTALL_TASK_H_
+
+#include <string>
+
+#include "app/folder_store.h"
+#include "setup/install_places.h"
+#include "setup/launcher.h"
+#include "setup/setup_view.h"
+
+namespace parlavox {
+
+// What the installer carries besides its payload.
+struct InstallTexts {
+  std::string terms;     // the licence the person accepts
+  std::string icon_svg;  // the program's icon for menus and the desktop
+};
+
+// Before either task: the program and data folders exist and are stored as
+// "ProgramFiles" and "DataFiles".
+void PrepareSetup(const InstallPlaces& places, const FolderStore& folders);
+
+// Installs from the package `package` (the running file) into `places`: the person
+// accepts the terms (the inward folder is made and stored as "Incoming"), the payload
+// is extracted with its progress shown, and when its checksum holds the uninstaller
+// copy, the role markers, the menu entries, the desktop shortcut, start at login and
+// the uninstall entry (only when there is none yet) are made, and the installed
+// program is started "/install". Declining, cancelling or an unreadable package end
+// it silently; a damaged package says so. True when everything was installed.
+class InstallTask {
+ public:
+  InstallTask(InstallPlaces places, const FolderStore& folders, Launcher& launcher,
+              std::string package, InstallTexts texts)
+      : places_(std::move(places)),
+        folders_(folders),
+        launcher_(launcher),
+        package_(std::move(package)),
+        texts_(std::move(texts)) {}
+
+  bool Run(SetupView& view);
+
+ private:
+  void Finish();
+
+  const InstallPlaces places_;
+  const FolderStore& folders_;
+  Launcher& launcher_;
+  const std::string package_;
+  const InstallTexts texts_;
+};
+
+}  // namespace parlavox
+
+#endif  // PARLAVOX_SETUP_INSTALL_TASK_H_

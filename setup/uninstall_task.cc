@@ -1,0 +1,55 @@
+#include "setup/uninstall_task.h"
+
+#include <stdlib.h>
+
+#include <chrono>
+#include <filesystem>
+#include <thread>
+
+#include "setup/registered_folder.h"
+#include "setup/start_at_login.h"
+
+namespace parlavox {
+
+bool UninstallTask::Run(SetupView& view, bool second_stage,
+                        const std::vector<std::string>& passed_on) {
+  view.SetTitle("Uninstalling Parlavox");
+  if (!second_stage) return HandOver(passed_on);
+  if (view.Cancelled()) return false;
+  std::this_thread::sleep_for(std::chrono::milliseconds(150));
+  if (!view.Confirm("Uninstall Parlavox",
+                    "Are you sure you want to remove Parlavox from this computer?")) {
+    return false;
+  }
+  view.SetStatus("Removing Parlavox");
+  Remove();
+  view.SetProgress(100);
+  return true;
+}
+
+bool UninstallTask::HandOver(const std::vector<std::string>& passed_on) {
+  std::string folder = temporary_folder_ + "/parlavox-uninstall.XXXXXX";
+  if (mkdtemp(folder.data()) == nullptr) return false;
+  const std::string copy = folder + "/parlavox-uninstall";
+  std::error_code error;
+  if (!std::filesystem::copy_file(own_file_, copy, error)) return false;
+  std::vector<std::string> arguments = {"/uninstall"};
+  arguments.insert(arguments.end(), passed_on.begin(), passed_on.end());
+  launcher_.Replace(copy, arguments);
+  return false;  // only when the copy could not be run
+}
+
+void UninstallTask::Remove() {
+  AutostartEntry(places_.autostart_folder).Disable();
+  std::error_code error;
+  if (!places_.desktop_folder.empty()) std::filesystem::remove(places_.desktop_shortcut(), error);
+  std::filesystem::remove(places_.uninstall_entry(), error);
+  std::filesystem::remove(places_.menu_entry(), error);
+  std::filesystem::remove(places_.help_entry(), error);
+  std::filesystem::remove(places_.icon(), error);
+  for (const char* name : {"Incoming", "DataFiles", "ProgramFiles"}) {
+    DeleteRegisteredFolder(folders_, places_.folder_scope, name);
+  }
+}
+
+}  // namespace parlavox
