@@ -11,7 +11,8 @@ int HotKeyBinder::Register() {
   registered_ = keys_.Count();
   int bound = 0;
   for (int i = 0; i < registered_; ++i) {
-    if (system_.Register(i, keys_.Modifiers(i), keys_.Key(i))) ++bound;
+    const std::string description = keys_.CommandText(keys_.Command(i));
+    if (system_.Register(i, keys_.Modifiers(i), keys_.Key(i), description)) ++bound;
   }
   return bound;
 }

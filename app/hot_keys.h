@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <functional>
 #include <optional>
+#include <string>
 
 namespace parlavox {
 
@@ -16,12 +17,17 @@ class HotKeySystem {
 
   virtual ~HotKeySystem() = default;
 
-  // Binds `virtual_key` with `modifiers` (bits: 1 Alt, 2 Ctrl, 4 Shift) under `id`;
-  // false when the key has no counterpart here or another program holds it.
-  virtual bool Register(int id, uint32_t modifiers, uint32_t virtual_key) = 0;
+  // Binds `virtual_key` with `modifiers` (bits: 1 Alt, 2 Ctrl, 4 Shift) under `id`,
+  // for what `description` says it does; false when the key has no counterpart here
+  // or another program holds it.
+  virtual bool Register(int id, uint32_t modifiers, uint32_t virtual_key,
+                        const std::string& description) = 0;
   virtual void Unregister(int id) = 0;
   // Where presses go, on the owner's thread.
   virtual void SetListener(Fired fired) = 0;
+  // The keys the desktop bound under `id` at the last binding, in its own words, where
+  // it chooses the keys itself; "" where the keys asked for are the keys bound.
+  virtual std::string DesktopBinding(int /*id*/) const { return {}; }
 };
 
 // Which window of the desktop has the activation, so that a call started by a hot key

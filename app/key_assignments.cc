@@ -69,4 +69,13 @@ std::string KeyAssignments::CommandText(int32_t command) const {
   return FixedCommandText(command);
 }
 
+std::string KeyAssignments::Line(int index, const std::string& desktop_binding) const {
+  const std::string key = KeyText(index);
+  std::string line = key + "  " + CommandText(Command(index));
+  if (!desktop_binding.empty() && desktop_binding != key) {
+    line += "  (desktop: " + desktop_binding + ")";
+  }
+  return line;
+}
+
 }  // namespace parlavox

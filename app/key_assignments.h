@@ -36,6 +36,9 @@ class KeyAssignments {
   // What a command does, as the Keys page shows it: the fixed texts of commands 1 to
   // 6, "Call: " and the user's name (or "Pending Connection") for 32 + n, else "".
   std::string CommandText(int32_t command) const;
+  // Entry `index` as the Keys page lists it: "Ctrl+Alt+F9  Call: Ben", followed by
+  // "  (desktop: Ctrl+Alt+F10)" where the desktop bound other keys than these.
+  std::string Line(int index, const std::string& desktop_binding) const;
 
  private:
   const SettingsFile& settings_;

@@ -54,6 +54,13 @@ TEST_F(KeyAssignmentsTest, KeysAndCommandsReadAsThePeopleKnowThem) {
   EXPECT_EQ(keys_.CommandText(-1), "");
 }
 
+TEST_F(KeyAssignmentsTest, ALineNamesTheDesktopsKeysOnlyWhereTheyDiffer) {
+  Add(120, 3, 4);
+  EXPECT_EQ(keys_.Line(0, ""), "Ctrl+Alt+F9  Reply to previous caller");
+  EXPECT_EQ(keys_.Line(0, "Ctrl+Alt+F9"), "Ctrl+Alt+F9  Reply to previous caller");
+  EXPECT_EQ(keys_.Line(0, "Meta+R"), "Ctrl+Alt+F9  Reply to previous caller  (desktop: Meta+R)");
+}
+
 TEST_F(KeyAssignmentsTest, RemovingMovesKeysAndCommandsButLeavesModifiers) {
   Add(0x70, 1, 1);
   Add(0x71, 2, 2);

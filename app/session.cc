@@ -7,6 +7,7 @@
 #include <cstdio>
 
 #include "app/control_requests.h"
+#include "app/hot_key_route.h"
 
 namespace parlavox {
 
@@ -62,22 +63,43 @@ int Session::Run(const sigset_t& termination, const std::function<void()>& start
   });
 
   intercom_.Start();
-  // Hot keys where the desktop lets a program have them.
-  if (x11_hot_keys_) {
-    hot_keys_.emplace(*x11_hot_keys_, keys_, intercom_);
-    hot_keys_->Register();
-  } else {
-    intercom_.ShowStatus("No hot keys: there is no X11 display");
-  }
+  StartHotKeys();
   if (started) started();
   const int result = application_.exec();
   intercom_.End();
   if (hot_keys_) hot_keys_->Unregister();
+  portal_hot_keys_.reset();  // closes the desktop's shortcuts session
   close(signal_fd);
   // What is still on its way to a share (the end of a message) gets there first.
   share_worker_.Stop();
   mixer_worker_.Stop();
   return result;
+}
+
+void Session::StartHotKeys() {
+  const bool wayland = IsWaylandSession();
+  const HotKeyChoice choice = ChooseHotKeyRoute({
+      .wayland = wayland,
+      .x11_display = x11_hot_keys_ != nullptr,
+      .shortcuts_portal = wayland && DBusShortcutsPortal::Reachable(),
+  });
+  if (!choice.note.empty()) intercom_.ShowStatus(choice.note);
+  switch (choice.route) {
+    case HotKeyRoute::kPortal:
+      shortcuts_portal_ = std::make_unique<DBusShortcutsPortal>();
+      portal_hot_keys_ = std::make_unique<PortalHotKeys>(
+          *shortcuts_portal_, clock_,
+          [this](const std::string& reason) { intercom_.ShowStatus("No hot keys: " + reason); });
+      hot_key_system_ = portal_hot_keys_.get();
+      break;
+    case HotKeyRoute::kX11:
+      hot_key_system_ = x11_hot_keys_.get();
+      break;
+    case HotKeyRoute::kNone:
+      return;
+  }
+  hot_keys_.emplace(*hot_key_system_, keys_, intercom_);
+  hot_keys_->Register();
 }
 
 }  // namespace parlavox

@@ -12,11 +12,13 @@
 
 #include "app/background_share_access.h"
 #include "app/control_channel.h"
+#include "app/dbus_shortcuts_portal.h"
 #include "app/disk_inbox_folder.h"
 #include "app/hot_key_binder.h"
 #include "app/inbox_watcher.h"
 #include "app/intercom.h"
 #include "app/key_assignments.h"
+#include "app/portal_hot_keys.h"
 #include "app/presence_poller.h"
 #include "app/process_priority.h"
 #include "app/qt_clock.h"
@@ -52,6 +54,8 @@ class Session {
 
   // Which window of the desktop is active, where that can be known; else null.
   DesktopActivation* activation() { return x11_hot_keys_.get(); }
+  // Where the hot keys are bound once the session runs; null without hot keys.
+  const HotKeySystem* hot_key_system() const { return hot_key_system_; }
 
   // Starts the intercom, then `started` (when given), answers the control socket, and
   // runs the event loop until something ends it: a "quit" request, a window that
@@ -61,6 +65,9 @@ class Session {
   int Run(const sigset_t& termination, const std::function<void()>& started = {});
 
  private:
+  // Binds the hot keys the way this desktop offers them, or says why there are none.
+  void StartHotKeys();
+
   QCoreApplication& application_;
   SettingsFile& settings_;
   QtTaskPoster poster_;
@@ -80,6 +87,9 @@ class Session {
   Intercom intercom_;
   KeyAssignments keys_{settings_, users_};
   std::unique_ptr<X11HotKeys> x11_hot_keys_;
+  std::unique_ptr<DBusShortcutsPortal> shortcuts_portal_;
+  std::unique_ptr<PortalHotKeys> portal_hot_keys_;
+  HotKeySystem* hot_key_system_ = nullptr;
   std::optional<HotKeyBinder> hot_keys_;
   std::function<void()> quit_;
   ControlServer control_;

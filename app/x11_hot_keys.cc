@@ -94,7 +94,8 @@ bool X11HotKeys::Grab(const Binding& binding, bool grab) {
   return !grab_refused;
 }
 
-bool X11HotKeys::Register(int id, uint32_t modifiers, uint32_t virtual_key) {
+bool X11HotKeys::Register(int id, uint32_t modifiers, uint32_t virtual_key,
+                          const std::string& /*description*/) {
   Unregister(id);
   const std::optional<unsigned long> symbol = KeySymbolOf(virtual_key);
   if (!symbol) return false;

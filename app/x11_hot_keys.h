@@ -26,7 +26,8 @@ class X11HotKeys : public HotKeySystem, public DesktopActivation {
   X11HotKeys(const X11HotKeys&) = delete;
   X11HotKeys& operator=(const X11HotKeys&) = delete;
 
-  bool Register(int id, uint32_t modifiers, uint32_t virtual_key) override;
+  bool Register(int id, uint32_t modifiers, uint32_t virtual_key,
+                const std::string& description) override;
   void Unregister(int id) override;
   void SetListener(Fired fired) override { fired_ = std::move(fired); }
 

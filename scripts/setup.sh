@@ -11,6 +11,8 @@ packages=(
   # with real key presses and screenshots, audio tools
   pulseaudio pulseaudio-utils xvfb openbox trayer xdotool x11-utils x11-xkb-utils imagemagick
   espeak-ng sox python3
+  # a private session bus for the desktop-portal tests
+  dbus-daemon
   # the Debian package: dependencies from dpkg-shlibdeps, checked by lintian
   dpkg-dev lintian
 )

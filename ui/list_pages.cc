@@ -103,14 +103,15 @@ class KeysPage : public ListPage {
   explicit KeysPage(const SettingsContext& context)
       : ListPage("System-Wide Hot Key Assignment", help::kKeysPage),
         keys_(context.keys),
-        users_(context.users) {}
+        users_(context.users),
+        desktop_binding_(context.desktop_binding) {}
 
  private:
   QStringList Lines() const override {
     QStringList lines;
     for (int i = 0; i < keys_.Count(); ++i) {
-      lines << QString::fromStdString(keys_.KeyText(i) + "  " +
-                                      keys_.CommandText(keys_.Command(i)));
+      lines << QString::fromStdString(
+          keys_.Line(i, desktop_binding_ ? desktop_binding_(i) : std::string()));
     }
     return lines;
   }
@@ -128,6 +129,7 @@ class KeysPage : public ListPage {
 
   const KeyAssignments& keys_;
   const UsersCache& users_;
+  std::function<std::string(int)> desktop_binding_;
 };
 
 }  // namespace

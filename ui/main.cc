@@ -101,7 +101,10 @@ int RunIntercom(QCoreApplication& application, const sigset_t& termination, bool
     const FolderStore folders = FolderStore::FromEnvironment();
     const UsersCache users(settings);
     const KeyAssignments keys(settings, users);
-    const SettingsContext context{settings, folders, users, keys, mixer, login};
+    const SettingsContext context{settings, folders, users, keys, mixer, login, [&](int index) {
+                                    const HotKeySystem* hot_keys = session.hot_key_system();
+                                    return hot_keys ? hot_keys->DesktopBinding(index) : "";
+                                  }};
     window.Attach(session.intercom(), session.clock(), session.activation(),
                   [&] { session.RunSettings([&] { RunSettingsSheet(&window, context); }); });
     session.Run(termination, [&] { window.Begin(QCoreApplication::arguments()); });

@@ -2,6 +2,8 @@
 #define PARLAVOX_UI_SETTINGS_PAGES_H_
 
 #include <QWidget>
+#include <functional>
+#include <string>
 
 #include "app/folder_store.h"
 #include "app/key_assignments.h"
@@ -20,6 +22,8 @@ struct SettingsContext {
   const KeyAssignments& keys;
   Mixer& mixer;
   StartAtLogin& login;
+  // The keys the desktop bound for hot key i, where it chooses them itself ("" else).
+  std::function<std::string(int)> desktop_binding;
 };
 
 // A page of the settings sheet: filled when it is first shown, saved when it is left

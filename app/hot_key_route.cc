@@ -1,0 +1,28 @@
+#include "app/hot_key_route.h"
+
+#include <cstdlib>
+#include <string_view>
+
+namespace parlavox {
+
+HotKeyChoice ChooseHotKeyRoute(const HotKeySurroundings& surroundings) {
+  if (surroundings.wayland && surroundings.shortcuts_portal) return {HotKeyRoute::kPortal, ""};
+  if (surroundings.wayland) {
+    if (surroundings.x11_display) {
+      return {HotKeyRoute::kX11,
+              "Hot keys work only in X11 programs: the desktop offers no shortcuts portal"};
+    }
+    return {HotKeyRoute::kNone, "No hot keys: the desktop offers no shortcuts portal"};
+  }
+  if (surroundings.x11_display) return {HotKeyRoute::kX11, ""};
+  return {HotKeyRoute::kNone, "No hot keys: there is no X11 display"};
+}
+
+bool IsWaylandSession() {
+  const char* type = std::getenv("XDG_SESSION_TYPE");
+  const char* display = std::getenv("WAYLAND_DISPLAY");
+  return (type != nullptr && std::string_view(type) == "wayland") ||
+         (display != nullptr && *display != '\0');
+}
+
+}  // namespace parlavox

@@ -1,0 +1,184 @@
+// Hot keys through the desktop portal's global shortcuts, as on a Wayland desktop:
+// the real program on a session bus of the test's own, where a stand-in portal
+// (parlavox_stand_in_portal) takes the place of the desktop's.
+
+#include <sys/stat.h>
+
+#include <gtest/gtest.h>
+
+#include "app/intercom_copy_test_util.h"
+#include "audio/sound_server_test_util.h"
+
+namespace parlavox {
+namespace {
+
+using namespace std::chrono_literals;
+
+class PortalHotKeyTest : public testing::Test {
+ protected:
+  PortalHotKeyTest() {
+    bus_ = std::make_unique<ChildProcess>(
+        std::vector<std::string>{"/usr/bin/dbus-daemon", "--session", "--nofork", "--nopidfile",
+                                 "--address=unix:path=" + bus_socket_},
+        std::vector<std::string>{"PATH=/usr/bin:/bin"}, "/dev/null", scratch_ / "bus.log");
+    EXPECT_TRUE(Eventually([&] { return std::filesystem::exists(bus_socket_); }, 10s));
+    EXPECT_EQ(mkfifo(control_.c_str(), 0600), 0);
+
+    EXPECT_TRUE(PublishUser(ann_, "Ann", 101, true));
+    copy_.Set("users", "folder0", ann_);
+    copy_.Set("users", "foldercount", "1");
+    copy_.Set("users", "name0", "Ann");  // known from an earlier run: the description names her
+    // Ctrl+Alt+F9 calls Ann, Ctrl+Alt+F10 turns the intercom off.
+    const int keys[][3] = {{120, 3, 32}, {121, 3, 6}};
+    for (int i = 0; i < 2; ++i) {
+      copy_.Set("keys", "key" + std::to_string(i), std::to_string(keys[i][0]));
+      copy_.Set("keys", "mod" + std::to_string(i), std::to_string(keys[i][1]));
+      copy_.Set("keys", "command" + std::to_string(i), std::to_string(keys[i][2]));
+    }
+    copy_.Set("keys", "keycount", "2");
+    copy_.AddEnvironment(BusAddress());
+    copy_.AddEnvironment("XDG_SESSION_TYPE=wayland");
+  }
+
+  ~PortalHotKeyTest() override {
+    if (copy_.process_started() && copy_.process().running()) {
+      copy_.Control({"--quit"});
+      EXPECT_EQ(copy_.process().WaitForExit(10s), 0) << copy_.log();
+    }
+  }
+
+  std::string BusAddress() const { return "DBUS_SESSION_BUS_ADDRESS=unix:path=" + bus_socket_; }
+
+  void StartPortal(const std::vector<std::string>& options = {}) {
+    std::vector<std::string> argv = {PARLAVOX_STAND_IN_PORTAL, control_};
+    argv.insert(argv.end(), options.begin(), options.end());
+    std::vector<std::string> environment = {BusAddress()};
+    for (const char* keep : {"ASAN_OPTIONS", "UBSAN_OPTIONS", "LSAN_OPTIONS", "TSAN_OPTIONS"}) {
+      if (const char* value = getenv(keep)) environment.push_back(std::string(keep) + "=" + value);
+    }
+    portal_ =
+        std::make_unique<ChildProcess>(argv, environment, portal_said_, scratch_ / "portal.log");
+    ASSERT_TRUE(Eventually([&] { return PortalSaid("ready"); }, 10s))
+        << FileText(scratch_ / "portal.log");
+  }
+
+  void StartCopy() {
+    copy_.Start();
+    ASSERT_TRUE(copy_.WaitUntilAnswering()) << copy_.log();
+  }
+
+  bool PortalSaid(const std::string& line) const {
+    return FileText(portal_said_).find(line + "\n") != std::string::npos;
+  }
+
+  void TellPortal(const std::string& command) const {
+    const int fifo = open(control_.c_str(), O_WRONLY | O_CLOEXEC);
+    ASSERT_GE(fifo, 0);
+    const std::string line = command + "\n";
+    EXPECT_EQ(write(fifo, line.data(), line.size()), ssize_t(line.size()));
+    close(fifo);
+  }
+
+  int64_t MessageSize() const {
+    std::error_code error;
+    const auto size = std::filesystem::file_size(
+        ann_ + "/" + std::to_string(copy_.OwnRecord().id) + ".wav", error);
+    return error ? -1 : int64_t(size);
+  }
+
+  bool Recording() const { return copy_.Status()["recording"].toBool(); }
+
+  void WaitForBinding() {
+    ASSERT_TRUE(
+        Eventually([&] { return PortalSaid("bind key1|Turn Parlavox Off|CTRL+ALT+F10"); }, 10s))
+        << FileText(portal_said_) << copy_.log();
+  }
+
+  ScratchFolder scratch_;
+  std::string bus_socket_ = scratch_ / "bus";
+  std::string control_ = scratch_ / "portal.control";
+  std::string portal_said_ = scratch_ / "portal.out";
+  std::string ann_ = scratch_ / "ann";
+  std::unique_ptr<ChildProcess> bus_;
+  std::unique_ptr<ChildProcess> portal_;
+  PrivateSoundServer server_{false};
+  IntercomCopy copy_{scratch_ / "me", server_.address()};
+};
+
+TEST_F(PortalHotKeyTest, KeysAreBoundAndAnActivatedShortcutTalksUntilItIsDeactivated) {
+  StartPortal();
+  StartCopy();
+  WaitForBinding();
+  EXPECT_TRUE(PortalSaid("bind key0|Call: Ann|CTRL+ALT+F9")) << FileText(portal_said_);
+
+  TellPortal("activate key0");
+  ASSERT_TRUE(Eventually([&] { return MessageSize() > 46 + 441 * 2; }, 5s)) << copy_.log();
+  std::this_thread::sleep_for(1500ms);  // twice the hold time: the repeats keep the call
+  EXPECT_TRUE(Recording());
+  const int64_t before = MessageSize();
+  const auto released = std::chrono::steady_clock::now();
+  TellPortal("deactivate key0");
+  ASSERT_TRUE(Eventually([&] { return !Recording(); }, 5s));
+  const auto ended = std::chrono::steady_clock::now() - released;
+  EXPECT_GE(ended, 500ms);  // about 0.7 s after the last repeat
+  EXPECT_LT(ended, 3s);
+  EXPECT_GT(MessageSize(), before);
+
+  TellPortal("activate key1");  // "Turn Parlavox Off"
+  TellPortal("deactivate key1");
+  EXPECT_TRUE(Eventually([&] { return !copy_.OwnRecord().is_on(); }, 5s));
+
+  copy_.Control({"--quit"});
+  EXPECT_EQ(copy_.process().WaitForExit(10s), 0) << copy_.log();
+  EXPECT_TRUE(PortalSaid("closed")) << FileText(portal_said_);
+}
+
+TEST_F(PortalHotKeyTest, APortalThatVanishesMidCallEndsTheCallAndSaysSo) {
+  StartPortal();
+  StartCopy();
+  WaitForBinding();
+  TellPortal("activate key0");
+  ASSERT_TRUE(Eventually([&] { return MessageSize() > 46 + 441 * 2; }, 5s)) << copy_.log();
+  TellPortal("vanish");
+  ASSERT_TRUE(Eventually([&] { return !Recording(); }, 5s));
+  EXPECT_TRUE(Eventually(
+      [&] {
+        return copy_.log().find("No hot keys: the desktop portal has gone") != std::string::npos;
+      },
+      5s))
+      << copy_.log();
+  const std::string bytes = FileText(ann_ + "/" + std::to_string(copy_.OwnRecord().id) + ".wav");
+  ASSERT_GT(bytes.size(), 46u);
+  EXPECT_EQ(uint8_t(bytes[42]) | uint8_t(bytes[43]) << 8 | uint8_t(bytes[44]) << 16,
+            int(bytes.size() - 46));                // the exact header of a finished message
+  EXPECT_EQ(copy_.Control({"--status"}).first, 0);  // still running, without hot keys
+}
+
+TEST_F(PortalHotKeyTest, ARefusedBindingOrNoPortalLeavesTheProgramRunningWithAStatusText) {
+  StartPortal({"--refuse-bind"});
+  StartCopy();
+  WaitForBinding();
+  EXPECT_TRUE(Eventually(
+      [&] {
+        return copy_.log().find("No hot keys: the desktop did not bind the shortcuts") !=
+               std::string::npos;
+      },
+      5s))
+      << copy_.log();
+  copy_.Control({"--quit"});
+  ASSERT_EQ(copy_.process().WaitForExit(10s), 0) << copy_.log();
+
+  TellPortal("vanish");
+  ASSERT_EQ(portal_->WaitForExit(5s), 0);
+  StartCopy();
+  EXPECT_TRUE(Eventually(
+      [&] {
+        return copy_.log().find("No hot keys: the desktop offers no shortcuts portal") !=
+               std::string::npos;
+      },
+      5s))
+      << copy_.log();
+}
+
+}  // namespace
+}  // namespace parlavox

@@ -1,0 +1,148 @@
+// A stand-in for a desktop's portal, for tests: no real portal backend runs without a
+// desktop, so this one serves the global-shortcuts calls on the session bus it is
+// given (DBUS_SESSION_BUS_ADDRESS) as the portal documentation describes them, and
+// binds every shortcut to its preferred trigger.
+//
+//   parlavox_stand_in_portal <control fifo> [--refuse-bind]
+//
+// It prints what it is asked ("session <path>", "bind <id>|<description>|<trigger>",
+// "closed") and takes commands on the fifo: "activate <id>", "deactivate <id>", and
+// "vanish", which leaves the bus.
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <QCoreApplication>
+#include <QDBusConnection>
+#include <QDBusMessage>
+#include <QDBusMetaType>
+#include <QDBusObjectPath>
+#include <QDBusVirtualObject>
+#include <QSocketNotifier>
+#include <QTimer>
+#include <cstdio>
+
+#include "app/portal_shortcut_entry.h"
+
+namespace parlavox {
+namespace {
+
+const QString kService = QStringLiteral("org.freedesktop.portal.Desktop");
+const QString kRoot = QStringLiteral("/org/freedesktop/portal/desktop");
+const QString kInterface = QStringLiteral("org.freedesktop.portal.GlobalShortcuts");
+
+void Print(const QString& line) {
+  std::printf("%s\n", line.toUtf8().constData());
+  std::fflush(stdout);
+}
+
+class StandInPortal : public QDBusVirtualObject {
+ public:
+  StandInPortal(QDBusConnection bus, bool refuse_bind)
+      : bus_(std::move(bus)), refuse_bind_(refuse_bind) {}
+
+  QString introspect(const QString&) const override { return {}; }
+
+  bool handleMessage(const QDBusMessage& message, const QDBusConnection&) override {
+    const QString sender = QString(message.service()).mid(1).replace(QLatin1Char('.'), '_');
+    const QVariantList arguments = message.arguments();
+    if (message.member() == QStringLiteral("CreateSession")) {
+      const QVariantMap options = qdbus_cast<QVariantMap>(arguments.value(0));
+      session_ = kRoot + "/session/" + sender + "/" +
+                 options.value(QStringLiteral("session_handle_token")).toString();
+      Print("session " + session_);
+      Answer(message, sender, options, 0, {{QStringLiteral("session_handle"), session_}});
+      return true;
+    }
+    if (message.member() == QStringLiteral("BindShortcuts")) {
+      const PortalShortcutEntries shortcuts = qdbus_cast<PortalShortcutEntries>(arguments.value(1));
+      PortalShortcutEntries bound;
+      for (const PortalShortcutEntry& shortcut : shortcuts) {
+        const QString trigger = shortcut.properties.value("preferred_trigger").toString();
+        Print("bind " + shortcut.id + "|" + shortcut.properties.value("description").toString() +
+              "|" + trigger);
+        bound.append({shortcut.id,
+                      {{"description", shortcut.properties.value("description")},
+                       {"trigger_description", trigger}}});
+      }
+      const QVariantMap options = qdbus_cast<QVariantMap>(arguments.value(3));
+      Answer(message, sender, options, refuse_bind_ ? 2 : 0,
+             {{QStringLiteral("shortcuts"), QVariant::fromValue(bound)}});
+      return true;
+    }
+    if (message.member() == QStringLiteral("Close") && message.path() == session_) {
+      Print("closed");
+      bus_.send(message.createReply());
+      return true;
+    }
+    return false;
+  }
+
+  void Signal(const QString& name, const QString& id) {
+    QDBusMessage signal = QDBusMessage::createSignal(kRoot, kInterface, name);
+    signal << QVariant::fromValue(QDBusObjectPath(session_)) << id << qulonglong(0)
+           << QVariantMap();
+    bus_.send(signal);
+  }
+
+ private:
+  // Replies with the request's path, then answers on it with `code` and `results`.
+  void Answer(const QDBusMessage& message, const QString& sender, const QVariantMap& options,
+              uint code, const QVariantMap& results) {
+    const QString request = kRoot + "/request/" + sender + "/" +
+                            options.value(QStringLiteral("handle_token")).toString();
+    bus_.send(message.createReply(QVariant::fromValue(QDBusObjectPath(request))));
+    QTimer::singleShot(0, [this, request, code, results] {
+      QDBusMessage response = QDBusMessage::createSignal(
+          request, QStringLiteral("org.freedesktop.portal.Request"), QStringLiteral("Response"));
+      response << code << results;
+      bus_.send(response);
+    });
+  }
+
+  QDBusConnection bus_;
+  bool refuse_bind_;
+  QString session_;
+};
+
+}  // namespace
+}  // namespace parlavox
+
+int main(int argc, char** argv) {
+  using namespace parlavox;
+  QCoreApplication application(argc, argv);
+  if (argc < 2) {
+    std::fprintf(stderr, "usage: %s <control fifo> [--refuse-bind]\n", argv[0]);
+    return 2;
+  }
+  qDBusRegisterMetaType<PortalShortcutEntry>();
+  qDBusRegisterMetaType<PortalShortcutEntries>();
+  QDBusConnection bus = QDBusConnection::sessionBus();
+  StandInPortal portal(bus, argc > 2 && QByteArray(argv[2]) == "--refuse-bind");
+  if (!bus.registerVirtualObject(kRoot, &portal, QDBusConnection::SubPath) ||
+      !bus.registerService(kService)) {
+    std::fprintf(stderr, "stand-in portal: can't serve on the session bus\n");
+    return 1;
+  }
+
+  // Read and write, so that the fifo never reads as ended while the test has it closed.
+  const int control = open(argv[1], O_RDWR | O_NONBLOCK | O_CLOEXEC);
+  QSocketNotifier notifier(control, QSocketNotifier::Read);
+  QByteArray pending;
+  QObject::connect(&notifier, &QSocketNotifier::activated, [&] {
+    char buffer[256];
+    const ssize_t got = read(control, buffer, sizeof buffer);
+    if (got > 0) pending.append(buffer, got);
+    for (qsizetype end; (end = pending.indexOf('\n')) >= 0; pending.remove(0, end + 1)) {
+      const QList<QByteArray> words = pending.left(end).split(' ');
+      if (words[0] == "activate") portal.Signal("Activated", QString::fromUtf8(words.value(1)));
+      if (words[0] == "deactivate") portal.Signal("Deactivated", QString::fromUtf8(words.value(1)));
+      if (words[0] == "vanish") {
+        bus.unregisterService(kService);
+        QTimer::singleShot(100, [] { QCoreApplication::exit(0); });
+      }
+    }
+  });
+  Print("ready");
+  return application.exec();
+}
