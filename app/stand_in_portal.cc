@@ -3,8 +3,9 @@
 // given (DBUS_SESSION_BUS_ADDRESS) as the portal documentation describes them, and
 // binds every shortcut to its preferred trigger.
 //
-//   parlavox_stand_in_portal <control fifo> [--refuse-bind]
+//   parlavox_stand_in_portal <control fifo> [--refuse-bind | --mute]
 //
+// --mute accepts the calls but never sends their Response, as a portal that hangs.
 // It prints what it is asked ("session <path>", "bind <id>|<description>|<trigger>",
 // "closed") and takes commands on the fifo: "activate <id>", "deactivate <id>", and
 // "vanish", which leaves the bus.
@@ -38,8 +39,8 @@ void Print(const QString& line) {
 
 class StandInPortal : public QDBusVirtualObject {
  public:
-  StandInPortal(QDBusConnection bus, bool refuse_bind)
-      : bus_(std::move(bus)), refuse_bind_(refuse_bind) {}
+  StandInPortal(QDBusConnection bus, bool refuse_bind, bool mute)
+      : bus_(std::move(bus)), refuse_bind_(refuse_bind), mute_(mute) {}
 
   QString introspect(const QString&) const override { return {}; }
 
@@ -92,6 +93,7 @@ class StandInPortal : public QDBusVirtualObject {
     const QString request = kRoot + "/request/" + sender + "/" +
                             options.value(QStringLiteral("handle_token")).toString();
     bus_.send(message.createReply(QVariant::fromValue(QDBusObjectPath(request))));
+    if (mute_) return;
     QTimer::singleShot(0, [this, request, code, results] {
       QDBusMessage response = QDBusMessage::createSignal(
           request, QStringLiteral("org.freedesktop.portal.Request"), QStringLiteral("Response"));
@@ -102,6 +104,7 @@ class StandInPortal : public QDBusVirtualObject {
 
   QDBusConnection bus_;
   bool refuse_bind_;
+  bool mute_;
   QString session_;
 };
 
@@ -112,13 +115,14 @@ int main(int argc, char** argv) {
   using namespace parlavox;
   QCoreApplication application(argc, argv);
   if (argc < 2) {
-    std::fprintf(stderr, "usage: %s <control fifo> [--refuse-bind]\n", argv[0]);
+    std::fprintf(stderr, "usage: %s <control fifo> [--refuse-bind | --mute]\n", argv[0]);
     return 2;
   }
   qDBusRegisterMetaType<PortalShortcutEntry>();
   qDBusRegisterMetaType<PortalShortcutEntries>();
   QDBusConnection bus = QDBusConnection::sessionBus();
-  StandInPortal portal(bus, argc > 2 && QByteArray(argv[2]) == "--refuse-bind");
+  const QByteArray option = argc > 2 ? argv[2] : "";
+  StandInPortal portal(bus, option == "--refuse-bind", option == "--mute");
   if (!bus.registerVirtualObject(kRoot, &portal, QDBusConnection::SubPath) ||
       !bus.registerService(kService)) {
     std::fprintf(stderr, "stand-in portal: can't serve on the session bus\n");

@@ -29,7 +29,7 @@ DesktopEntry ProgramEntry(const InstallPlaces& places) {
   entry.name = "Parlavox";
   entry.comment = "Push-to-talk intercom over shared folders";
   entry.command = {places.program()};
-  entry.extra_lines = {"Categories=Network;Telephony;AudioVideo;"};
+  entry.extra_lines = {"Categories=Network;Telephony;"};
   return entry;
 }
 

@@ -49,6 +49,11 @@ class ListPage : public SettingsPage {
   void Fill() override {
     list_->clear();
     list_->addItems(Lines());
+    // A line wider than the list (a long folder, the desktop's own keys) shows whole
+    // when pointed at.
+    for (int i = 0; i < list_->count(); ++i) {
+      list_->item(i)->setToolTip(list_->item(i)->text());
+    }
     UpdateControls();
   }
   int help_topic() const override { return help_topic_; }
