@@ -89,6 +89,11 @@ class PortalHotKeyTest : public testing::Test {
 
   bool Recording() const { return copy_.Status()["recording"].toBool(); }
 
+  // Whether the copy's log (its status texts among them) says `text` within `limit`.
+  bool LogSays(const std::string& text, std::chrono::milliseconds limit) const {
+    return Eventually([&] { return copy_.log().find(text) != std::string::npos; }, limit);
+  }
+
   void WaitForBinding() {
     ASSERT_TRUE(
         Eventually([&] { return PortalSaid("bind key1|Turn Parlavox Off|CTRL+ALT+F10"); }, 10s))
@@ -142,12 +147,7 @@ TEST_F(PortalHotKeyTest, APortalThatVanishesMidCallEndsTheCallAndSaysSo) {
   ASSERT_TRUE(Eventually([&] { return MessageSize() > 46 + 441 * 2; }, 5s)) << copy_.log();
   TellPortal("vanish");
   ASSERT_TRUE(Eventually([&] { return !Recording(); }, 5s));
-  EXPECT_TRUE(Eventually(
-      [&] {
-        return copy_.log().find("No hot keys: the desktop portal has gone") != std::string::npos;
-      },
-      5s))
-      << copy_.log();
+  EXPECT_TRUE(LogSays("No hot keys: the desktop portal has gone", 5s)) << copy_.log();
   const std::string bytes = FileText(ann_ + "/" + std::to_string(copy_.OwnRecord().id) + ".wav");
   ASSERT_GT(bytes.size(), 46u);
   EXPECT_EQ(uint8_t(bytes[42]) | uint8_t(bytes[43]) << 8 | uint8_t(bytes[44]) << 16,
@@ -159,26 +159,14 @@ TEST_F(PortalHotKeyTest, ARefusedBindingOrNoPortalLeavesTheProgramRunningWithASt
   StartPortal({"--refuse-bind"});
   StartCopy();
   WaitForBinding();
-  EXPECT_TRUE(Eventually(
-      [&] {
-        return copy_.log().find("No hot keys: the desktop did not bind the shortcuts") !=
-               std::string::npos;
-      },
-      5s))
-      << copy_.log();
+  EXPECT_TRUE(LogSays("No hot keys: the desktop did not bind the shortcuts", 5s)) << copy_.log();
   copy_.Control({"--quit"});
   ASSERT_EQ(copy_.process().WaitForExit(10s), 0) << copy_.log();
 
   TellPortal("vanish");
   ASSERT_EQ(portal_->WaitForExit(5s), 0);
   StartCopy();
-  EXPECT_TRUE(Eventually(
-      [&] {
-        return copy_.log().find("No hot keys: the desktop offers no shortcuts portal") !=
-               std::string::npos;
-      },
-      5s))
-      << copy_.log();
+  EXPECT_TRUE(LogSays("No hot keys: the desktop offers no shortcuts portal", 5s)) << copy_.log();
 }
 
 TEST_F(PortalHotKeyTest, APortalThatNeverAnswersIsGivenUpAfterFiveSeconds) {
@@ -188,13 +176,7 @@ TEST_F(PortalHotKeyTest, APortalThatNeverAnswersIsGivenUpAfterFiveSeconds) {
   ASSERT_TRUE(
       Eventually([&] { return FileText(portal_said_).find("session /") != std::string::npos; }, 5s))
       << FileText(portal_said_);
-  ASSERT_TRUE(Eventually(
-      [&] {
-        return copy_.log().find("No hot keys: the desktop portal did not answer") !=
-               std::string::npos;
-      },
-      15s))
-      << copy_.log();
+  ASSERT_TRUE(LogSays("No hot keys: the desktop portal did not answer", 15s)) << copy_.log();
   EXPECT_GE(std::chrono::steady_clock::now() - started,
             4500ms);                                            // coarse timers fire a little early
   EXPECT_FALSE(PortalSaid("bind key0|Call: Ann|CTRL+ALT+F9"));  // nothing bound without a session
