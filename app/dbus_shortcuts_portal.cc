@@ -1,6 +1,5 @@
 #include "app/dbus_shortcuts_portal.h"
 
-#include <QDBusConnectionInterface>
 #include <QDBusMetaType>
 #include <QDBusPendingCallWatcher>
 #include <QDBusPendingReply>
@@ -25,12 +24,18 @@ QString PathOrText(const QVariant& value) {
 
 }  // namespace
 
-bool DBusShortcutsPortal::Reachable() {
+bool DBusShortcutsPortal::Offered() {
   QDBusConnection bus = QDBusConnection::sessionBus();
   if (!bus.isConnected()) return false;
-  QDBusConnectionInterface* daemon = bus.interface();
-  return daemon->isServiceRegistered(kService) ||
-         daemon->activatableServiceNames().value().contains(kService);
+  // Asks for the interface's version: a portal without the interface (its backend
+  // lacks global shortcuts) answers with an error. The portal may have to be started
+  // first, hence the wait, which only a hung portal uses up.
+  constexpr int kOfferWaitMs = 2000;
+  QDBusMessage ask = QDBusMessage::createMethodCall(
+      kService, kPath, QStringLiteral("org.freedesktop.DBus.Properties"), QStringLiteral("Get"));
+  ask << kInterface << QStringLiteral("version");
+  const QDBusMessage answer = bus.call(ask, QDBus::Block, kOfferWaitMs);
+  return answer.type() == QDBusMessage::ReplyMessage;
 }
 
 DBusShortcutsPortal::DBusShortcutsPortal()

@@ -27,8 +27,9 @@ class DBusShortcutsPortal : public QObject, public ShortcutsPortal {
  public:
   static constexpr int kAnswerTimeMs = 5000;
 
-  // Whether the session bus carries a portal (running or startable) at all.
-  static bool Reachable();
+  // Whether the session bus carries a portal that offers global shortcuts; waits up
+  // to 2 s for its answer.
+  static bool Offered();
 
   DBusShortcutsPortal();
   ~DBusShortcutsPortal() override;

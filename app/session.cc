@@ -81,7 +81,7 @@ void Session::StartHotKeys() {
   const HotKeyChoice choice = ChooseHotKeyRoute({
       .wayland = wayland,
       .x11_display = x11_hot_keys_ != nullptr,
-      .shortcuts_portal = wayland && DBusShortcutsPortal::Reachable(),
+      .shortcuts_portal = wayland && DBusShortcutsPortal::Offered(),
   });
   if (!choice.note.empty()) intercom_.ShowStatus(choice.note);
   switch (choice.route) {

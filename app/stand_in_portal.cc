@@ -3,9 +3,11 @@
 // given (DBUS_SESSION_BUS_ADDRESS) as the portal documentation describes them, and
 // binds every shortcut to its preferred trigger.
 //
-//   parlavox_stand_in_portal <control fifo> [--refuse-bind | --mute]
+//   parlavox_stand_in_portal <control fifo> [--refuse-bind | --mute | --without-shortcuts]
 //
-// --mute accepts the calls but never sends their Response, as a portal that hangs.
+// --mute accepts the calls but never sends their Response, as a portal that hangs;
+// --without-shortcuts serves no global shortcuts at all, as a portal whose desktop
+// lacks them.
 // It prints what it is asked ("session <path>", "bind <id>|<description>|<trigger>",
 // "closed") and takes commands on the fifo: "activate <id>", "deactivate <id>", and
 // "vanish", which leaves the bus.
@@ -18,6 +20,7 @@
 #include <QDBusMessage>
 #include <QDBusMetaType>
 #include <QDBusObjectPath>
+#include <QDBusVariant>
 #include <QDBusVirtualObject>
 #include <QSocketNotifier>
 #include <QTimer>
@@ -39,14 +42,17 @@ void Print(const QString& line) {
 
 class StandInPortal : public QDBusVirtualObject {
  public:
-  StandInPortal(QDBusConnection bus, bool refuse_bind, bool mute)
-      : bus_(std::move(bus)), refuse_bind_(refuse_bind), mute_(mute) {}
+  enum class Behaviour { kWilling, kRefusingBinds, kMute, kWithoutShortcuts };
+
+  StandInPortal(QDBusConnection bus, Behaviour behaviour)
+      : bus_(std::move(bus)), behaviour_(behaviour) {}
 
   QString introspect(const QString&) const override { return {}; }
 
   bool handleMessage(const QDBusMessage& message, const QDBusConnection&) override {
     const QString sender = QString(message.service()).mid(1).replace(QLatin1Char('.'), '_');
     const QVariantList arguments = message.arguments();
+    if (behaviour_ == Behaviour::kWithoutShortcuts) return false;
     if (message.member() == QStringLiteral("CreateSession")) {
       const QVariantMap options = qdbus_cast<QVariantMap>(arguments.value(0));
       session_ = kRoot + "/session/" + sender + "/" +
@@ -67,8 +73,12 @@ class StandInPortal : public QDBusVirtualObject {
                        {"trigger_description", trigger}}});
       }
       const QVariantMap options = qdbus_cast<QVariantMap>(arguments.value(3));
-      Answer(message, sender, options, refuse_bind_ ? 2 : 0,
+      Answer(message, sender, options, behaviour_ == Behaviour::kRefusingBinds ? 2 : 0,
              {{QStringLiteral("shortcuts"), QVariant::fromValue(bound)}});
+      return true;
+    }
+    if (message.member() == QStringLiteral("Get") && arguments.value(0) == kInterface) {
+      bus_.send(message.createReply(QVariant::fromValue(QDBusVariant(uint(1)))));
       return true;
     }
     if (message.member() == QStringLiteral("Close") && message.path() == session_) {
@@ -93,7 +103,7 @@ class StandInPortal : public QDBusVirtualObject {
     const QString request = kRoot + "/request/" + sender + "/" +
                             options.value(QStringLiteral("handle_token")).toString();
     bus_.send(message.createReply(QVariant::fromValue(QDBusObjectPath(request))));
-    if (mute_) return;
+    if (behaviour_ == Behaviour::kMute) return;
     QTimer::singleShot(0, [this, request, code, results] {
       QDBusMessage response = QDBusMessage::createSignal(
           request, QStringLiteral("org.freedesktop.portal.Request"), QStringLiteral("Response"));
@@ -103,8 +113,7 @@ class StandInPortal : public QDBusVirtualObject {
   }
 
   QDBusConnection bus_;
-  bool refuse_bind_;
-  bool mute_;
+  Behaviour behaviour_;
   QString session_;
 };
 
@@ -115,14 +124,20 @@ int main(int argc, char** argv) {
   using namespace parlavox;
   QCoreApplication application(argc, argv);
   if (argc < 2) {
-    std::fprintf(stderr, "usage: %s <control fifo> [--refuse-bind | --mute]\n", argv[0]);
+    std::fprintf(stderr,
+                 "usage: %s <control fifo> [--refuse-bind | --mute | --without-shortcuts]\n",
+                 argv[0]);
     return 2;
   }
   qDBusRegisterMetaType<PortalShortcutEntry>();
   qDBusRegisterMetaType<PortalShortcutEntries>();
   QDBusConnection bus = QDBusConnection::sessionBus();
   const QByteArray option = argc > 2 ? argv[2] : "";
-  StandInPortal portal(bus, option == "--refuse-bind", option == "--mute");
+  using Behaviour = StandInPortal::Behaviour;
+  StandInPortal portal(bus, option == "--refuse-bind"         ? Behaviour::kRefusingBinds
+                            : option == "--mute"              ? Behaviour::kMute
+                            : option == "--without-shortcuts" ? Behaviour::kWithoutShortcuts
+                                                              : Behaviour::kWilling);
   if (!bus.registerVirtualObject(kRoot, &portal, QDBusConnection::SubPath) ||
       !bus.registerService(kService)) {
     std::fprintf(stderr, "stand-in portal: can't serve on the session bus\n");
