@@ -9,7 +9,7 @@ namespace parlavox {
 struct HotKeySurroundings {
   bool wayland = false;           // XDG_SESSION_TYPE is "wayland" or WAYLAND_DISPLAY is set
   bool x11_display = false;       // an X server could be reached
-  bool shortcuts_portal = false;  // the session bus carries the desktop portal
+  bool shortcuts_portal = false;  // the desktop portal offers global shortcuts
 };
 
 enum class HotKeyRoute { kPortal, kX11, kNone };
