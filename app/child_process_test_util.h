@@ -8,11 +8,22 @@
 #include <unistd.h>
 
 #include <chrono>
+#include <cstdlib>
 #include <string>
 #include <thread>
 #include <vector>
 
 namespace parlavox {
+
+// The sanitizers' settings of the test, as "NAME=value" entries, so that a program it
+// starts reports as the test itself would.
+inline std::vector<std::string> SanitizerEnvironment() {
+  std::vector<std::string> environment;
+  for (const char* keep : {"ASAN_OPTIONS", "UBSAN_OPTIONS", "LSAN_OPTIONS", "TSAN_OPTIONS"}) {
+    if (const char* value = getenv(keep)) environment.push_back(std::string(keep) + "=" + value);
+  }
+  return environment;
+}
 
 // A program started with its own environment, standard output and standard error
 // sent to files, in `working_folder` when one is given.

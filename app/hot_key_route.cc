@@ -1,7 +1,6 @@
 #include "app/hot_key_route.h"
 
-#include <cstdlib>
-#include <string_view>
+#include "app/paths.h"
 
 namespace parlavox {
 
@@ -19,10 +18,8 @@ HotKeyChoice ChooseHotKeyRoute(const HotKeySurroundings& surroundings) {
 }
 
 bool IsWaylandSession() {
-  const char* type = std::getenv("XDG_SESSION_TYPE");
-  const char* display = std::getenv("WAYLAND_DISPLAY");
-  return (type != nullptr && std::string_view(type) == "wayland") ||
-         (display != nullptr && *display != '\0');
+  return EnvironmentOr("XDG_SESSION_TYPE", "") == "wayland" ||
+         !EnvironmentOr("WAYLAND_DISPLAY", "").empty();
 }
 
 }  // namespace parlavox

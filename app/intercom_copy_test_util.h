@@ -6,6 +6,7 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <array>
 #include <chrono>
 #include <filesystem>
 #include <memory>
@@ -74,9 +75,8 @@ class IntercomCopy {
     if (!pulse_server_.empty()) environment.push_back("PULSE_SERVER=" + pulse_server_);
     if (!display_.empty()) environment.push_back("DISPLAY=" + display_);
     environment.insert(environment.end(), extra_environment_.begin(), extra_environment_.end());
-    for (const char* keep : {"ASAN_OPTIONS", "UBSAN_OPTIONS", "LSAN_OPTIONS", "TSAN_OPTIONS"}) {
-      if (const char* value = getenv(keep)) environment.push_back(std::string(keep) + "=" + value);
-    }
+    const std::vector<std::string> sanitizers = SanitizerEnvironment();
+    environment.insert(environment.end(), sanitizers.begin(), sanitizers.end());
     return environment;
   }
 
@@ -146,6 +146,16 @@ class IntercomCopy {
   void Set(const std::string& section, const std::string& key, const std::string& value) const {
     std::filesystem::create_directories(data_folder());
     WriteProfileString(settings(), section, key, value);
+  }
+
+  // Writes the "keys" section: one {virtual key, modifiers, command} per hot key.
+  void SetHotKeys(const std::vector<std::array<int, 3>>& keys) const {
+    for (size_t i = 0; i < keys.size(); ++i) {
+      Set("keys", "key" + std::to_string(i), std::to_string(keys[i][0]));
+      Set("keys", "mod" + std::to_string(i), std::to_string(keys[i][1]));
+      Set("keys", "command" + std::to_string(i), std::to_string(keys[i][2]));
+    }
+    Set("keys", "keycount", std::to_string(keys.size()));
   }
 
  private:

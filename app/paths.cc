@@ -32,6 +32,10 @@ std::string EnvironmentOr(const char* name, std::string_view fallback) {
   return value;
 }
 
+bool HasDisplay() {
+  return !EnvironmentOr("DISPLAY", "").empty() || !EnvironmentOr("WAYLAND_DISPLAY", "").empty();
+}
+
 std::string HomeFolder() {
   if (const char* home = std::getenv("HOME"); home != nullptr && *home != '\0') return home;
   if (const passwd* account = getpwuid(getuid()); account != nullptr) return account->pw_dir;

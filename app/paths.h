@@ -20,6 +20,9 @@ std::string StripTrailingSeparators(std::string_view path);
 // $name when it is set and not empty, otherwise `fallback`.
 std::string EnvironmentOr(const char* name, std::string_view fallback);
 
+// Whether DISPLAY or WAYLAND_DISPLAY names a display to show windows on.
+bool HasDisplay();
+
 // The user's home folder: $HOME, or the account's home when that is unset.
 std::string HomeFolder();
 

@@ -29,13 +29,7 @@ class PortalHotKeyTest : public testing::Test {
     copy_.Set("users", "foldercount", "1");
     copy_.Set("users", "name0", "Ann");  // known from an earlier run: the description names her
     // Ctrl+Alt+F9 calls Ann, Ctrl+Alt+F10 turns the intercom off.
-    const int keys[][3] = {{120, 3, 32}, {121, 3, 6}};
-    for (int i = 0; i < 2; ++i) {
-      copy_.Set("keys", "key" + std::to_string(i), std::to_string(keys[i][0]));
-      copy_.Set("keys", "mod" + std::to_string(i), std::to_string(keys[i][1]));
-      copy_.Set("keys", "command" + std::to_string(i), std::to_string(keys[i][2]));
-    }
-    copy_.Set("keys", "keycount", "2");
+    copy_.SetHotKeys({{120, 3, 32}, {121, 3, 6}});
     copy_.AddEnvironment(BusAddress());
     copy_.AddEnvironment("XDG_SESSION_TYPE=wayland");
   }
@@ -52,10 +46,8 @@ class PortalHotKeyTest : public testing::Test {
   void StartPortal(const std::vector<std::string>& options = {}) {
     std::vector<std::string> argv = {PARLAVOX_STAND_IN_PORTAL, control_};
     argv.insert(argv.end(), options.begin(), options.end());
-    std::vector<std::string> environment = {BusAddress()};
-    for (const char* keep : {"ASAN_OPTIONS", "UBSAN_OPTIONS", "LSAN_OPTIONS", "TSAN_OPTIONS"}) {
-      if (const char* value = getenv(keep)) environment.push_back(std::string(keep) + "=" + value);
-    }
+    std::vector<std::string> environment = SanitizerEnvironment();
+    environment.push_back(BusAddress());
     portal_ =
         std::make_unique<ChildProcess>(argv, environment, portal_said_, scratch_ / "portal.log");
     ASSERT_TRUE(Eventually([&] { return PortalSaid("ready"); }, 10s))

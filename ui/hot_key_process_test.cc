@@ -16,13 +16,7 @@ class HotKeyTest : public DesktopCopyTest {
   HotKeyTest() {
     // Ctrl+Alt with F9 calls Ann, F10 turns the intercom off, F11 opens the window,
     // F8 (which another program holds) would turn it on.
-    const int keys[][3] = {{120, 3, 32}, {121, 3, 6}, {122, 3, 1}, {119, 3, 5}};
-    for (int i = 0; i < 4; ++i) {
-      copy_.Set("keys", "key" + std::to_string(i), std::to_string(keys[i][0]));
-      copy_.Set("keys", "mod" + std::to_string(i), std::to_string(keys[i][1]));
-      copy_.Set("keys", "command" + std::to_string(i), std::to_string(keys[i][2]));
-    }
-    copy_.Set("keys", "keycount", "4");
+    copy_.SetHotKeys({{120, 3, 32}, {121, 3, 6}, {122, 3, 1}, {119, 3, 5}});
   }
 
   ~HotKeyTest() override {

@@ -9,7 +9,6 @@
 #include <QStandardPaths>
 #include <chrono>
 #include <cstdio>
-#include <cstdlib>
 #include <memory>
 #include <string>
 #include <thread>
@@ -19,6 +18,7 @@
 #include "app/control_client.h"
 #include "app/control_protocol.h"
 #include "app/headless_view.h"
+#include "app/paths.h"
 #include "app/session.h"
 #include "app/startup.h"
 #include "audio/mixer_control.h"
@@ -55,9 +55,7 @@ std::vector<std::string> IdleTexts() {
 // Whether this start shows the window: there is a display, and it was not started
 // "/service" or with a control option.
 bool WantsWindow(int argc, char** argv) {
-  const char* x11 = std::getenv("DISPLAY");
-  const char* wayland = std::getenv("WAYLAND_DISPLAY");
-  if ((x11 == nullptr || *x11 == '\0') && (wayland == nullptr || *wayland == '\0')) return false;
+  if (!HasDisplay()) return false;
   for (int i = 1; i < argc; ++i) {
     const std::string argument = argv[i];
     if (argument != "/logon" && argument != "/install") return false;

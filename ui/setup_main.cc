@@ -3,27 +3,16 @@
 #include <QApplication>
 #include <QMessageBox>
 #include <cstdio>
-#include <cstdlib>
 #include <string>
 #include <vector>
 
+#include "app/paths.h"
 #include "setup/setup_roles.h"
 #include "setup/start_at_login.h"
 #include "setup/terminal_setup_view.h"
 #include "ui/progress_dialog.h"
 
 namespace parlavox {
-namespace {
-
-bool HasDisplay() {
-  for (const char* name : {"DISPLAY", "WAYLAND_DISPLAY"}) {
-    const char* value = std::getenv(name);
-    if (value != nullptr && *value != '\0') return true;
-  }
-  return false;
-}
-
-}  // namespace
 
 int RunSetupRole(Role role, int argc, char** argv) {
   const std::vector<std::string> arguments(argv + 1, argv + argc);
