@@ -49,6 +49,7 @@ class IntercomCopy {
   IntercomCopy(const std::string& folder, std::string pulse_server = "")
       : home_(folder + "/home"),
         runtime_(folder + "/run"),
+        temporary_(folder + "/tmp"),
         log_(folder + "/parlavox.log"),
         control_output_(folder + "/control.out"),
         machine_config_(folder + "/etc"),
@@ -58,6 +59,7 @@ class IntercomCopy {
     std::filesystem::create_directories(home_);
     std::filesystem::create_directories(inward_folder());
     std::filesystem::create_directories(runtime_);
+    std::filesystem::create_directories(temporary_);
     std::filesystem::permissions(runtime_, std::filesystem::perms::owner_all);
   }
 
@@ -69,9 +71,9 @@ class IntercomCopy {
   std::string runtime_folder() const { return runtime_; }
 
   std::vector<std::string> Environment() const {
-    std::vector<std::string> environment = {"HOME=" + home_, "XDG_RUNTIME_DIR=" + runtime_,
-                                            "XDG_CONFIG_DIRS=" + machine_config_,
-                                            "PATH=" + tools_ + ":/usr/bin:/bin"};
+    std::vector<std::string> environment = {
+        "HOME=" + home_, "XDG_RUNTIME_DIR=" + runtime_, "TMPDIR=" + temporary_,
+        "XDG_CONFIG_DIRS=" + machine_config_, "PATH=" + tools_ + ":/usr/bin:/bin"};
     if (!pulse_server_.empty()) environment.push_back("PULSE_SERVER=" + pulse_server_);
     if (!display_.empty()) environment.push_back("DISPLAY=" + display_);
     environment.insert(environment.end(), extra_environment_.begin(), extra_environment_.end());
@@ -159,7 +161,8 @@ class IntercomCopy {
   }
 
  private:
-  std::string home_, runtime_, log_, control_output_, machine_config_, tools_, pulse_server_;
+  std::string home_, runtime_, temporary_, log_, control_output_, machine_config_, tools_,
+      pulse_server_;
   std::string display_;
   std::vector<std::string> extra_environment_;
   std::unique_ptr<ChildProcess> process_;

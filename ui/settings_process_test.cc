@@ -42,6 +42,17 @@ class SettingsTest : public DesktopCopyTest {
     ClickInSheet(button_x, kButtonsY);
     ASSERT_TRUE(VirtualDesktop::WaitUntil([&] { return !desktop_.VisibleWindow("Settings"); }));
   }
+  // Opens the drop-down list at (x, y), presses `keys` in it and waits until it has
+  // closed, so that the next click reaches the sheet and not the closing list.
+  void PickFromList(int x, int y, const std::string& keys) {
+    const int windows = desktop_.VisibleWindowCount("parlavox");
+    ClickInSheet(x, y);
+    ASSERT_TRUE(VirtualDesktop::WaitUntil(
+        [&] { return desktop_.VisibleWindowCount("parlavox") > windows; }));
+    desktop_.Run("xdotool key " + keys);
+    ASSERT_TRUE(VirtualDesktop::WaitUntil(
+        [&] { return desktop_.VisibleWindowCount("parlavox") == windows; }));
+  }
   std::string Setting(const char* key) const {
     return FindProfileString(copy_.settings(), "settings", key).value_or("<missing>");
   }
@@ -52,9 +63,8 @@ class SettingsTest : public DesktopCopyTest {
 TEST_F(SettingsTest, TheGeneralPageListsTheDevicesAndIsSavedOnLeavingIt) {
   StartWindow();
   OpenSettings();
-  ClickInSheet(kOutputDevicesX, kOutputDevicesY);  // the output devices, by their names
-  std::this_thread::sleep_for(300ms);
-  desktop_.Run("xdotool key Down Down Return");  // "Microphone", the second sink
+  // The output devices, by their names: "Microphone" is the second sink.
+  PickFromList(kOutputDevicesX, kOutputDevicesY, "Down Down Return");
   ClickInSheet(kOutputLevelX, kOutputLevelY);
   desktop_.Run("xdotool key ctrl+a");
   desktop_.Run("xdotool type -- -6");
@@ -91,9 +101,7 @@ TEST_F(SettingsTest, ANewPersonAddsColleaguesPicksAMicrophoneAndStartsAtLogin) {
   ASSERT_TRUE(PublishUser(scratch_ / "cid", "Cid", 303, false));
   StartWindow();
   OpenSettings();
-  ClickInSheet(kInputDevicesX, kInputDevicesY);
-  std::this_thread::sleep_for(300ms);
-  desktop_.Run("xdotool key Down Down Return");  // the second source
+  PickFromList(kInputDevicesX, kInputDevicesY, "Down Down Return");  // the second source
   ClickInSheet(kStartAtLoginX, kStartAtLoginY);
   ClickInSheet(kUsersTabX, kTabsY);
   for (const char* colleague : {"ben", "cid"}) {

@@ -39,6 +39,11 @@ class VirtualDesktop {
     // switching consoles with them.
     Run("setxkbmap -option srvrkeys:none");
     window_manager_ = Start({"/usr/bin/openbox"});
+    // The first key that xdotool presses switches the X server to its own keyboard, and
+    // the window manager answers the new keyboard map by grabbing its keys anew; a key
+    // pressed meanwhile (Alt+F4) is lost. So that switch happens here, before any test.
+    WaitUntil([&] { return Run("xprop -root _NET_SUPPORTING_WM_CHECK | grep -q window") == 0; });
+    Run("xdotool key shift");
     tray_ = Start({"/usr/bin/trayer", "--edge", "top", "--align", "right", "--widthtype", "pixel",
                    "--width", "80", "--heighttype", "pixel", "--height", "24", "--SetDockType",
                    "true", "--transparent", "false"});
