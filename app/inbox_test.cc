@@ -85,6 +85,7 @@ TEST_F(InboxTest, BrokenMessagesGoUnheardAndOnesThatCantPlayGoWithAnAlert) {
 }
 
 TEST_F(InboxTest, AMessageWhoseHeaderIsStillComingIsLeftForItsCaller) {
+  ListUser("Ann", 7);
   Start();
   FakeInboxFolder::Message& message = folder_.Add("7.wav", nullptr, /*coming=*/true);
   watcher_.changed();
@@ -92,10 +93,13 @@ TEST_F(InboxTest, AMessageWhoseHeaderIsStillComingIsLeftForItsCaller) {
   EXPECT_TRUE(folder_.removed.empty());
   EXPECT_EQ(player_.plays, 0);
   EXPECT_TRUE(folder_.held.empty());
+  EXPECT_TRUE(view_.statuses.empty());
 
   message.reader = std::make_shared<MemoryReader>(11025, 0);  // the header, no sound yet
   clock_.Advance(20ms);
   EXPECT_EQ(player_.plays, 1);  // the lead-in covers the wait for the first sound
+  clock_.Advance(100ms);
+  EXPECT_EQ(view_.statuses, std::vector<std::string>{"<- Ann"});  // once, not at every look
 }
 
 TEST_F(InboxTest, PlaybackThatCatchesUpWithItsCallerGoesOnWhereItStopped) {

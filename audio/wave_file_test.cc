@@ -1,15 +1,11 @@
 #include "audio/wave_file.h"
 
 #include <stdlib.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
-#include <chrono>
 #include <cmath>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
-#include <thread>
 
 #include <gtest/gtest.h>
 
@@ -270,54 +266,6 @@ TEST_F(WaveFileTest, TwentyFourBitFilesAreTakenAsFourBytesASample) {
   EXPECT_EQ(reader->full_scale(), kFullScale);
   EXPECT_EQ(ReadAll(*reader, 3),
             (std::vector<int32_t>{From32(0x04030201), From32(0x08070605), From32(0x0c0b0a09)}));
-}
-
-// A writer in another process appends 40 ms blocks in real time for 20 s; this
-// process trails it as the player does and must receive every sample once, in order.
-TEST_F(WaveFileTest, AGrowingFileIsReadWhileAnotherProcessWritesIt) {
-  constexpr int kBlock = 441, kBlocks = 500;
-  const std::string path = Path("live.wav");
-  auto sample_at = [](int64_t i) { return int32_t((i * 7919) % 65536 - 32768) * 16; };
-  const pid_t writer_pid = fork();
-  ASSERT_GE(writer_pid, 0);
-  if (writer_pid == 0) {
-    auto writer = CreateWaveFileWriter(path, 11025, 1, 16, 0);
-    std::vector<int32_t> block(kBlock);
-    auto next = std::chrono::steady_clock::now();
-    for (int b = 0; b < kBlocks; ++b) {
-      for (int i = 0; i < kBlock; ++i) block[size_t(i)] = sample_at(int64_t(b) * kBlock + i);
-      writer->Write(block.data(), kBlock);
-      next += std::chrono::milliseconds(40);
-      std::this_thread::sleep_until(next);
-    }
-    writer.reset();
-    _exit(0);
-  }
-  std::shared_ptr<WaveFileReader> reader;
-  while (!reader) {
-    std::this_thread::sleep_for(std::chrono::milliseconds(5));
-    reader = OpenWaveFileReader(path);
-  }
-  int64_t received = 0;
-  bool writer_done = false;
-  std::vector<int32_t> block(kMaxBlockFrames);
-  const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(60);
-  while (received < int64_t{kBlock} * kBlocks && std::chrono::steady_clock::now() < deadline) {
-    const int64_t available = reader->GetLength() - reader->GetPosition();
-    if (available <= 0) {
-      writer_done = writer_done || waitpid(writer_pid, nullptr, WNOHANG) == writer_pid;
-      std::this_thread::sleep_for(std::chrono::milliseconds(10));
-      continue;
-    }
-    const int frames = int(std::min<int64_t>(available, kMaxBlockFrames));
-    reader->Read(block.data(), frames);
-    for (int i = 0; i < frames; ++i)
-      ASSERT_EQ(block[size_t(i)], sample_at(received + i)) << received + i;
-    received += frames;
-  }
-  if (!writer_done) waitpid(writer_pid, nullptr, 0);
-  EXPECT_EQ(received, int64_t{kBlock} * kBlocks);
-  EXPECT_EQ(reader->GetLength(), int64_t{kBlock} * kBlocks);
 }
 
 }  // namespace
