@@ -2,6 +2,7 @@
 
 #include "app/message_file.h"
 #include "app/paths.h"
+#include "app/watched_message_writer.h"
 #include "audio/queued_wave_file_writer.h"
 
 namespace parlavox {
@@ -17,17 +18,23 @@ void BackgroundShareAccess::ReadRecord(const std::string& folder,
 
 void BackgroundShareAccess::OpenMessage(const std::string& folder, const std::string& name,
                                         std::function<void(MessageOpening)> done,
-                                        std::function<void(bool whole)> finished) {
+                                        MessageReports reports) {
   worker_.Post([this, path = JoinPath(folder, name), done = std::move(done),
-                finished = std::move(finished)]() mutable {
+                reports = std::move(reports)]() mutable {
     MessageOpening opening;
     {
       const FileLock lock = LockMessage(path, FileLock::Kind::kExclusive);
       opening.still_playing = lock.refused();
-      if (!opening.still_playing) {
+      std::shared_ptr<WaveFileWriter> file;
+      if (!opening.still_playing) file = CreateWaveFileWriter(path, 11025, 1, 16, 0);
+      opening.unwritable = file && !file->is_valid();
+      if (file && file->is_valid()) {
+        auto watched = std::make_shared<WatchedMessageWriter>(
+            std::move(file), path, [this, taken_away = std::move(reports.taken_away)] {
+              if (taken_away) owner_.Post(taken_away);
+            });
         opening.writer = std::make_shared<QueuedWaveFileWriter>(
-            CreateWaveFileWriter(path, 11025, 1, 16, 0), worker_,
-            [this, finished = std::move(finished)](bool whole) {
+            std::move(watched), worker_, [this, finished = std::move(reports.finished)](bool whole) {
               if (finished) owner_.Post([finished, whole] { finished(whole); });
             });
       }

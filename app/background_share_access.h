@@ -15,8 +15,7 @@ class BackgroundShareAccess : public ShareAccess {
   void ReadRecord(const std::string& folder,
                   std::function<void(std::optional<UserRecord>)> done) override;
   void OpenMessage(const std::string& folder, const std::string& name,
-                   std::function<void(MessageOpening)> done,
-                   std::function<void(bool whole)> finished) override;
+                   std::function<void(MessageOpening)> done, MessageReports reports) override;
 
  private:
   TaskPoster& worker_;

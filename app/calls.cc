@@ -21,6 +21,8 @@ std::string RefusalText(CallRefusal refusal) {
       return "User's Parlavox is off";
     case CallRefusal::kPreviousMessagePlaying:
       return "Your previous message is still playing on the user's computer";
+    case CallRefusal::kFolderNotWritable:
+      return "Unable to write into the user's inward folder";
     case CallRefusal::kRecorderFailed:
       return "Unable to start recording. Check the Sound In Device in Settings";
   }
@@ -70,15 +72,22 @@ void Calls::OnCalleeRecord(const std::string& folder, Done done,
       lifetime_.Bind([this, callee = *callee, done = std::move(done)](MessageOpening opening) {
         OnMessageOpened(callee, done, std::move(opening));
       }),
-      lifetime_.Bind([this](bool whole) {
-        if (!whole) status_.ShowStatus("Your message could not be saved in the user's folder");
-      }));
+      MessageReports{lifetime_.Bind([this](bool whole) {
+                       if (!whole) {
+                         status_.ShowStatus("Your message could not be saved in the user's folder");
+                       }
+                     }),
+                     lifetime_.Bind([this] {
+                       if (!is_recording()) return;
+                       Stop();
+                       status_.ShowStatus(
+                           "Your message was taken from the user's folder before it ended");
+                     })});
 }
 
 void Calls::OnMessageOpened(const UserRecord& callee, Done done, MessageOpening opening) {
-  if (opening.still_playing) {
-    return Refuse(CallRefusal::kPreviousMessagePlaying, done);
-  }
+  if (opening.still_playing) return Refuse(CallRefusal::kPreviousMessagePlaying, done);
+  if (opening.unwritable) return Refuse(CallRefusal::kFolderNotWritable, done);
   starting_ = false;
   const int source = static_cast<int8_t>(settings_.ReadInt(kSettingsSection, "soundinchannel", -1));
   const int device = static_cast<int8_t>(settings_.ReadInt(kSettingsSection, "soundindevice", 0));

@@ -25,6 +25,7 @@ enum class CallRefusal {
   kUnreachable,             // the callee's record can't be read
   kCalleeOff,               // the callee's intercom is off
   kPreviousMessagePlaying,  // the callee still plays this caller's previous message
+  kFolderNotWritable,       // the callee's folder can't be written
   kRecorderFailed,          // the microphone could not be started
 };
 
@@ -36,8 +37,9 @@ std::string RefusalText(CallRefusal refusal);
 // call starts, the callee's record is read (its folder must be reachable and its
 // intercom on) and the message file is opened, both away from the owner's thread;
 // then the record source and level are set, the process is raised and the recorder
-// starts, and the status line shows "-> name". A call that can't be reached or is
-// off shows why on the status line.
+// starts, and the status line shows "-> name". A call that can't be reached, is off or
+// can't be written shows why on the status line; so does a call whose message is taken
+// from the callee's folder before it ends, which then ends.
 class Calls : private LSoundRecorderListener {
  public:
   using Done = std::function<void(CallRefusal)>;

@@ -66,10 +66,14 @@ TEST_F(CallsTest, ACallThatCannotStartSaysWhy) {
   EXPECT_TRUE(share_.opened.empty());  // nothing is written to either
   EXPECT_EQ(StartCall(2), CallRefusal::kPreviousMessagePlaying);
   EXPECT_EQ(view_.statuses.back(), RefusalText(CallRefusal::kPreviousMessagePlaying));
+  share_.still_playing.clear();
+  share_.read_only.insert("/srv/Cy");  // the folder is blamed, not the microphone
+  EXPECT_EQ(StartCall(2), CallRefusal::kFolderNotWritable);
+  EXPECT_EQ(view_.statuses.back(), "Unable to write into the user's inward folder");
   EXPECT_EQ(recorder_.starts, 0);
   EXPECT_FALSE(priority_.raised);
 
-  share_.still_playing.clear();
+  share_.read_only.clear();
   recorder_.refuse = true;
   const size_t statuses = view_.statuses.size();
   EXPECT_EQ(StartCall(2), CallRefusal::kRecorderFailed);
@@ -77,6 +81,15 @@ TEST_F(CallsTest, ACallThatCannotStartSaysWhy) {
   EXPECT_TRUE(priority_.raised);               // until the end of the call is asked for
   intercom_.StopCall();
   EXPECT_FALSE(priority_.raised);
+}
+
+TEST_F(CallsTest, ACallWhoseMessageIsTakenAwayEndsAndSaysSo) {
+  ListUser("Ann", 101);
+  EXPECT_EQ(StartCall(0), CallRefusal::kNone);
+  share_.last_reports.taken_away();
+  EXPECT_FALSE(recorder_.is_recording());
+  EXPECT_FALSE(priority_.raised);
+  EXPECT_EQ(view_.statuses.back(), "Your message was taken from the user's folder before it ended");
 }
 
 TEST_F(CallsTest, AShortPressStillLeavesAMessage) {

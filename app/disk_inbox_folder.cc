@@ -16,13 +16,12 @@ bool IsMessage(const std::filesystem::directory_entry& entry) {
          entry.is_regular_file(error);
 }
 
-// Calls `use` with each message of `folder`, in the folder's own order, until it
-// returns false.
+// Calls `use` with each message of `folder`, in the folder's own order.
 template <typename Use>
 void ForEachMessage(const std::string& folder, Use use) {
   std::error_code error;
   for (const auto& entry : std::filesystem::directory_iterator(folder, error)) {
-    if (IsMessage(entry) && !use(entry)) return;
+    if (IsMessage(entry)) use(entry);
   }
 }
 
@@ -32,21 +31,32 @@ std::string DiskInboxFolder::PathOf(const std::string& name) const {
   return JoinPath(settings_.inward_folder(), name);
 }
 
-void DiskInboxFolder::Clear() {
-  ForEachMessage(settings_.inward_folder(), [](const std::filesystem::directory_entry& entry) {
-    std::error_code error;
-    std::filesystem::remove(entry.path(), error);
-    return true;
-  });
+void DiskInboxFolder::Delete(const std::string& name) {
+  const std::string path = PathOf(name);
+  std::error_code error;
+  if (std::filesystem::remove(path, error) || !error) return;
+  if (const std::optional<MessageLook> look = LookAtMessage(path)) undeletable_[name] = *look;
 }
 
-std::optional<std::string> DiskInboxFolder::FirstMessage() {
-  std::optional<std::string> first;
+void DiskInboxFolder::Clear() {
+  for (const std::string& name : Messages()) Delete(name);
+}
+
+std::vector<std::string> DiskInboxFolder::Messages() {
+  std::vector<std::string> names;
+  std::map<std::string, MessageLook> still_undeletable;
   ForEachMessage(settings_.inward_folder(), [&](const std::filesystem::directory_entry& entry) {
-    first = entry.path().filename().string();
-    return false;
+    std::string name = entry.path().filename().string();
+    if (const auto played = undeletable_.find(name); played != undeletable_.end()) {
+      if (LookAtMessage(entry.path()) == played->second) {
+        still_undeletable.insert(*played);
+        return;
+      }
+    }
+    names.push_back(std::move(name));
   });
-  return first;
+  undeletable_ = std::move(still_undeletable);
+  return names;
 }
 
 std::shared_ptr<WaveFileReader> DiskInboxFolder::Open(const std::string& name) {
@@ -61,8 +71,7 @@ bool DiskInboxFolder::IsStillComing(const std::string& name) {
 }
 
 void DiskInboxFolder::Remove(const std::string& name) {
-  std::error_code error;
-  std::filesystem::remove(PathOf(name), error);
+  Delete(name);
   hold_.reset();
   arrivals_.Forget(name);
 }

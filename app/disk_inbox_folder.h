@@ -1,9 +1,11 @@
 #ifndef PARLAVOX_APP_DISK_INBOX_FOLDER_H_
 #define PARLAVOX_APP_DISK_INBOX_FOLDER_H_
 
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "app/inbox_folder.h"
 #include "app/message_file.h"
@@ -21,7 +23,7 @@ class DiskInboxFolder : public InboxFolder {
       : settings_(settings), clock_(clock) {}
 
   void Clear() override;
-  std::optional<std::string> FirstMessage() override;
+  std::vector<std::string> Messages() override;
   std::shared_ptr<WaveFileReader> Open(const std::string& name) override;
   bool IsStillComing(const std::string& name) override;
   void Remove(const std::string& name) override;
@@ -29,10 +31,13 @@ class DiskInboxFolder : public InboxFolder {
 
  private:
   std::string PathOf(const std::string& name) const;
+  // Deletes a message; when that fails, remembers it as played as it stands now.
+  void Delete(const std::string& name);
 
   const SettingsFile& settings_;
   const Clock& clock_;
   MessageArrivals arrivals_;
+  std::map<std::string, MessageLook> undeletable_;  // played, as they were then
   std::optional<FileLock> hold_;
 };
 

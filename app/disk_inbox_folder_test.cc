@@ -1,6 +1,8 @@
 #include "app/disk_inbox_folder.h"
 
+#include <cstdlib>
 #include <filesystem>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -31,9 +33,9 @@ TEST_F(DiskInboxFolderTest, OnlyRegularFilesNamedWavAreMessages) {
   std::filesystem::create_directory(Path("5.wav"));  // a folder, whatever its name
   WriteFileText(Path("notes.txt"), "");
   WriteFileText(Path("ParlavoxUserData"), "");
-  EXPECT_EQ(folder_.FirstMessage(), std::nullopt);
+  EXPECT_TRUE(folder_.Messages().empty());
   WriteFileText(Path(".wav"), "");
-  EXPECT_EQ(folder_.FirstMessage(), ".wav");
+  EXPECT_EQ(folder_.Messages(), std::vector<std::string>{".wav"});
   WriteFileText(Path("7.WAV"), "");
 
   folder_.Clear();
@@ -65,6 +67,44 @@ TEST_F(DiskInboxFolderTest, AMessageIsComingWhileItChangesOnThisCopysClock) {
   clock_.Advance(1ms);
   EXPECT_FALSE(folder_.IsStillComing("12.wav"));
   EXPECT_FALSE(folder_.IsStillComing("gone.wav"));
+}
+
+// An append-only folder (chattr +a) lets callers add and write messages but lets nobody
+// delete them, not even root: as a share that refuses deletion does.
+class AppendOnlyFolder {
+ public:
+  explicit AppendOnlyFolder(std::string path) : path_(std::move(path)) {
+    made_ = std::system(("chattr +a '" + path_ + "' 2>/dev/null").c_str()) == 0;
+  }
+  ~AppendOnlyFolder() {
+    if (made_ && std::system(("chattr -a '" + path_ + "'").c_str()) != 0) {
+      ADD_FAILURE() << "the folder stays append-only: " << path_;
+    }
+  }
+  bool made() const { return made_; }
+
+ private:
+  std::string path_;
+  bool made_;
+};
+
+TEST_F(DiskInboxFolderTest, AMessageThatCantBeDeletedIsHeardOncePerArrival) {
+  const AppendOnlyFolder append_only(settings_.inward_folder());
+  if (!append_only.made()) GTEST_SKIP() << "this file system has no append-only folders";
+  CreateWaveFileWriter(Path("12.wav"), 11025, 1, 16, 0)->Finish();
+  WriteFileText(Path("13.wav"), "junk");
+  folder_.Clear();  // what waited before the start is not heard either
+  EXPECT_TRUE(folder_.Messages().empty());
+
+  auto writer = CreateWaveFileWriter(Path("12.wav"), 11025, 1, 16, 0);  // a new call
+  const std::vector<int32_t> sound(100, 1000);
+  writer->Write(sound.data(), 100);
+  ASSERT_TRUE(writer->Finish());
+  EXPECT_EQ(folder_.Messages(), std::vector<std::string>{"12.wav"});
+  ASSERT_NE(folder_.Open("12.wav"), nullptr);
+  folder_.Remove("12.wav");
+  EXPECT_TRUE(std::filesystem::exists(Path("12.wav")));
+  EXPECT_TRUE(folder_.Messages().empty());
 }
 
 }  // namespace

@@ -31,38 +31,56 @@ void Inbox::Stop() {
   folder_.Release();
 }
 
+namespace {
+
+// Sample rates a voice message can have. A file that claims less would hold the inbox
+// for ages with a few bytes (4 KB at 1 Hz plays for half an hour).
+constexpr int kLowestMessageRate = 4000;
+constexpr int kHighestMessageRate = 192000;
+
+bool IsPlayable(const std::shared_ptr<WaveFileReader>& reader) {
+  return reader && reader->is_valid() && reader->sample_rate() >= kLowestMessageRate &&
+         reader->sample_rate() <= kHighestMessageRate;
+}
+
+}  // namespace
+
 void Inbox::PlayNext() {
   if (player_.is_open()) return;  // the next one is picked when this one ends
   if (resumed_reader_) {
     Resume();
     return;
   }
-  const std::optional<std::string> name = folder_.FirstMessage();
-  if (!name) return;
-  previous_caller_ = ParseInteger(*name);  // before anything can fail: Reply targets it
-
-  std::shared_ptr<WaveFileReader> reader = folder_.Open(*name);
-  const bool usable = reader && reader->is_valid();
-  if (!usable && folder_.IsStillComing(*name)) {
-    // The caller's copy has not written the header yet: taken for broken now, the
-    // whole call would be lost. A message that holds no sound yet is played at once:
-    // its lead-in covers the wait for the first sound, and should the lead-in run out
-    // first, playback goes on from there when the sound arrives.
-    folder_.Release();
-    next_->Start(kStillComingLook);
+  bool header_coming = false;
+  for (const std::string& name : folder_.Messages()) {
+    std::shared_ptr<WaveFileReader> reader = folder_.Open(name);
+    if (!IsPlayable(reader) && folder_.IsStillComing(name)) {
+      // The caller's copy has not written the header yet: taken for broken now, the
+      // whole call would be lost. Messages behind it play meanwhile.
+      folder_.Release();
+      header_coming = true;
+      continue;
+    }
+    previous_caller_ = ParseInteger(name);  // before anything can fail: Reply targets it
+    AnnounceCaller();
+    if (!IsPlayable(reader)) {
+      folder_.Remove(name);
+      continue;
+    }
+    // A message that holds no sound yet is played at once: its lead-in covers the wait
+    // for the first sound, and should the lead-in run out first, playback goes on from
+    // there when the sound arrives.
+    playing_ = name;
+    reader->Seek(TimeToFrames(kLeadInTime, reader->sample_rate()));
+    const int device =
+        static_cast<int8_t>(settings_.ReadInt(kSettingsSection, "soundoutdevice", 0));
+    player_.set_device(device);
+    mixer_.SetOutputVolume(device, settings_.ReadDecibels(kSettingsSection, "soundoutvolume", 0),
+                           0);
+    Play(std::move(reader));
     return;
   }
-  AnnounceCaller();
-  if (!usable) {
-    folder_.Remove(*name);  // the deletion wakes the inbox again for the next one
-    return;
-  }
-  playing_ = *name;
-  reader->Seek(TimeToFrames(kLeadInTime, reader->sample_rate()));
-  const int device = static_cast<int8_t>(settings_.ReadInt(kSettingsSection, "soundoutdevice", 0));
-  player_.set_device(device);
-  mixer_.SetOutputVolume(device, settings_.ReadDecibels(kSettingsSection, "soundoutvolume", 0), 0);
-  Play(std::move(reader));
+  if (header_coming) next_->Start(kStillComingLook);
 }
 
 void Inbox::AnnounceCaller() {

@@ -27,8 +27,9 @@ namespace parlavox {
 // "<- name" when the sender is in the users list.
 //
 // A message whose caller is still writing it is not taken for broken while its header
-// is missing, and when playback catches up with the caller it is not deleted: the
-// inbox looks again every 20 ms and goes on from where it stopped.
+// is missing (the messages behind it play meanwhile), and when playback catches up
+// with the caller it is not deleted: the inbox looks again every 20 ms and goes on
+// from where it stopped. A file that claims a sample rate no voice has is broken.
 class Inbox : private LSoundPlayerListener {
  public:
   static constexpr int32_t kLeadInTime = -1500;  // 1/10000 s

@@ -102,6 +102,25 @@ TEST_F(InboxTest, AMessageWhoseHeaderIsStillComingIsLeftForItsCaller) {
   EXPECT_EQ(view_.statuses, std::vector<std::string>{"<- Ann"});  // once, not at every look
 }
 
+TEST_F(InboxTest, JunkAndHeadersStillComingHoldNoRealMessageBack) {
+  Start();
+  folder_.Add("7.wav", nullptr, /*coming=*/true);  // a caller about to write its header
+  folder_.Add("8.wav", std::make_shared<MemoryReader>(1, 4000));  // half an hour at 1 Hz
+  Message(9);
+  watcher_.changed();
+  EXPECT_EQ(folder_.removed, std::vector<std::string>{"8.wav"});
+  EXPECT_EQ(player_.plays, 1);
+  EXPECT_EQ(folder_.held, "9.wav");
+  EXPECT_EQ(intercom_.Snapshot().previous_caller, 9);
+
+  player_.PlayToTheEnd();
+  clock_.Advance(200ms);
+  EXPECT_EQ(folder_.Names(), std::vector<std::string>{"7.wav"});  // still waited for
+  folder_.Find("7.wav")->coming = false;  // its time is up: junk after all
+  clock_.Advance(20ms);
+  EXPECT_EQ(folder_.removed, (std::vector<std::string>{"8.wav", "9.wav", "7.wav"}));
+}
+
 TEST_F(InboxTest, PlaybackThatCatchesUpWithItsCallerGoesOnWhereItStopped) {
   Start();
   std::shared_ptr<MemoryReader> reader = Message(8, 0.5);

@@ -19,8 +19,9 @@ std::set<std::string> ListFolder(const std::string& folder);
 // `changed` to the owner after every creation, deletion or renaming of a name in it:
 // through inotify, and where the folder lies on a network file system also by
 // comparing the folder's listing every second. Otherwise the thread sleeps until a
-// change or a stop request wakes it. A folder that can't be watched ends the thread
-// at once; nothing is reported.
+// change or a stop request wakes it. A folder that is missing, not a folder, or goes
+// away is reported unusable and looked for every second; when it is back, the watch
+// is set up again and it is reported usable and changed.
 class InboxWatcher : public WorkerThread, public InboxWatching {
  public:
   static constexpr std::chrono::milliseconds kListingInterval{1000};
@@ -34,7 +35,8 @@ class InboxWatcher : public WorkerThread, public InboxWatching {
                         Lister lister = ListFolder);
   ~InboxWatcher() override;
 
-  void StartWatching(const std::string& folder, std::function<void()> changed) override;
+  void StartWatching(const std::string& folder, std::function<void()> changed,
+                     std::function<void(bool usable)> usable) override;
   void AskToStop() override { RequestStop(); }
   void StopWatching() override { Stop(); }
 
@@ -50,6 +52,7 @@ class InboxWatcher : public WorkerThread, public InboxWatching {
   int wake_fd_;  // an eventfd that a stop request makes readable
   std::string folder_;
   std::function<void()> changed_;
+  std::function<void(bool)> usable_;
 };
 
 }  // namespace parlavox

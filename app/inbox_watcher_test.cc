@@ -44,7 +44,7 @@ TEST(InboxWatcherTest, EveryKindOfNameChangeIsReportedAndStopIsPrompt) {
   ScratchFolder folder;
   CountingPoster poster;
   InboxWatcher watcher(poster);
-  watcher.StartWatching(folder.path(), [] {});
+  watcher.StartWatching(folder.path(), [] {}, [](bool) {});
   std::this_thread::sleep_for(100ms);
   EXPECT_EQ(poster.posts, 0);
 
@@ -75,10 +75,46 @@ TEST(InboxWatcherTest, EveryKindOfNameChangeIsReportedAndStopIsPrompt) {
   EXPECT_LT(std::chrono::steady_clock::now() - began, 1s);  // woken, not forced after 5 s
   EXPECT_FALSE(IsOnNetworkFileSystem(folder.path()));
 
-  InboxWatcher missing(poster);  // a folder that isn't there: the thread just ends
-  missing.StartWatching(folder / "nowhere", [] {});
+}
+
+TEST(InboxWatcherTest, AFolderThatGoesAndComesBackIsWatchedAgain) {
+  ScratchFolder scratch;
+  const std::string folder = scratch / "Incoming";
+  CountingPoster poster;
+  std::atomic<int> changes{0}, losses{0}, returns{0};
+  const auto within = [](const std::atomic<int>& count, int at_least) {
+    const auto deadline = std::chrono::steady_clock::now() + 3s;
+    while (count < at_least && std::chrono::steady_clock::now() < deadline) {
+      std::this_thread::sleep_for(10ms);
+    }
+    return count >= at_least;
+  };
+  InboxWatcher watcher(poster);
+  watcher.StartWatching(
+      folder, [&] { ++changes; }, [&](bool usable) { ++(usable ? returns : losses); });
+  ASSERT_TRUE(within(losses, 1));  // not there at the start
+
+  std::filesystem::create_directory(folder);
+  ASSERT_TRUE(within(returns, 1));  // found within a second
+  ASSERT_TRUE(within(changes, 1));  // and what arrived meanwhile is looked at
+  WriteFileText(folder + "/42.wav", "x");
+  ASSERT_TRUE(within(changes, 2));
+
+  // Removed and made again, as a share mounted anew: the new folder is watched.
+  std::filesystem::remove_all(folder);
+  ASSERT_TRUE(within(losses, 2));
+  std::filesystem::create_directory(folder);
+  ASSERT_TRUE(within(returns, 2));
   std::this_thread::sleep_for(100ms);
-  EXPECT_FALSE(missing.IsRunning());
+  const int seen = changes;
+  WriteFileText(folder + "/43.wav", "x");
+  EXPECT_TRUE(within(changes, seen + 1));
+
+  // A plain file where the folder should be can't be watched either.
+  std::filesystem::remove_all(folder);
+  WriteFileText(folder, "not a folder");
+  EXPECT_TRUE(within(losses, 3));
+  EXPECT_EQ(returns, 2);
 }
 
 TEST(InboxWatcherTest, TheListingIsComparedEverySecondWhereNotificationsDontReach) {
@@ -92,7 +128,7 @@ TEST(InboxWatcherTest, TheListingIsComparedEverySecondWhereNotificationsDontReac
     std::lock_guard lock(mutex);
     return on_the_share;
   });
-  watcher.StartWatching(folder.path(), [] {});
+  watcher.StartWatching(folder.path(), [] {}, [](bool) {});
   std::this_thread::sleep_for(1500ms);
   EXPECT_EQ(poster.posts, 0);  // an unchanged listing wakes nobody
   {

@@ -37,8 +37,21 @@ void Intercom::Start() {
 void Intercom::StartWorkers() {
   inbox_.Clear();
   parts_.watcher.StartWatching(settings_.inward_folder(),
-                               lifetime_.Bind([this] { inbox_.PlayNext(); }));
+                               lifetime_.Bind([this] { inbox_.PlayNext(); }),
+                               lifetime_.Bind([this](bool usable) { OnInwardFolder(usable); }));
   parts_.poller.StartPolling(lifetime_.Bind([this] { FillUserList(); }));
+}
+
+void Intercom::OnInwardFolder(bool usable) {
+  if (!usable) {
+    status_.ShowStatus("Nobody can call you: your inward folder " + settings_.inward_folder() +
+                       " is missing or can't be used");
+    return;
+  }
+  // A folder made again (a share mounted again, a folder restored) has lost the
+  // record that tells others this intercom is on.
+  ApplyOnOffState();
+  status_.ShowStatus("Your inward folder is back: others can call you again");
 }
 
 void Intercom::BeginSettings() {

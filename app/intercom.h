@@ -126,6 +126,8 @@ class Intercom {
   void ApplyOnOffState();
   // Throws away what waits in the inward folder and starts the workers on it.
   void StartWorkers();
+  // The watcher found the inward folder gone (nobody can call) or back.
+  void OnInwardFolder(bool usable);
   void FillUserList();
   // Runs a call start and shows the pushed look of `button` when it started.
   void StartCallWith(int index, CallButton button, CallDone done);

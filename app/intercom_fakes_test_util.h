@@ -181,10 +181,7 @@ class FakeInboxFolder : public InboxFolder {
   }
 
   void Clear() override { messages.clear(); }
-  std::optional<std::string> FirstMessage() override {
-    if (messages.empty()) return std::nullopt;
-    return messages.front().name;
-  }
+  std::vector<std::string> Messages() override { return Names(); }
   std::shared_ptr<WaveFileReader> Open(const std::string& name) override {
     held = name;
     return Find(name)->reader;
@@ -216,11 +213,13 @@ class FakeShare : public ShareAccess {
     Reply([done = std::move(done), record] { done(record); });
   }
   void OpenMessage(const std::string& folder, const std::string& name,
-                   std::function<void(MessageOpening)> done, std::function<void(bool)>) override {
+                   std::function<void(MessageOpening)> done, MessageReports reports) override {
     opened.push_back(folder + "/" + name);
+    last_reports = std::move(reports);
     MessageOpening opening;
     opening.still_playing = still_playing.count(folder + "/" + name) > 0;
-    if (!opening.still_playing) {
+    opening.unwritable = read_only.count(folder) > 0;
+    if (!opening.still_playing && !opening.unwritable) {
       last_writer = std::make_shared<MemoryWriter>();
       opening.writer = last_writer;
     }
@@ -246,6 +245,8 @@ class FakeShare : public ShareAccess {
 
   std::map<std::string, UserRecord> records;
   std::set<std::string> still_playing;  // "folder/name" of messages a callee plays
+  std::set<std::string> read_only;      // folders that can't be written
+  MessageReports last_reports;
   std::vector<std::string> opened;
   std::shared_ptr<MemoryWriter> last_writer;
   bool hold_answers = false;
@@ -263,14 +264,17 @@ class FakeShare : public ShareAccess {
 
 class FakeWatcher : public InboxWatching {
  public:
-  void StartWatching(const std::string& folder, std::function<void()> changed) override {
+  void StartWatching(const std::string& folder, std::function<void()> changed,
+                     std::function<void(bool)> usable) override {
     watching = folder;
     this->changed = std::move(changed);
+    this->usable = std::move(usable);
   }
   void AskToStop() override { watching.clear(); }
   void StopWatching() override { watching.clear(); }
   std::string watching;
   std::function<void()> changed;
+  std::function<void(bool)> usable;
 };
 
 class FakePoller : public PresencePolling {

@@ -17,6 +17,7 @@ std::optional<MessageLook> LookAtMessage(const std::string& path) {
     const std::optional<WaveLayout> layout = WalkWaveChunks(fd);
     look = MessageLook{status.st_size,
                        int64_t{status.st_mtim.tv_sec} * 1'000'000'000 + status.st_mtim.tv_nsec,
+                       layout.has_value(),
                        layout && layout->data_start + int64_t{layout->data_size} <= status.st_size};
   }
   close(fd);
@@ -29,9 +30,15 @@ bool MessageArrivals::IsStillComing(const std::string& name, const std::optional
     Forget(name);
     return false;
   }
-  const auto [seen, first] = seen_.try_emplace(name, Seen{*look, now});
-  if (!first && seen->second.look != *look) seen->second = {*look, now};
-  return !look->complete && now - seen->second.changed < kMessageSettleTime;
+  const auto [seen, first] = seen_.try_emplace(name, Seen{*look, now, now});
+  if (!first && seen->second.look != *look) {
+    seen->second.look = *look;
+    seen->second.changed = now;
+  }
+  if (look->complete) return false;
+  const auto quiet = now - seen->second.changed;
+  if (look->has_header) return quiet < kStalledCallerTime;
+  return quiet < kMessageSettleTime && now - seen->second.first_seen < kHeaderWaitLimit;
 }
 
 FileLock LockMessage(const std::string& path, FileLock::Kind kind) {

@@ -62,19 +62,33 @@ TEST_F(MessageFileTest, OnlyChangesSeenHereCountNotTheWritersClock) {
     EXPECT_TRUE(Coming("12.wav")) << second;
     now_ += 1000ms;
   }
-  // The caller died: nothing changes any more, and after the settle time it counts as
-  // complete, though its header still claims more.
-  EXPECT_TRUE(Coming("12.wav"));  // 1 s after the last change
-  now_ += 1100ms;
+  // The caller stalls, as one on a slow share does: seconds without a change are not
+  // the end of its call. Only a caller silent for much longer counts as gone, and its
+  // message as complete, though its header still claims more.
+  now_ += 10s;
+  EXPECT_TRUE(Coming("12.wav"));
+  writer->Write(sound_.data(), int64_t(sound_.size()));  // it goes on
+  EXPECT_TRUE(Coming("12.wav"));
+  now_ += kStalledCallerTime - 1ms;
+  EXPECT_TRUE(Coming("12.wav"));
+  now_ += 1ms;
   EXPECT_FALSE(Coming("12.wav"));
 
-  // A file that isn't a wave file at all settles the same way, counted from when it
-  // was first seen, however old its time stamp.
+  // A file that isn't a wave file at all settles after a short while, counted from
+  // when it was first seen, however old its time stamp...
   WriteFileText(scratch_ / "13.wav", "not a wave file");
   StampBehind(scratch_ / "13.wav", 3600s);
   EXPECT_TRUE(Coming("13.wav"));
   now_ += kMessageSettleTime;
   EXPECT_FALSE(Coming("13.wav"));
+  // ...and one that keeps changing without ever becoming a wave file is not waited
+  // for beyond the limit.
+  for (int look = 0; look < 20; ++look) {
+    WriteFileText(scratch_ / "14.wav", std::string(look + 1, 'x'));
+    const bool coming = Coming("14.wav");
+    EXPECT_EQ(coming, look < 10) << look;
+    now_ += 1s;
+  }
 }
 
 TEST_F(MessageFileTest, AHeldMessageCanNotBeTakenForANewCall) {

@@ -15,9 +15,18 @@ namespace parlavox {
 struct MessageOpening {
   // The callee's copy is still playing the previous message under this name.
   bool still_playing = false;
-  // The writer, cut to an empty message; invalid (counting frames only) when the file
-  // can't be written. Null when still_playing.
+  // The callee's folder can't be written (read-only, full, gone).
+  bool unwritable = false;
+  // The writer, cut to an empty message. Null when still_playing or unwritable.
   std::shared_ptr<WaveFileWriter> writer;
+};
+
+// What the owner hears of a message while and after it is written, on its thread.
+struct MessageReports {
+  // Once it is finished: whether the whole message made it into the file.
+  std::function<void(bool whole)> finished;
+  // The file went from the callee's folder while the call went on.
+  std::function<void()> taken_away;
 };
 
 // The other users' inward folders, which are usually on network shares that can be
@@ -31,12 +40,11 @@ class ShareAccess {
   virtual void ReadRecord(const std::string& folder,
                           std::function<void(std::optional<UserRecord>)> done) = 0;
   // Opens the message `name` in `folder` for a new 11025 Hz mono 16-bit call. The
-  // writer's work is done away from the owner's thread too; `finished` hears on the
-  // owner's thread whether the whole message made it into the file once it is
-  // finished.
+  // writer's work is done away from the owner's thread too; `reports` tell the owner
+  // what became of the message.
   virtual void OpenMessage(const std::string& folder, const std::string& name,
                            std::function<void(MessageOpening)> done,
-                           std::function<void(bool whole)> finished) = 0;
+                           MessageReports reports) = 0;
 };
 
 }  // namespace parlavox

@@ -14,8 +14,11 @@ class InboxWatching {
  public:
   virtual ~InboxWatching() = default;
   // Stops a watch that runs (waiting for it), then watches `folder` and calls
-  // `changed` after every change.
-  virtual void StartWatching(const std::string& folder, std::function<void()> changed) = 0;
+  // `changed` after every change. The folder counts as usable at the start; `usable`
+  // hears whenever that changes: it can't be watched (missing, not a folder, gone),
+  // or it is back.
+  virtual void StartWatching(const std::string& folder, std::function<void()> changed,
+                             std::function<void(bool usable)> usable) = 0;
   // Asks the watch to end without waiting for it.
   virtual void AskToStop() = 0;
   virtual void StopWatching() = 0;
