@@ -26,9 +26,12 @@ int CreateSiblingTemporary(const std::string& path, std::string* temporary) {
 }  // namespace
 
 std::optional<std::string> ReadWholeFile(const std::string& path) {
-  const int fd = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+  // Without blocking: a FIFO or a device under the name must not hold the program up.
+  const int fd = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
   if (fd < 0) return std::nullopt;
-  std::optional<std::string> contents = ReadWholeDescriptor(fd);
+  struct stat status {};
+  std::optional<std::string> contents;
+  if (fstat(fd, &status) == 0 && S_ISREG(status.st_mode)) contents = ReadWholeDescriptor(fd);
   close(fd);
   return contents;
 }

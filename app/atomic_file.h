@@ -7,7 +7,8 @@
 
 namespace parlavox {
 
-// Reads a whole file; nullopt when it can't be opened or read.
+// Reads a whole regular file; nullopt when it can't be opened or read, or is something
+// else (a FIFO, a device, a folder). It never waits for a writer.
 std::optional<std::string> ReadWholeFile(const std::string& path);
 // Reads what is left of an open file; nullopt when it can't be read.
 std::optional<std::string> ReadWholeDescriptor(int fd);

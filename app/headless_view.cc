@@ -2,10 +2,15 @@
 
 #include <cstdio>
 
+#include "util/terminal_text.h"
+
 namespace parlavox {
 namespace {
 
-void Log(const std::string& line) { std::fprintf(stderr, "parlavox: %s\n", line.c_str()); }
+// What is logged holds other people's names, read from their records.
+void Log(const std::string& line) {
+  std::fprintf(stderr, "parlavox: %s\n", TerminalText(line).c_str());
+}
 
 }  // namespace
 

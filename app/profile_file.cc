@@ -240,7 +240,7 @@ class ProfileCache {
   // a file not parsed as it is now gives null too.
   std::shared_ptr<const ParsedProfile> Get(const std::string& path, bool parse_if_stale = true) {
     struct stat status {};
-    if (stat(path.c_str(), &status) != 0) return nullptr;
+    if (stat(path.c_str(), &status) != 0 || !S_ISREG(status.st_mode)) return nullptr;
     const uint64_t generation = generation_.load();
     {
       std::lock_guard lock(mutex_);
@@ -251,10 +251,10 @@ class ProfileCache {
       }
     }
     if (!parse_if_stale) return nullptr;
-    const int fd = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    const int fd = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
     if (fd < 0) return nullptr;
-    const std::optional<std::string> text = ReadWholeDescriptor(fd);
-    const bool known = fstat(fd, &status) == 0;
+    const bool known = fstat(fd, &status) == 0 && S_ISREG(status.st_mode);
+    const std::optional<std::string> text = known ? ReadWholeDescriptor(fd) : std::nullopt;
     close(fd);
     if (!text || !known) return nullptr;
     std::shared_ptr<const ParsedProfile> parsed = Parse(*text, IdentityOf(status), generation);
@@ -316,7 +316,7 @@ bool WriteProfileString(const std::string& path, std::string_view section, std::
 }
 
 void FlushProfileFile(const std::string& path) {
-  const int fd = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+  const int fd = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
   if (fd < 0) return;
   fsync(fd);
   close(fd);

@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 
+#include "app/atomic_file.h"
 #include "app/scratch_folder_test_util.h"
 
 namespace parlavox {
@@ -107,6 +108,14 @@ TEST_F(ProfileFileTest, SurvivesHostileFiles) {
   EXPECT_EQ(Read("s", "after"), "changed");
   EXPECT_EQ(Read("s", "long"), std::string(kMaxProfileValue, 'L'));
   EXPECT_NE(FileText(file_).find(std::string(100'000, 'L')), std::string::npos);
+
+  // A FIFO in the file's place is no file: reading and writing it must not wait for a
+  // writer that never comes.
+  std::filesystem::remove(file_);
+  ASSERT_EQ(mkfifo(file_.c_str(), 0600), 0);
+  EXPECT_EQ(Read("s", "after"), "<none>");
+  EXPECT_FALSE(WriteProfileString(file_, "s", "after", "x"));
+  EXPECT_EQ(ReadWholeFile(file_), std::nullopt);
 }
 
 TEST_F(ProfileFileTest, WritesChangeOnlyWhatTheyName) {

@@ -117,7 +117,7 @@ void SettingsFile::WriteDecibels(std::string_view section, std::string_view key,
 }
 
 int32_t SettingsFile::ReadCount(std::string_view section, std::string_view prefix) const {
-  return ReadInt(section, CountKey(prefix), 0);
+  return std::clamp(ReadInt(section, CountKey(prefix), 0), 0, kMaxListCount);
 }
 
 void SettingsFile::WriteCount(std::string_view section, std::string_view prefix,

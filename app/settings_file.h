@@ -69,7 +69,9 @@ class SettingsFile {
   Decibels ReadDecibels(std::string_view section, std::string_view key, Decibels fallback) const;
   void WriteDecibels(std::string_view section, std::string_view key, int level) const;
 
-  // Numbered lists keep their length under "<prefix>count".
+  // Numbered lists keep their length under "<prefix>count", read as 0 to
+  // kMaxListCount whatever the file says.
+  static constexpr int32_t kMaxListCount = 4096;
   int32_t ReadCount(std::string_view section, std::string_view prefix) const;
   void WriteCount(std::string_view section, std::string_view prefix, int32_t count) const;
   // Raises the count by one and returns the old count: the index for a new entry.

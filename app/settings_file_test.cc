@@ -99,6 +99,12 @@ TEST_F(SettingsFileTest, NumberedListsGrowMoveAndShrink) {
   EXPECT_EQ(settings_.ReadCount("users", "folder"), 1);
   EXPECT_EQ(settings_.ReadText("users", "folder1"), "/f2");  // stays, behind the count
   EXPECT_EQ(ListKey("key", 3, "mod"), "key3mod");
+
+  // A hostile count can't make a list that takes the program hours to walk.
+  settings_.WriteText("users", "foldercount", "2000000000");
+  EXPECT_EQ(settings_.ReadCount("users", "folder"), SettingsFile::kMaxListCount);
+  settings_.WriteText("users", "foldercount", "-5");
+  EXPECT_EQ(settings_.ReadCount("users", "folder"), 0);
 }
 
 TEST_F(SettingsFileTest, LocatesFoldersWithThePerUserValueFirst) {
