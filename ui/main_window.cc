@@ -77,9 +77,14 @@ QWidget* MainWindow::BuildFace() {
   for (QPushButton* button : {call_, reply_}) {
     connect(button, &QPushButton::released, this, [this] { intercom_->StopCall(); });
   }
-  connect(users_, &QListWidget::currentRowChanged, this, [this](int row) {
-    if (intercom_ != nullptr) intercom_->Select(row);
+  // The intercom's choice follows the highlight, not the list's current row: a list
+  // that gets the focus makes its first row current without highlighting anybody.
+  connect(users_, &QListWidget::itemSelectionChanged, this, [this] {
+    if (intercom_ == nullptr) return;
+    const QModelIndexList chosen = users_->selectionModel()->selectedRows();
+    intercom_->Select(chosen.isEmpty() ? -1 : chosen.first().row());
   });
+
   playback_meter_ = new LevelMeter(true);
   record_meter_ = new LevelMeter(true);
   playback_meter_->setToolTip("Message playing");
@@ -149,15 +154,21 @@ bool MainWindow::eventFilter(QObject* watched, QEvent* event) {
   if (intercom_ == nullptr) return false;
   const QEvent::Type type = event->type();
   if (watched == users_->viewport()) {
-    // Holding the mouse on a user selects them (the list does that first) and calls.
-    const bool press = type == QEvent::MouseButtonPress;
-    if ((press || type == QEvent::MouseButtonRelease) &&
-        static_cast<QMouseEvent*>(event)->button() == Qt::LeftButton) {
-      if (press) {
-        QMetaObject::invokeMethod(
-            this, [this] { intercom_->CallSelected(); }, Qt::QueuedConnection);
-      } else {
+    // Holding the mouse on a user selects them and calls; letting go ends that call.
+    // Both happen here, in the order of the events, so that a release can never come
+    // before the start of its call. A press on blank space calls nobody.
+    // The second press of a double click is a press like any other.
+    const bool press = type == QEvent::MouseButtonPress || type == QEvent::MouseButtonDblClick;
+    auto* mouse = static_cast<QMouseEvent*>(event);
+    if ((press || type == QEvent::MouseButtonRelease) && mouse->button() == Qt::LeftButton) {
+      if (!press) {
         intercom_->StopCall();
+      } else if (const QModelIndex under = users_->indexAt(mouse->position().toPoint());
+                 under.isValid()) {
+        intercom_->Select(under.row());
+        intercom_->CallSelected();
+      } else {
+        intercom_->Select(-1);  // as in a file manager, blank space chooses nobody
       }
     }
     return false;
@@ -215,6 +226,7 @@ void MainWindow::ShowUsers(const UserList& users) {
     users_->addItem(new QListWidgetItem(UserPicture(item.on), QString::fromStdString(item.name)));
   }
   users_->setCurrentRow(users.selected());
+  if (users.selected() < 0) users_->clearSelection();
 }
 
 void MainWindow::ShowOnOff(bool on) {

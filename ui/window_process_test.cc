@@ -39,6 +39,25 @@ TEST_F(WindowTest, HeldKeysButtonsAndNamesTalkForAsLongAsTheyAreHeld) {
   desktop_.Run("xdotool mouseup 1");
   ExpectFinishedMessage();
 
+  SCOPED_TRACE("quick clicks on a user's name");
+  for (int click = 0; click < 6; ++click) {
+    // Press and release back to back, faster than the event loop turns: each release
+    // ends the call its press started.
+    desktop_.Run("xdotool mousedown 1 mouseup 1");
+    ExpectFinishedMessage(/*with_sound=*/false);
+  }
+
+  SCOPED_TRACE("a press on blank space in the list");
+  MouseTo(kFirstUserX, kFirstUserY + 80);  // below the only user
+  desktop_.Run("xdotool mousedown 1");
+  std::this_thread::sleep_for(500ms);
+  EXPECT_FALSE(copy_.Status()["recording"].toBool());
+  desktop_.Run("xdotool mouseup 1");
+  Keys("keydown F5");  // nothing is highlighted: nobody to call
+  std::this_thread::sleep_for(500ms);
+  Keys("keyup F5");
+  EXPECT_EQ(MessageSize(), -1) << "F5 called a user who is not highlighted";
+
   SCOPED_TRACE("F6");
   // Ann called; F6 answers her.
   const std::vector<int32_t> tone(11025 / 4, 16000);
