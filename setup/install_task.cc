@@ -1,5 +1,7 @@
 #include "setup/install_task.h"
 
+#include <unistd.h>
+
 #include <filesystem>
 #include <fstream>
 
@@ -46,8 +48,11 @@ bool InstallTask::Run(SetupView& view) {
   view.SetTitle("Installing Parlavox");
   view.SetStatus("Licence terms");
   if (!view.AcceptTerms(texts_.terms)) return false;
-  RegisterFolder(folders_, places_.folder_scope, "Incoming", places_.inward_folder,
-                 places_.shared_data ? FolderAccess::kEveryone : FolderAccess::kEveryoneSticky);
+  if (agreed_) agreed_();
+  if (places_.folder_scope == FolderScope::kCurrentUser) {
+    RegisterFolder(folders_, places_.folder_scope, "Incoming", places_.inward_folder,
+                   FolderAccess::kEveryoneSticky);
+  }
   if (view.Cancelled()) return false;
 
   ViewProgress progress(view);
@@ -95,7 +100,10 @@ void InstallTask::Finish() {
   help.icon = "help-browser";
   WriteDesktopEntry(places_.help_entry(), help, /*launchable=*/false);
 
-  launcher_.Start(places_.program(), {"/install"});
+  // An intercom is a person's: root's own, serving every user's, would take their calls.
+  const bool for_everybody_as_root =
+      places_.folder_scope == FolderScope::kMachine && geteuid() == 0;
+  if (!for_everybody_as_root) launcher_.Start(places_.program(), {"/install"});
 }
 
 }  // namespace parlavox

@@ -1,9 +1,11 @@
 #include "setup/install_task.h"
 
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
 
 #include "app/scratch_folder_test_util.h"
@@ -35,8 +37,10 @@ class InstallTaskTest : public testing::Test {
   }
 
   bool Install() {
-    PrepareSetup(places_, folders_);
-    InstallTask task(places_, folders_, launcher_, package_, {"MIT terms", "<svg/>"});
+    InstallTask task(places_, folders_, launcher_, package_, {"MIT terms", "<svg/>"}, [this] {
+      ++agreements_;
+      PrepareSetup(places_, folders_);
+    });
     return task.Run(view_);
   }
   UninstallTask Uninstaller() {
@@ -64,6 +68,7 @@ class InstallTaskTest : public testing::Test {
                        scratch_ / "etc/parlavox/folders.ini"};
   FakeSetupView view_;
   FakeLauncher launcher_;
+  int agreements_ = 0;
 };
 
 TEST_F(InstallTaskTest, AnInstallPutsEverythingInPlaceAndStartsTheProgram) {
@@ -103,8 +108,10 @@ TEST_F(InstallTaskTest, AnInstallPutsEverythingInPlaceAndStartsTheProgram) {
 TEST_F(InstallTaskTest, DeclinedOrCancelledNothingIsInstalled) {
   view_.accept_terms = false;
   EXPECT_FALSE(Install());
-  EXPECT_FALSE(fs::exists(places_.inward_folder));
+  EXPECT_EQ(agreements_, 0);  // nothing changed before the terms: no copy stopped
+  EXPECT_FALSE(fs::exists(places_.program_folder));
   EXPECT_FALSE(Stored("Incoming"));
+  EXPECT_FALSE(Stored("ProgramFiles"));
 
   view_.accept_terms = true;
   view_.cancel_after_looks = 1;  // during the program's extraction
@@ -123,6 +130,17 @@ TEST_F(InstallTaskTest, ADamagedPackageSaysSoAndRegistersNothing) {
   EXPECT_TRUE(Entries().empty());
   EXPECT_FALSE(fs::exists(places_.uninstaller()));
   EXPECT_TRUE(launcher_.started.empty());
+}
+
+TEST_F(InstallTaskTest, AMachineInstallLeavesEachPersonTheirOwnInwardFolder) {
+  places_.folder_scope = FolderScope::kMachine;
+  places_.shared_data = true;
+  ASSERT_TRUE(Install());
+  EXPECT_FALSE(folders_.Read(FolderScope::kMachine, "Incoming"));
+  EXPECT_FALSE(fs::exists(places_.inward_folder));
+  EXPECT_EQ(folders_.Read(FolderScope::kMachine, "ProgramFiles"), places_.program_folder);
+  // Run by root, the install starts no intercom: it would be root's, for everybody.
+  EXPECT_EQ(launcher_.started.empty(), geteuid() == 0);
 }
 
 TEST_F(InstallTaskTest, InstallingAgainLeavesTheUninstallEntryAsItWas) {
@@ -166,7 +184,36 @@ TEST_F(InstallTaskTest, UninstallingRemovesTheInstallButNotTheServiceOrTheStored
   EXPECT_TRUE(Entries().empty());
   EXPECT_FALSE(fs::exists(places_.program_folder));
   EXPECT_TRUE(fs::exists(unit));
-  EXPECT_EQ(Stored("Incoming"), places_.inward_folder);
+  // What the install stored goes too, so that a later install starts afresh.
+  for (const char* name : {"Incoming", "DataFiles", "ProgramFiles"}) EXPECT_FALSE(Stored(name));
+}
+
+TEST_F(InstallTaskTest, UninstallingTakesOnlyParlavoxFilesFromAChosenInwardFolder) {
+  ASSERT_TRUE(Install());
+  const std::string chosen = scratch_ / "home/Documents/Office inbox";
+  fs::create_directories(chosen);
+  folders_.Write(FolderScope::kCurrentUser, "Incoming", chosen);
+  for (const char* name : {"ParlavoxUserData", "12.wav", "-7.WAV", "notes.odt", "song.wav"}) {
+    WriteFileText(chosen + "/" + name, "x");
+  }
+  EXPECT_TRUE(Uninstaller().Run(view_, /*second_stage=*/true, {}));
+  std::vector<std::string> left;
+  for (const auto& entry : fs::directory_iterator(chosen)) left.push_back(entry.path().filename());
+  std::sort(left.begin(), left.end());
+  EXPECT_EQ(left, (std::vector<std::string>{"notes.odt", "song.wav"}));
+  EXPECT_NE(std::find(view_.shown.begin(), view_.shown.end(),
+                      "status Left " + chosen + ": it holds files that Parlavox did not make"),
+            view_.shown.end());
+  EXPECT_EQ(Stored("Incoming"), chosen);  // the person's own choice stays
+
+  // Emptied of Parlavox's files alone, the folder goes.
+  fs::remove(chosen + "/notes.odt");
+  fs::remove(chosen + "/song.wav");
+  WriteFileText(chosen + "/13.wav", "x");
+  ASSERT_TRUE(Install());
+  folders_.Write(FolderScope::kCurrentUser, "Incoming", chosen);
+  EXPECT_TRUE(Uninstaller().Run(view_, /*second_stage=*/true, {}));
+  EXPECT_FALSE(fs::exists(chosen));
 }
 
 TEST_F(InstallTaskTest, UninstallingLeavesSubfoldersThatHoldOtherThings) {

@@ -121,7 +121,9 @@ Extraction ExtractPayload(const std::string& package, const std::string& program
   for (size_t i = 0; i < rows.size(); ++i) {
     if (sizes[i] == 0) continue;
     progress.Extracting(rows[i].name);
-    const int target = CreateTarget(PayloadTarget(program_folder, rows[i]), rows[i].executable);
+    const int target = program_folder.empty()
+                           ? -1
+                           : CreateTarget(PayloadTarget(program_folder, rows[i]), rows[i].executable);
     bool cancelled = false;
     for (uint32_t left = sizes[i]; left > 0 && !cancelled;) {
       const size_t want = std::min<size_t>(left, kPieceSize);
@@ -141,6 +143,15 @@ Extraction ExtractPayload(const std::string& package, const std::string& program
     if (cancelled) return Extraction::kCancelled;
   }
   return remaining == 0 ? Extraction::kDone : Extraction::kCorrupt;
+}
+
+Extraction VerifyPayload(const std::string& package, std::span<const PayloadRow> rows) {
+  class Unseen : public ExtractionProgress {
+    void Extracting(std::string_view) override {}
+    void Percent(int) override {}
+    bool Cancelled() override { return false; }
+  } unseen;
+  return ExtractPayload(package, "", rows, unseen);
 }
 
 }  // namespace parlavox

@@ -62,6 +62,9 @@ enum class Extraction {
 // don't fit the package are found before anything is written.
 Extraction ExtractPayload(const std::string& package, const std::string& program_folder,
                           std::span<const PayloadRow> rows, ExtractionProgress& progress);
+// Reads the whole payload and checks its sizes and checksum, writing nothing: a damaged
+// package is found before anything installed is touched.
+Extraction VerifyPayload(const std::string& package, std::span<const PayloadRow> rows);
 
 }  // namespace parlavox
 

@@ -1,7 +1,9 @@
 #include "setup/registered_folder.h"
 
+#include <strings.h>
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <filesystem>
 
 namespace parlavox {
@@ -20,14 +22,36 @@ void RegisterFolder(const FolderStore& folders, FolderScope scope, std::string_v
   folders.Write(scope, name, folder);
 }
 
-void DeleteRegisteredFolder(const FolderStore& folders, FolderScope scope, std::string_view name) {
+namespace {
+
+// The own record, or a message: digits (after an optional minus) and ".wav".
+bool IsParlavoxFile(const std::string& name) {
+  if (name == "ParlavoxUserData") return true;
+  if (name.size() <= 4 || strcasecmp(name.c_str() + name.size() - 4, ".wav") != 0) return false;
+  const size_t start = name[0] == '-' ? 1 : 0;
+  const std::string number = name.substr(start, name.size() - 4 - start);
+  return !number.empty() &&
+         std::all_of(number.begin(), number.end(), [](char c) { return c >= '0' && c <= '9'; });
+}
+
+}  // namespace
+
+std::string DeleteRegisteredFolder(const FolderStore& folders, FolderScope scope,
+                                   std::string_view name, FolderContents contents,
+                                   const std::string& installed) {
   const std::optional<std::string> folder = folders.Read(scope, name);
-  if (!folder || folder->empty()) return;
+  if (!folder || folder->empty()) return "";
+  if (*folder == installed) folders.Delete(scope, name);
   std::error_code error;
   for (const auto& item : std::filesystem::directory_iterator(*folder, error)) {
-    if (!item.is_directory(error)) std::filesystem::remove(item.path(), error);
+    if (item.is_directory(error)) continue;
+    if (contents == FolderContents::kMessages && !IsParlavoxFile(item.path().filename())) continue;
+    std::filesystem::remove(item.path(), error);
   }
-  std::filesystem::remove(*folder, error);  // only when empty
+  if (std::filesystem::remove(*folder, error) || !std::filesystem::exists(*folder, error)) {
+    return "";
+  }
+  return "Left " + *folder + ": it holds files that Parlavox did not make";
 }
 
 }  // namespace parlavox

@@ -23,10 +23,21 @@ enum class FolderAccess {
 void RegisterFolder(const FolderStore& folders, FolderScope scope, std::string_view name,
                     const std::string& folder, FolderAccess access);
 
-// Removes the folder stored under `name`: every file directly in it (not what is in
-// its subfolders), then the folder itself when that left it empty. The stored value
-// stays. Failures are ignored.
-void DeleteRegisteredFolder(const FolderStore& folders, FolderScope scope, std::string_view name);
+// Which files of a registered folder the uninstaller may take.
+enum class FolderContents {
+  kAll,       // the program and data folders: every file directly in them
+  kMessages,  // an inward folder the person may have chosen: only the record and
+              // messages ("<number>.wav") that Parlavox made there
+};
+
+// Removes the folder stored under `name`: the files `contents` allows (never what is
+// in its subfolders), then the folder itself when that left it empty; the stored value
+// is dropped when it still names `installed`, the folder the install stored. Returns a
+// sentence naming the folder when it was left because other files remain; empty
+// otherwise. Other failures are ignored.
+std::string DeleteRegisteredFolder(const FolderStore& folders, FolderScope scope,
+                                   std::string_view name, FolderContents contents,
+                                   const std::string& installed);
 
 }  // namespace parlavox
 

@@ -86,9 +86,25 @@ TEST_F(SetupProcessTest, ACutShortPackageNamedSetupSaysSoAndDoesNothingElse) {
   WriteFileText(cut, bytes.substr(0, bytes.size() - 1000));
   fs::permissions(cut, fs::perms::owner_all);
   const auto [cut_code, cut_log] = Run(cut, {"--yes"});
-  EXPECT_EQ(cut_code, 0);
+  EXPECT_EQ(cut_code, 1);
   EXPECT_EQ(cut_log, "Install Error: " + std::string(kCorruptPackageText) + "\n");
   EXPECT_FALSE(fs::exists(copy_.home() + "/.config/parlavox/folders.ini"));  // nothing at all
+}
+
+TEST_F(SetupProcessTest, ADamagedPackageOverAGoodInstallTouchesNothing) {
+  ASSERT_EQ(Run(package_, {"--yes"}).first, 0);
+  ASSERT_TRUE(copy_.WaitUntilAnswering());
+  const std::string installed = FileText(Installed("parlavox"));
+  std::string bytes = FileText(package_);
+  bytes[bytes.size() / 2] ^= 0x55;  // a byte of the payload; the marker is intact
+  const std::string damaged = scratch_ / "damaged-setup";
+  WriteFileText(damaged, bytes);
+  fs::permissions(damaged, fs::perms::owner_all);
+  const auto [code, log] = Run(damaged, {"--yes"});
+  EXPECT_EQ(code, 1);
+  EXPECT_NE(log.find(std::string(kCorruptPackageText)), std::string::npos) << log;
+  EXPECT_EQ(copy_.Control({"--status"}).first, 0);  // the running copy goes on
+  EXPECT_EQ(FileText(Installed("parlavox")), installed);
 }
 
 }  // namespace

@@ -11,6 +11,7 @@
 #include "setup/embedded_texts.h"
 #include "setup/install_task.h"
 #include "setup/launcher.h"
+#include "setup/package.h"
 #include "setup/uninstall_task.h"
 
 namespace parlavox {
@@ -40,20 +41,32 @@ InstallPlaces ChoosePlaces(Role role, const SetupOptions& options, const std::st
 
 bool RunSetupTask(Role role, const SetupOptions& options, const std::string& own_file,
                   SetupView& view) {
-  if (SendControlRequest(ControlSocketPath(), "quit", std::chrono::seconds(5))) {
-    std::this_thread::sleep_for(
-        std::chrono::milliseconds(role == Role::kInstallPackage ? 2000 : 1500));
-  }
   const InstallPlaces places = ChoosePlaces(role, options, own_file);
+  if (places.folder_scope == FolderScope::kMachine && geteuid() != 0) {
+    view.ShowError(kInstallErrorCaption,
+                   "Installing or removing Parlavox for every user needs root (try sudo).");
+    return false;
+  }
+  if (role == Role::kInstallPackage && VerifyPayload(own_file, kPayload) != Extraction::kDone) {
+    view.ShowError(kInstallErrorCaption, kCorruptPackageText);  // nothing touched
+    return false;
+  }
   const FolderStore folders = FolderStore::FromEnvironment();
-  PrepareSetup(places, folders);
+  // Nothing changes, and a running copy goes on, until the person has agreed.
+  const auto agreed = [&places, &folders, role] {
+    if (SendControlRequest(ControlSocketPath(), "quit", std::chrono::seconds(5))) {
+      std::this_thread::sleep_for(
+          std::chrono::milliseconds(role == Role::kInstallPackage ? 2000 : 1500));
+    }
+    PrepareSetup(places, folders);
+  };
   ProcessLauncher launcher;
   if (role == Role::kInstallPackage) {
     InstallTask task(places, folders, launcher, own_file,
-                     {std::string(kLicenceText), std::string(kProgramIconSvg)});
+                     {std::string(kLicenceText), std::string(kProgramIconSvg)}, agreed);
     return task.Run(view);
   }
-  UninstallTask task(places, folders, launcher, own_file, EnvironmentOr("TMPDIR", "/tmp"));
+  UninstallTask task(places, folders, launcher, own_file, EnvironmentOr("TMPDIR", "/tmp"), agreed);
   std::vector<std::string> passed_on = {places.folder_scope == FolderScope::kMachine ? "--machine"
                                                                                      : "--user"};
   if (options.assume_yes) passed_on.push_back("--yes");

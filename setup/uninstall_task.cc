@@ -21,8 +21,9 @@ bool UninstallTask::Run(SetupView& view, bool second_stage,
                     "Are you sure you want to remove Parlavox from this computer?")) {
     return false;
   }
+  if (agreed_) agreed_();
   view.SetStatus("Removing Parlavox");
-  Remove();
+  Remove(view);
   view.SetProgress(100);
   return true;
 }
@@ -39,7 +40,7 @@ bool UninstallTask::HandOver(const std::vector<std::string>& passed_on) {
   return false;  // only when the copy could not be run
 }
 
-void UninstallTask::Remove() {
+void UninstallTask::Remove(SetupView& view) {
   AutostartEntry(places_.autostart_folder).Disable();
   std::error_code error;
   if (!places_.desktop_folder.empty()) std::filesystem::remove(places_.desktop_shortcut(), error);
@@ -47,8 +48,16 @@ void UninstallTask::Remove() {
   std::filesystem::remove(places_.menu_entry(), error);
   std::filesystem::remove(places_.help_entry(), error);
   std::filesystem::remove(places_.icon(), error);
-  for (const char* name : {"Incoming", "DataFiles", "ProgramFiles"}) {
-    DeleteRegisteredFolder(folders_, places_.folder_scope, name);
+  const std::pair<const char*, const std::string*> stored[] = {
+      {"Incoming", &places_.inward_folder},
+      {"DataFiles", &places_.data_folder},
+      {"ProgramFiles", &places_.program_folder}};
+  for (const auto& [name, installed] : stored) {
+    const std::string left = DeleteRegisteredFolder(
+        folders_, places_.folder_scope, name,
+        name == std::string_view("Incoming") ? FolderContents::kMessages : FolderContents::kAll,
+        *installed);
+    if (!left.empty()) view.SetStatus(left);
   }
 }
 

@@ -1,6 +1,7 @@
 #ifndef PARLAVOX_SETUP_UNINSTALL_TASK_H_
 #define PARLAVOX_SETUP_UNINSTALL_TASK_H_
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -21,13 +22,16 @@ namespace parlavox {
 // copy stay.
 class UninstallTask {
  public:
+  // `agreed` runs once the person has agreed, before anything is removed.
   UninstallTask(InstallPlaces places, const FolderStore& folders, Launcher& launcher,
-                std::string own_file, std::string temporary_folder)
+                std::string own_file, std::string temporary_folder,
+                std::function<void()> agreed = {})
       : places_(std::move(places)),
         folders_(folders),
         launcher_(launcher),
         own_file_(std::move(own_file)),
-        temporary_folder_(std::move(temporary_folder)) {}
+        temporary_folder_(std::move(temporary_folder)),
+        agreed_(std::move(agreed)) {}
 
   // `second_stage`: this is the copy started "/uninstall". `passed_on`: the arguments
   // the copy gets besides "/uninstall". True when the first stage handed over or the
@@ -36,13 +40,14 @@ class UninstallTask {
 
  private:
   bool HandOver(const std::vector<std::string>& passed_on);
-  void Remove();
+  void Remove(SetupView& view);
 
   const InstallPlaces places_;
   const FolderStore& folders_;
   Launcher& launcher_;
   const std::string own_file_;
   const std::string temporary_folder_;
+  const std::function<void()> agreed_;
 };
 
 }  // namespace parlavox

@@ -23,7 +23,7 @@ int RunSetupRole(Role role, int argc, char** argv) {
       std::fprintf(stderr, "%.*s: %.*s\n", static_cast<int>(kInstallErrorCaption.size()),
                    kInstallErrorCaption.data(), static_cast<int>(kCorruptPackageText.size()),
                    kCorruptPackageText.data());
-      return 0;
+      return 1;
     }
     TerminalSetupView view(options.assume_yes, stdin, stderr);
     return RunSetupTask(role, options, own_file, view) ? 0 : 1;
@@ -35,7 +35,7 @@ int RunSetupRole(Role role, int argc, char** argv) {
         nullptr,
         QString::fromUtf8(kInstallErrorCaption.data(), qsizetype(kInstallErrorCaption.size())),
         QString::fromUtf8(kCorruptPackageText.data(), qsizetype(kCorruptPackageText.size())));
-    return 0;
+    return 1;
   }
   ProgressDialog dialog;
   dialog.show();
