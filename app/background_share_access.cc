@@ -34,7 +34,8 @@ void BackgroundShareAccess::OpenMessage(const std::string& folder, const std::st
               if (taken_away) owner_.Post(taken_away);
             });
         opening.writer = std::make_shared<QueuedWaveFileWriter>(
-            std::move(watched), worker_, [this, finished = std::move(reports.finished)](bool whole) {
+            std::move(watched), worker_,
+            [this, finished = std::move(reports.finished)](bool whole) {
               if (finished) owner_.Post([finished, whole] { finished(whole); });
             });
       }

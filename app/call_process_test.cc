@@ -11,8 +11,8 @@
 #include <gtest/gtest.h>
 
 #include "app/calls.h"
-#include "app/message_file.h"
 #include "app/intercom_copy_test_util.h"
+#include "app/message_file.h"
 #include "audio/sound_server_test_util.h"
 #include "audio/wave_file.h"
 

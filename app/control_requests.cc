@@ -61,7 +61,7 @@ void AnswerControlRequest(std::string_view request, Intercom& intercom,
   } else if (verb == "hangup") {
     intercom.StopCall();
   } else if (verb == "show") {
-    intercom.AnswerSecondStart();
+    if (!intercom.AnswerSecondStart()) return reply("ok " + std::string(kNoWindowAnswer));
   } else if (verb == "quit") {
     quit();
   } else if (const std::optional<IdentityChange> change = IdentityChangeFor(verb, argument)) {

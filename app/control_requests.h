@@ -12,7 +12,9 @@ namespace parlavox {
 // Answers one request line of the command-line control (see control_protocol.h) by
 // acting on `intercom`. `reply` gets the answer, at once or, for a call, once it has
 // started or been refused; a refused call answers with the reason. `quit` is called
-// to end the copy after answering.
+// to end the copy after answering. A copy without a window answers "show" with
+// "ok " + kNoWindowAnswer, so that a start that wants a window can take over.
+inline constexpr std::string_view kNoWindowAnswer = "running without a window";
 void AnswerControlRequest(std::string_view request, Intercom& intercom,
                           const std::function<void()>& quit,
                           std::function<void(const std::string&)> reply);

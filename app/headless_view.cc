@@ -44,6 +44,10 @@ void HeadlessView::ShowAlert(const std::string& text, const std::string& caption
   Log(caption + ": " + text);
 }
 
-void HeadlessView::AnswerSecondStart() { Log("asked to show itself; running without a window"); }
+bool HeadlessView::AnswerSecondStart() {
+  Log(beside_window_ ? "asked to show its window"
+                     : "asked to show itself; running without a window");
+  return false;
+}
 
 }  // namespace parlavox

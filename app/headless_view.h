@@ -13,14 +13,18 @@ namespace parlavox {
 // start asking for the window.
 class HeadlessView : public IntercomView {
  public:
+  // `beside_window`: a window shows the intercom too, and this view is its log.
+  explicit HeadlessView(bool beside_window = false) : beside_window_(beside_window) {}
+
   void ShowUsers(const UserList& users) override;
   void ShowOnOff(bool on) override;
   void ShowStatus(const std::string& text, bool idle) override;
   void ShowIdentity(const UserRecord& own) override;
   void ShowAlert(const std::string& text, const std::string& caption) override;
-  void AnswerSecondStart() override;
+  bool AnswerSecondStart() override;
 
  private:
+  const bool beside_window_;
   std::string last_users_line_;
 };
 

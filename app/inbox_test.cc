@@ -116,7 +116,7 @@ TEST_F(InboxTest, JunkAndHeadersStillComingHoldNoRealMessageBack) {
   player_.PlayToTheEnd();
   clock_.Advance(200ms);
   EXPECT_EQ(folder_.Names(), std::vector<std::string>{"7.wav"});  // still waited for
-  folder_.Find("7.wav")->coming = false;  // its time is up: junk after all
+  folder_.Find("7.wav")->coming = false;                          // its time is up: junk after all
   clock_.Advance(20ms);
   EXPECT_EQ(folder_.removed, (std::vector<std::string>{"8.wav", "9.wav", "7.wav"}));
 }

@@ -44,7 +44,8 @@ TEST(InboxWatcherTest, EveryKindOfNameChangeIsReportedAndStopIsPrompt) {
   ScratchFolder folder;
   CountingPoster poster;
   InboxWatcher watcher(poster);
-  watcher.StartWatching(folder.path(), [] {}, [](bool) {});
+  watcher.StartWatching(
+      folder.path(), [] {}, [](bool) {});
   std::this_thread::sleep_for(100ms);
   EXPECT_EQ(poster.posts, 0);
 
@@ -74,7 +75,6 @@ TEST(InboxWatcherTest, EveryKindOfNameChangeIsReportedAndStopIsPrompt) {
   watcher.StopWatching();
   EXPECT_LT(std::chrono::steady_clock::now() - began, 1s);  // woken, not forced after 5 s
   EXPECT_FALSE(IsOnNetworkFileSystem(folder.path()));
-
 }
 
 TEST(InboxWatcherTest, AFolderThatGoesAndComesBackIsWatchedAgain) {
@@ -128,7 +128,8 @@ TEST(InboxWatcherTest, TheListingIsComparedEverySecondWhereNotificationsDontReac
     std::lock_guard lock(mutex);
     return on_the_share;
   });
-  watcher.StartWatching(folder.path(), [] {}, [](bool) {});
+  watcher.StartWatching(
+      folder.path(), [] {}, [](bool) {});
   std::this_thread::sleep_for(1500ms);
   EXPECT_EQ(poster.posts, 0);  // an unchanged listing wakes nobody
   {

@@ -82,8 +82,8 @@ class Intercom {
 
   // The users list position the window has selected (-1 for none).
   void Select(int position);
-  // Another start of the program asks for this one's window.
-  void AnswerSecondStart() { view_.AnswerSecondStart(); }
+  // Another start of the program asks for this one's window; true when one came up.
+  bool AnswerSecondStart() { return view_.AnswerSecondStart(); }
 
   // Calls: each records into the callee's inward folder until StopCall. StartCall takes
   // a place in the users list; `done` hears whether the call started or why not.

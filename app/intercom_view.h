@@ -40,8 +40,11 @@ class IntercomView {
   virtual void ShowMainWindow() {}
   virtual void HideMainWindow() {}
   // Another start of the program asked for the window: it comes up, closing it asks
-  // before stopping again, and the splash shows.
-  virtual void AnswerSecondStart() { ShowMainWindow(); }
+  // before stopping again, and the splash shows. True when a window came up.
+  virtual bool AnswerSecondStart() {
+    ShowMainWindow();
+    return false;
+  }
   // A call started by a hot key begins: the window takes the activation, remembering
   // which window had it unless it remembers one already. When the call ends, that
   // window gets the activation back and is forgotten.
@@ -76,7 +79,11 @@ class FanOutView : public IntercomView {
   }
   void ShowMainWindow() override { Each(&IntercomView::ShowMainWindow); }
   void HideMainWindow() override { Each(&IntercomView::HideMainWindow); }
-  void AnswerSecondStart() override { Each(&IntercomView::AnswerSecondStart); }
+  bool AnswerSecondStart() override {
+    bool shown = false;
+    for (IntercomView* view : views_) shown = view->AnswerSecondStart() || shown;
+    return shown;
+  }
   void TakeActivationForHotKey() override { Each(&IntercomView::TakeActivationForHotKey); }
   void GiveActivationBack() override { Each(&IntercomView::GiveActivationBack); }
 

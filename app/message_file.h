@@ -39,11 +39,10 @@ std::optional<MessageLook> LookAtMessage(const std::string& path);
 // Tells whether the caller's copy is still writing a message, judged only by what
 // this copy saw itself: a message is coming while it is not complete and it changed
 // (in size or time stamp) within the time its state allows (above), timed with this
-// machine's monotonic clock. Time stamps are only compared with each other, never with this machine's
-// clock: the writer may be another machine whose clock runs differently. A message
-// seen for the first time counts as changed just then. A caller that died mid-call
-// leaves an incomplete file that stops changing; after kStalledCallerTime it counts as
-// complete.
+// machine's monotonic clock. Time stamps are only compared with each other, never with this
+// machine's clock: the writer may be another machine whose clock runs differently. A message seen
+// for the first time counts as changed just then. A caller that died mid-call leaves an incomplete
+// file that stops changing; after kStalledCallerTime it counts as complete.
 class MessageArrivals {
  public:
   bool IsStillComing(const std::string& name, const std::optional<MessageLook>& look,

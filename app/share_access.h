@@ -43,8 +43,7 @@ class ShareAccess {
   // writer's work is done away from the owner's thread too; `reports` tell the owner
   // what became of the message.
   virtual void OpenMessage(const std::string& folder, const std::string& name,
-                           std::function<void(MessageOpening)> done,
-                           MessageReports reports) = 0;
+                           std::function<void(MessageOpening)> done, MessageReports reports) = 0;
 };
 
 }  // namespace parlavox

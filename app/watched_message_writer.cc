@@ -4,8 +4,8 @@
 
 namespace parlavox {
 
-WatchedMessageWriter::WatchedMessageWriter(std::shared_ptr<WaveFileWriter> target,
-                                           std::string path, std::function<void()> taken_away)
+WatchedMessageWriter::WatchedMessageWriter(std::shared_ptr<WaveFileWriter> target, std::string path,
+                                           std::function<void()> taken_away)
     : WaveFileWriter(target->sample_rate(), target->channels(), target->length()),
       target_(std::move(target)),
       path_(std::move(path)),

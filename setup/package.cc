@@ -121,9 +121,9 @@ Extraction ExtractPayload(const std::string& package, const std::string& program
   for (size_t i = 0; i < rows.size(); ++i) {
     if (sizes[i] == 0) continue;
     progress.Extracting(rows[i].name);
-    const int target = program_folder.empty()
-                           ? -1
-                           : CreateTarget(PayloadTarget(program_folder, rows[i]), rows[i].executable);
+    const int target = program_folder.empty() ? -1
+                                              : CreateTarget(PayloadTarget(program_folder, rows[i]),
+                                                             rows[i].executable);
     bool cancelled = false;
     for (uint32_t left = sizes[i]; left > 0 && !cancelled;) {
       const size_t want = std::min<size_t>(left, kPieceSize);

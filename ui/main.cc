@@ -17,6 +17,7 @@
 #include "app/control_channel.h"
 #include "app/control_client.h"
 #include "app/control_protocol.h"
+#include "app/control_requests.h"
 #include "app/headless_view.h"
 #include "app/paths.h"
 #include "app/session.h"
@@ -66,24 +67,40 @@ bool WantsWindow(int argc, char** argv) {
 // Runs the intercom unless a copy runs already, which is then asked to show itself.
 int RunIntercom(QCoreApplication& application, const sigset_t& termination, bool windowed) {
   const std::string socket_path = ControlSocketPath();
-  const FileLock claim = ClaimRunningCopy(socket_path);
-  if (!claim.held()) {
+  std::optional<FileLock> claim(ClaimRunningCopy(socket_path));
+  if (!claim->held()) {
     // One that is still starting gets a moment to open its socket.
     std::optional<std::string> answer;
     for (int attempt = 0; attempt < 5 && !answer; ++attempt) {
       if (attempt > 0) std::this_thread::sleep_for(1s);
       answer = SendControlRequest(socket_path, "show", 5s);
     }
-    if (answer == "ok") return 0;
-    std::fprintf(stderr, "parlavox: another copy is running but does not answer\n");
-    return 1;
+    const bool headless = answer == "ok " + std::string(kNoWindowAnswer);
+    if (answer == "ok" || (headless && !windowed)) return 0;
+    if (!headless) {
+      std::fprintf(stderr, "parlavox: another copy is running but does not answer\n");
+      return 1;
+    }
+    // The running copy has no window (a service, say) and a person asks for one: this
+    // start takes over, so that there is still one intercom, now with its window.
+    std::fprintf(stderr, "parlavox: taking over from the copy running without a window\n");
+    SendControlRequest(socket_path, "quit", 5s);
+    for (int attempt = 0; attempt < 50 && !claim->held(); ++attempt) {
+      std::this_thread::sleep_for(200ms);
+      claim.reset();
+      claim.emplace(ClaimRunningCopy(socket_path));
+    }
+    if (!claim->held()) {
+      std::fprintf(stderr, "parlavox: the copy running without a window did not end\n");
+      return 1;
+    }
   }
 
   SettingsFile settings = LocateSettings(FolderStore::FromEnvironment());
   std::fprintf(stderr, "parlavox: running %s; inward folder %s, settings %s\n",
                windowed ? "with a window" : "without a window", settings.inward_folder().c_str(),
                settings.settings_path().c_str());
-  HeadlessView log;
+  HeadlessView log(/*beside_window=*/windowed);
   if (!windowed) {
     Session session(application, settings, log, IdleTexts(), [] { QCoreApplication::exit(0); });
     session.Run(termination);

@@ -276,10 +276,11 @@ void MainWindow::HideMainWindow() {
   }
 }
 
-void MainWindow::AnswerSecondStart() {
+bool MainWindow::AnswerSecondStart() {
   ShowMainWindow();
   stop_guard_.AskAgain();
   splash_.Show(this);
+  return true;
 }
 
 void MainWindow::TakeActivationForHotKey() {

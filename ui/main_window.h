@@ -57,7 +57,7 @@ class MainWindow : public QMainWindow, public IntercomView {
   void ShowAlert(const std::string& text, const std::string& caption) override;
   void ShowMainWindow() override;
   void HideMainWindow() override;
-  void AnswerSecondStart() override;
+  bool AnswerSecondStart() override;
   void TakeActivationForHotKey() override;
   void GiveActivationBack() override;
 

@@ -110,6 +110,23 @@ TEST_F(WindowTest, TheTrayIconBringsTheHiddenWindowBack) {
   EXPECT_TRUE(VirtualDesktop::WaitUntil([&] { return WindowShown(); }));
 }
 
+TEST_F(WindowTest, AStartFromTheMenuTakesOverFromACopyWithoutAWindow) {
+  // The intercom runs as the person's service, without a window...
+  ChildProcess service({PARLAVOX_BINARY, "/service"}, copy_.Environment(), "/dev/null",
+                       scratch_ / "service.log");
+  ASSERT_TRUE(copy_.WaitUntilAnswering());
+  // ...and the person starts Parlavox from the menu: one intercom, now with a window.
+  StartWindow();
+  EXPECT_EQ(service.WaitForExit(10s), 0) << FileText(scratch_ / "service.log");
+  // Another start just brings that window up, and says so in its log.
+  HideThroughTheMenu();
+  ASSERT_TRUE(VirtualDesktop::WaitUntil([&] { return !WindowShown(); }));
+  EXPECT_EQ(copy_.Run({}).first.first, 0);
+  EXPECT_TRUE(VirtualDesktop::WaitUntil([&] { return WindowShown(); }));
+  EXPECT_NE(copy_.log().find("asked to show its window"), std::string::npos) << copy_.log();
+  EXPECT_EQ(copy_.log().find("show itself; running without"), std::string::npos) << copy_.log();
+}
+
 TEST_F(WindowTest, ClosingAsksWhetherToGoOnInTheBackground) {
   StartWindow();
   Keys("key alt+F4");
