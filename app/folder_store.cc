@@ -1,5 +1,7 @@
 #include "app/folder_store.h"
 
+#include <unistd.h>
+
 #include <filesystem>
 
 #include "app/paths.h"
@@ -34,6 +36,17 @@ void FolderStore::Write(FolderScope scope, std::string_view name, std::string_vi
   std::error_code ignored;
   std::filesystem::create_directories(std::filesystem::path(file).parent_path(), ignored);
   WriteProfileString(file, kSection, name, value);
+}
+
+bool FolderStore::CanWrite(FolderScope scope) const {
+  // The file itself, or else the nearest folder above it that exists.
+  std::filesystem::path place = FileOf(scope);
+  std::error_code error;
+  while (!place.empty() && !std::filesystem::exists(place, error)) {
+    if (place == place.parent_path()) break;
+    place = place.parent_path();
+  }
+  return access(place.c_str(), W_OK) == 0;
 }
 
 void FolderStore::Delete(FolderScope scope, std::string_view name) const {

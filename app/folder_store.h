@@ -25,6 +25,9 @@ class FolderStore {
   std::optional<std::string> Read(FolderScope scope, std::string_view name) const;
   void Write(FolderScope scope, std::string_view name, std::string_view value) const;
   void Delete(FolderScope scope, std::string_view name) const;
+  // Whether this process may write the store of `scope` (or make it where it is
+  // missing): a person's own store always, the machine's only with the right to.
+  bool CanWrite(FolderScope scope) const;
 
  private:
   const std::string& FileOf(FolderScope scope) const;

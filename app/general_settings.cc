@@ -6,7 +6,8 @@
 
 namespace parlavox {
 
-GeneralSettings LoadGeneralSettings(const SettingsFile& settings, const StartAtLogin& login) {
+GeneralSettings LoadGeneralSettings(const SettingsFile& settings, const FolderStore& folders,
+                                    const StartAtLogin& login) {
   GeneralSettings page;
   page.output_device = settings.ReadInt(kSettingsSection, "soundoutdevice", 0);
   page.output_level = settings.ReadDecibels(kSettingsSection, "soundoutvolume", 0);
@@ -14,7 +15,8 @@ GeneralSettings LoadGeneralSettings(const SettingsFile& settings, const StartAtL
   page.source_line = settings.ReadInt(kSettingsSection, "soundinchannel", -1) + 1;
   page.input_level = settings.ReadDecibels(kSettingsSection, "soundinvolume", 0);
   page.inward_folder = settings.inward_folder();
-  page.current_user_only = settings.current_user_only();
+  page.for_everyone_possible = folders.CanWrite(FolderScope::kMachine);
+  page.current_user_only = settings.current_user_only() || !page.for_everyone_possible;
   page.start_at_login = login.IsOn();
   return page;
 }
@@ -29,7 +31,7 @@ void SaveGeneralSettings(const GeneralSettings& page, SettingsFile& settings,
   settings.WriteDecibels(kSettingsSection, "soundinvolume", page.input_level);
   if (page.folder_changed) {
     settings.SetInwardFolder(folders, page.inward_folder.substr(0, kMaxPath),
-                             page.current_user_only);
+                             page.current_user_only || !folders.CanWrite(FolderScope::kMachine));
   }
   if (page.start_at_login != login.IsOn()) login.Set(page.start_at_login);
 }

@@ -21,10 +21,14 @@ struct GeneralSettings {
   std::string inward_folder;
   bool folder_changed = false;  // the path was edited or a folder browsed
   bool current_user_only = false;
+  // Whether a folder for every user of the computer can be kept: the machine-wide
+  // folder store is writable. When not, changes are the person's own.
+  bool for_everyone_possible = true;
   bool start_at_login = false;
 };
 
-GeneralSettings LoadGeneralSettings(const SettingsFile& settings, const StartAtLogin& login);
+GeneralSettings LoadGeneralSettings(const SettingsFile& settings, const FolderStore& folders,
+                                    const StartAtLogin& login);
 
 // Writes the page: device indices as signed 8-bit values, the source line less one
 // ("soundinchannel" -1 for the mixer line, -2 for none), the levels as decibels; the

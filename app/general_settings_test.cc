@@ -1,5 +1,8 @@
 #include "app/general_settings.h"
 
+#include <cstdlib>
+#include <filesystem>
+
 #include <gtest/gtest.h>
 
 #include "app/scratch_folder_test_util.h"
@@ -31,7 +34,7 @@ class GeneralSettingsTest : public testing::Test {
 };
 
 TEST_F(GeneralSettingsTest, LeavingThePageWritesWhatItShows) {
-  GeneralSettings page = LoadGeneralSettings(settings_, login_);
+  GeneralSettings page = LoadGeneralSettings(settings_, folders_, login_);
   EXPECT_EQ(page.output_device, 0);
   EXPECT_EQ(page.source_line, 0);  // the mixer line: "soundinchannel" -1
   page.output_device = 200;        // kept as a signed 8-bit value
@@ -52,11 +55,11 @@ TEST_F(GeneralSettingsTest, LeavingThePageWritesWhatItShows) {
   page.source_line = -1;  // nothing selected
   SaveGeneralSettings(page, settings_, folders_, login_);
   EXPECT_EQ(Value("soundinchannel"), "-2");
-  EXPECT_EQ(LoadGeneralSettings(settings_, login_).source_line, -1);
+  EXPECT_EQ(LoadGeneralSettings(settings_, folders_, login_).source_line, -1);
 }
 
 TEST_F(GeneralSettingsTest, TheFolderIsWrittenOnlyWhenItsPathChanged) {
-  GeneralSettings page = LoadGeneralSettings(settings_, login_);
+  GeneralSettings page = LoadGeneralSettings(settings_, folders_, login_);
   page.current_user_only = true;  // the radio buttons alone write nothing
   SaveGeneralSettings(page, settings_, folders_, login_);
   EXPECT_EQ(folders_.Read(FolderScope::kCurrentUser, "Incoming"), std::nullopt);
@@ -70,8 +73,30 @@ TEST_F(GeneralSettingsTest, TheFolderIsWrittenOnlyWhenItsPathChanged) {
   EXPECT_TRUE(settings_.current_user_only());
 }
 
+TEST_F(GeneralSettingsTest, AFolderForAllUsersIsOfferedOnlyWhereItCanBeKept) {
+  EXPECT_TRUE(LoadGeneralSettings(settings_, folders_, login_).for_everyone_possible);
+  // The machine's store lies where this person may not write (an immutable folder
+  // stands in for /etc/xdg: not even root may write there).
+  const std::string machine = scratch_ / "etc/parlavox";
+  std::filesystem::create_directories(machine);
+  const FolderStore folders(scratch_ / "user.ini", machine + "/folders.ini");
+  if (std::system(("chattr +i '" + machine + "' 2>/dev/null").c_str()) != 0) {
+    GTEST_SKIP() << "this file system has no immutable folders";
+  }
+  GeneralSettings page = LoadGeneralSettings(settings_, folders, login_);
+  EXPECT_FALSE(page.for_everyone_possible);
+  EXPECT_TRUE(page.current_user_only);
+  page.current_user_only = false;  // asked for anyway: kept where it can be
+  page.inward_folder = "/srv/in";
+  page.folder_changed = true;
+  SaveGeneralSettings(page, settings_, folders, login_);
+  EXPECT_EQ(std::system(("chattr -i '" + machine + "'").c_str()), 0);
+  EXPECT_EQ(folders.Read(FolderScope::kCurrentUser, "Incoming"), "/srv/in");
+  EXPECT_FALSE(std::filesystem::exists(machine + "/folders.ini"));
+}
+
 TEST_F(GeneralSettingsTest, StartAtLoginIsSwitchedOnlyWhenItDiffers) {
-  GeneralSettings page = LoadGeneralSettings(settings_, login_);
+  GeneralSettings page = LoadGeneralSettings(settings_, folders_, login_);
   SaveGeneralSettings(page, settings_, folders_, login_);
   EXPECT_EQ(login_.changes, 0);
   page.start_at_login = true;

@@ -4,18 +4,9 @@
 
 #include "app/paths.h"
 #include "app/startup.h"
+#include "setup/start_at_login.h"
 
 namespace parlavox {
-namespace {
-
-std::string FirstConfigFolder() {
-  const std::string list = EnvironmentOr("XDG_CONFIG_DIRS", "/etc/xdg");
-  const std::string first = list.substr(0, list.find(':'));
-  return first.empty() ? "/etc/xdg" : first;
-}
-
-}  // namespace
-
 InstallPlaces InstallPlaces::ForPerson() {
   const std::string data_home = EnvironmentOr("XDG_DATA_HOME", HomeFolder() + "/.local/share");
   InstallPlaces places;
@@ -40,7 +31,7 @@ InstallPlaces InstallPlaces::ForMachine() {
   places.inward_folder = places.data_folder + "/Incoming";
   places.applications_folder = "/usr/local/share/applications";
   places.icon_folder = "/usr/local/share/icons/hicolor/scalable/apps";
-  places.autostart_folder = FirstConfigFolder() + "/autostart";
+  places.autostart_folder = MachineConfigFolder() + "/autostart";
   places.folder_scope = FolderScope::kMachine;
   places.shared_data = true;
   return places;

@@ -4,6 +4,7 @@
 
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
 
 namespace parlavox {
 namespace {
@@ -19,6 +20,13 @@ std::string UserConfigFolder() {
 
 AutostartEntry AutostartEntry::ForUser() {
   return AutostartEntry(UserConfigFolder() + "/autostart");
+}
+
+std::string MachineConfigFolder() {
+  const char* list = std::getenv("XDG_CONFIG_DIRS");
+  const std::string dirs = list != nullptr ? list : "";
+  const std::string first = dirs.substr(0, dirs.find(':'));
+  return first.empty() ? "/etc/xdg" : first;
 }
 
 bool AutostartEntry::IsOn() const {
@@ -43,9 +51,46 @@ bool AutostartEntry::Enable(const std::string& program) const {
   return WriteDesktopEntry(path(), entry, /*launchable=*/false);
 }
 
+bool AutostartEntry::Hide() const {
+  DesktopEntry entry;
+  entry.name = "Parlavox";
+  entry.comment = "Not started at login";
+  entry.command = {RunningProgramPath(), "/logon"};
+  entry.extra_lines = {"Hidden=true"};
+  return WriteDesktopEntry(path(), entry, /*launchable=*/false);
+}
+
+bool AutostartEntry::Starts() const {
+  std::ifstream file(path());
+  if (!file) return false;
+  for (std::string line; std::getline(file, line);) {
+    if (line == "Hidden=true") return false;
+  }
+  return true;
+}
+
 void AutostartEntry::Disable() const {
   std::error_code error;
   std::filesystem::remove(path(), error);
+}
+
+PersonsStartAtLogin PersonsStartAtLogin::ForUser() {
+  return PersonsStartAtLogin(AutostartEntry::ForUser(),
+                             AutostartEntry(MachineConfigFolder() + "/autostart"));
+}
+
+bool PersonsStartAtLogin::IsOn() const {
+  return own_.IsOn() ? own_.Starts() : machine_.Starts();
+}
+
+void PersonsStartAtLogin::Set(bool on) {
+  if (on) {
+    own_.Enable(RunningProgramPath());
+  } else if (machine_.Starts()) {
+    own_.Hide();
+  } else {
+    own_.Disable();
+  }
 }
 
 std::string RunningProgramPath() {

@@ -30,11 +30,38 @@ class AutostartEntry : public StartAtLogin {
   // Removes the entry; nothing when there is none.
   void Disable() const;
 
+  // Writes an entry that keeps a machine-wide one of the same name from starting.
+  bool Hide() const;
+  // Whether the entry exists and is not hidden.
+  bool Starts() const;
+
   std::string path() const { return folder_ + "/parlavox.desktop"; }
 
  private:
   std::string folder_;
 };
+
+// What happens when the person logs in: their own autostart entry decides when there is
+// one (it overrides a machine-wide entry of the same name), else the machine's. Turned
+// off while the machine's entry would start the program, the person's own entry hides
+// it; turned on, the person gets an entry of their own.
+class PersonsStartAtLogin : public StartAtLogin {
+ public:
+  PersonsStartAtLogin(AutostartEntry own, AutostartEntry machine)
+      : own_(std::move(own)), machine_(std::move(machine)) {}
+  // The person's own folder and the first of $XDG_CONFIG_DIRS (default /etc/xdg).
+  static PersonsStartAtLogin ForUser();
+
+  bool IsOn() const override;
+  void Set(bool on) override;
+
+ private:
+  AutostartEntry own_;
+  AutostartEntry machine_;
+};
+
+// The first folder of $XDG_CONFIG_DIRS (default /etc/xdg): machine-wide settings.
+std::string MachineConfigFolder();
 
 // The file of the program that runs, as an absolute path.
 std::string RunningProgramPath();

@@ -40,6 +40,27 @@ TEST_F(StartAtLoginTest, OnMeansTheEntryExistsWhateverItStarts) {
             std::string::npos);
 }
 
+TEST_F(StartAtLoginTest, AMachineWideEntryCountsAndThePersonCanTurnItOff) {
+  AutostartEntry own(folder_ + "/home/autostart"), machine(folder_ + "/etc/autostart");
+  PersonsStartAtLogin login(own, machine);
+  EXPECT_FALSE(login.IsOn());
+  ASSERT_TRUE(machine.Enable("/opt/parlavox/parlavox"));  // installed for everybody
+  EXPECT_TRUE(login.IsOn());
+
+  login.Set(false);  // the person's own entry hides the machine's
+  EXPECT_FALSE(login.IsOn());
+  EXPECT_TRUE(machine.IsOn());
+  EXPECT_NE(Text(own.path()).find("Hidden=true"), std::string::npos);
+  login.Set(true);
+  EXPECT_TRUE(login.IsOn());
+  EXPECT_EQ(Text(own.path()).find("Hidden=true"), std::string::npos);
+
+  machine.Disable();
+  login.Set(false);  // nothing to hide: the own entry just goes
+  EXPECT_FALSE(login.IsOn());
+  EXPECT_FALSE(std::filesystem::exists(own.path()));
+}
+
 TEST_F(StartAtLoginTest, AServiceIsRegisteredOnceAndSaysWhatIsLeftToDo) {
   // A systemd that can't be reached: the person is told what finishes the job.
   const ServiceUnit unit(folder_ + "/systemd/user", "false");

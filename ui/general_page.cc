@@ -82,7 +82,7 @@ class GeneralPage : public SettingsPage {
   }
 
   void Fill() override {
-    const GeneralSettings page = LoadGeneralSettings(context_.settings, context_.login);
+    const GeneralSettings page = LoadGeneralSettings(context_.settings, context_.folders, context_.login);
     FillOutputDevices(output_devices_, page.output_device);
     output_level_->SetLevel(page.output_level);
     FillInputDevices(input_devices_, page.input_device);
@@ -93,6 +93,12 @@ class GeneralPage : public SettingsPage {
     folder_->setText(QString::fromStdString(page.inward_folder));
     folder_->setModified(false);
     (page.current_user_only ? for_me_ : for_everyone_)->setChecked(true);
+    // Only what can be kept is offered: a folder for every user needs the right to
+    // write the machine's folder store.
+    for_everyone_->setEnabled(page.for_everyone_possible);
+    for_everyone_->setToolTip(page.for_everyone_possible
+                                  ? QString()
+                                  : "Only an administrator can set the folder for all users");
     folder_browsed_ = false;
     start_at_login_->setChecked(page.start_at_login);
     UpdateControls();

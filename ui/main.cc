@@ -112,7 +112,7 @@ int RunIntercom(QCoreApplication& application, const sigset_t& termination, bool
                     [&window] { window.CloseWithoutAsking(); });
     // What the settings sheet works on.
     MixerControl mixer;
-    AutostartEntry login = AutostartEntry::ForUser();
+    PersonsStartAtLogin login = PersonsStartAtLogin::ForUser();
     const FolderStore folders = FolderStore::FromEnvironment();
     const UsersCache users(settings);
     const KeyAssignments keys(settings, users);
