@@ -91,6 +91,7 @@ void InstallTask::Finish() {
     uninstall.name = "Parlavox Uninstall";
     uninstall.comment = "Remove Parlavox from this computer";
     uninstall.command = {places_.uninstaller()};
+    uninstall.extra_lines = {"Categories=Network;Telephony;"};
     WriteDesktopEntry(places_.uninstall_entry(), uninstall, /*launchable=*/false);
   }
   DesktopEntry help;
@@ -98,6 +99,7 @@ void InstallTask::Finish() {
   help.comment = "How to use the Parlavox intercom";
   help.command = {"xdg-open", places_.help()};
   help.icon = "help-browser";
+  help.extra_lines = {"Categories=Network;Telephony;"};
   WriteDesktopEntry(places_.help_entry(), help, /*launchable=*/false);
 
   // An intercom is a person's: root's own, serving every user's, would take their calls.

@@ -53,10 +53,15 @@ bool RunSetupTask(Role role, const SetupOptions& options, const std::string& own
   }
   const FolderStore folders = FolderStore::FromEnvironment();
   // Nothing changes, and a running copy goes on, until the person has agreed.
-  const auto agreed = [&places, &folders, role] {
+  const auto agreed = [&places, &folders, &view, role] {
     if (SendControlRequest(ControlSocketPath(), "quit", std::chrono::seconds(5))) {
-      std::this_thread::sleep_for(
-          std::chrono::milliseconds(role == Role::kInstallPackage ? 2000 : 1500));
+      // The copy gets time to end; the view stays painted meanwhile.
+      const auto until = std::chrono::steady_clock::now() +
+                         std::chrono::milliseconds(role == Role::kInstallPackage ? 2000 : 1500);
+      while (std::chrono::steady_clock::now() < until) {
+        view.Cancelled();
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+      }
     }
     PrepareSetup(places, folders);
   };

@@ -13,8 +13,8 @@ namespace parlavox {
 
 bool UninstallTask::Run(SetupView& view, bool second_stage,
                         const std::vector<std::string>& passed_on) {
+  if (!second_stage) return HandOver(passed_on);  // the copy says what it does
   view.SetTitle("Uninstalling Parlavox");
-  if (!second_stage) return HandOver(passed_on);
   if (view.Cancelled()) return false;
   std::this_thread::sleep_for(std::chrono::milliseconds(150));
   if (!view.Confirm("Uninstall Parlavox",

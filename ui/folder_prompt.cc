@@ -1,6 +1,7 @@
 #include "ui/folder_prompt.h"
 
 #include <QDialog>
+#include <QDir>
 #include <QDialogButtonBox>
 #include <QFileDialog>
 #include <QHBoxLayout>
@@ -11,8 +12,14 @@
 
 namespace parlavox {
 
-std::optional<QString> BrowseForFolder(QWidget* owner, const QString& title) {
-  const QString folder = QFileDialog::getExistingDirectory(owner, title, "/");
+std::optional<QString> BrowseForFolder(QWidget* owner, const QString& title,
+                                       const QString& start) {
+  // Opens at the folder named so far, or the nearest one above it that exists.
+  QDir place(start.trimmed().isEmpty() ? QDir::homePath() : start.trimmed());
+  while (!place.exists() && place.cdUp()) {
+  }
+  const QString folder = QFileDialog::getExistingDirectory(
+      owner, title, place.exists() ? place.absolutePath() : QDir::homePath());
   if (folder.isEmpty()) return std::nullopt;
   return folder;
 }
@@ -24,7 +31,7 @@ std::optional<QString> AskForFolder(QWidget* owner, const QString& title, const 
   path->setMinimumWidth(320);
   auto* browse = new QPushButton("&Browse...");
   QObject::connect(browse, &QPushButton::clicked, &dialog, [&] {
-    if (const std::optional<QString> folder = BrowseForFolder(&dialog, title))
+    if (const std::optional<QString> folder = BrowseForFolder(&dialog, title, path->text()))
       path->setText(*folder);
   });
   auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel);

@@ -74,7 +74,8 @@ class GeneralPage : public SettingsPage {
       if (!OpenRecordMixer()) mixer_->setText("No mixer program was found");
     });
     connect(change, &QPushButton::clicked, this, [this] {
-      if (auto chosen = BrowseForFolder(this, "Locate incoming audio files folder")) {
+      if (auto chosen =
+              BrowseForFolder(this, "Locate incoming audio files folder", folder_->text())) {
         folder_->setText(*chosen);
         folder_browsed_ = true;
       }

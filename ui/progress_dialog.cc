@@ -19,7 +19,7 @@ QString Text(std::string_view text) {
 
 }  // namespace
 
-ProgressDialog::ProgressDialog() {
+ProgressDialog::ProgressDialog(bool assume_yes) : assume_yes_(assume_yes) {
   setWindowTitle("Installing Parlavox");
   setWindowIcon(ProgramIcon());
   auto* icon = new QLabel;
@@ -71,6 +71,7 @@ bool ProgressDialog::Cancelled() {
 }
 
 bool ProgressDialog::AcceptTerms(std::string_view terms) {
+  if (assume_yes_) return true;
   QDialog dialog(this);
   dialog.setWindowTitle("Licence Terms");
   auto* text = new QPlainTextEdit(Text(terms));
@@ -92,6 +93,7 @@ bool ProgressDialog::AcceptTerms(std::string_view terms) {
 }
 
 bool ProgressDialog::Confirm(std::string_view caption, std::string_view question) {
+  if (assume_yes_) return true;
   QMessageBox box(QMessageBox::Critical, Text(caption), Text(question),
                   QMessageBox::Yes | QMessageBox::No, this);
   return box.exec() == QMessageBox::Yes;

@@ -15,7 +15,8 @@ namespace parlavox {
 // on the window's thread and gives the window its turn whenever it asks for Cancel.
 class ProgressDialog : public QDialog, public SetupView {
  public:
-  ProgressDialog();
+  // `assume_yes`: the terms count as accepted and questions as answered yes, unasked.
+  explicit ProgressDialog(bool assume_yes = false);
 
   void SetTitle(std::string_view title) override;
   void SetStatus(std::string_view status) override;
@@ -32,6 +33,7 @@ class ProgressDialog : public QDialog, public SetupView {
   QLabel* title_;
   QProgressBar* bar_;
   QLabel* status_;
+  const bool assume_yes_;
   bool cancelled_ = false;
 };
 

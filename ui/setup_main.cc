@@ -37,7 +37,7 @@ int RunSetupRole(Role role, int argc, char** argv) {
         QString::fromUtf8(kCorruptPackageText.data(), qsizetype(kCorruptPackageText.size())));
     return 1;
   }
-  ProgressDialog dialog;
+  ProgressDialog dialog(options.assume_yes);
   dialog.show();
   return RunSetupTask(role, options, own_file, dialog) ? 0 : 1;
 }
