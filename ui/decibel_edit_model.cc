@@ -20,12 +20,18 @@ bool DecibelEditModel::Typed(std::string_view text) {
   return true;
 }
 
-bool DecibelEditModel::PointedAt(int x, int width) {
-  if (x < kTextWidth) return false;
-  const int bar = std::max(width - kTextWidth, 1);
-  const int level = minimum_ + std::clamp(x - kTextWidth, 0, bar) * (maximum_ - minimum_) / bar;
+bool DecibelEditModel::PointedAt(int x, int left, int width, Pointing pointing) {
+  if (x < left && pointing == Pointing::kPress) return false;
+  const int bar = std::max(width - left, 1);
+  const int level = minimum_ + std::clamp(x - left, 0, bar) * (maximum_ - minimum_) / bar;
   const Decibels before = level_;
   SetLevel(level);
+  return level_ != before;
+}
+
+bool DecibelEditModel::Step(int decibels) {
+  const Decibels before = level_;
+  SetLevel(std::max<int>(level_, minimum_) + decibels);
   return level_ != before;
 }
 

@@ -10,12 +10,14 @@ namespace parlavox {
 
 // What a decibel edit holds and how the person changes it: a level in whole decibels
 // (a signed 8-bit value, -127 meaning silence) within a range, by default -36 to 12,
-// typed into a text field 32 pixels wide at the left or set on the bar to its right.
-// On a bar from `left` `width` wide, a level L lies at left + (L - minimum) x width /
-// range, where a range of nothing counts as 1.
+// typed into a text field at the left, set on the bar to its right, or stepped with
+// keys and the wheel. On a bar from `left` `width` wide, a level L lies at left +
+// (L - minimum) x width / range, where a range of nothing counts as 1.
 class DecibelEditModel {
  public:
-  static constexpr int kTextWidth = 32;
+  // How the pointer reached a place: a press on the text field changes nothing, a
+  // drag that leaves the bar holds the level at the bar's nearer end.
+  enum class Pointing { kPress, kDrag };
 
   Decibels level() const { return level_; }
   int minimum() const { return minimum_; }
@@ -29,9 +31,12 @@ class DecibelEditModel {
   // The person typed `text` (only its first 6 characters count); true when that
   // changed the level.
   bool Typed(std::string_view text);
-  // The person pressed or dragged at `x` of a control `width` wide; presses on the
-  // text field change nothing. True when that changed the level.
-  bool PointedAt(int x, int width);
+  // The person pressed or dragged at `x` of a control `width` wide whose bar begins at
+  // `left`. True when that changed the level.
+  bool PointedAt(int x, int left, int width, Pointing pointing);
+  // The person stepped the level by `decibels` (keys, the wheel). True when that
+  // changed the level.
+  bool Step(int decibels);
 
   // Where a level lies on a bar.
   int BarX(int level, int left, int width) const;

@@ -38,22 +38,39 @@ TEST(DecibelEditModelTest, TypingChangesTheLevelOnlyWhenItReadsDifferently) {
 }
 
 TEST(DecibelEditModelTest, TheBarRunsFromMinimumToMaximum) {
+  using enum DecibelEditModel::Pointing;
   DecibelEditModel edit;
-  constexpr int kWidth = 32 + 96;
-  EXPECT_FALSE(edit.PointedAt(10, kWidth));  // the text field
-  EXPECT_TRUE(edit.PointedAt(32, kWidth));
+  constexpr int kLeft = 40, kWidth = kLeft + 96;
+  EXPECT_FALSE(edit.PointedAt(10, kLeft, kWidth, kPress));  // the text field
+  EXPECT_TRUE(edit.PointedAt(kLeft, kLeft, kWidth, kPress));
   EXPECT_EQ(edit.level(), -36);
-  EXPECT_TRUE(edit.PointedAt(kWidth, kWidth));
+  EXPECT_TRUE(edit.PointedAt(kWidth, kLeft, kWidth, kPress));
   EXPECT_EQ(edit.level(), 12);
-  EXPECT_FALSE(edit.PointedAt(kWidth + 50, kWidth));  // beyond the end: still the end
-  EXPECT_TRUE(edit.PointedAt(32 + 72, kWidth));
+  EXPECT_FALSE(edit.PointedAt(kWidth + 50, kLeft, kWidth, kDrag));  // beyond: still the end
+  EXPECT_TRUE(edit.PointedAt(kLeft + 72, kLeft, kWidth, kDrag));
   EXPECT_EQ(edit.level(), 0);
-  EXPECT_EQ(edit.BarX(0, 32, 96), 32 + 72);
+  EXPECT_TRUE(edit.PointedAt(-30, kLeft, kWidth, kDrag));  // dragged past the left end
+  EXPECT_EQ(edit.level(), -36);
+  EXPECT_EQ(edit.BarX(0, kLeft, 96), kLeft + 72);
 
   edit.SetRange(5, 5);  // a range of nothing counts as 1: no division by zero
-  EXPECT_EQ(edit.BarX(5, 32, 96), 32);
-  edit.PointedAt(100, kWidth);
+  EXPECT_EQ(edit.BarX(5, kLeft, 96), kLeft);
+  edit.PointedAt(100, kLeft, kWidth, kPress);
   EXPECT_EQ(edit.level(), 5);
+}
+
+TEST(DecibelEditModelTest, StepsStayWithinTheRange) {
+  DecibelEditModel edit;
+  EXPECT_TRUE(edit.Step(1));
+  EXPECT_EQ(edit.level(), 1);
+  EXPECT_TRUE(edit.Step(100));
+  EXPECT_EQ(edit.level(), 12);
+  EXPECT_FALSE(edit.Step(1));
+  edit.Typed("--");  // silence, held to the range: steps go on from the minimum
+  EXPECT_FALSE(edit.Step(-6));
+  EXPECT_EQ(edit.level(), -36);
+  EXPECT_TRUE(edit.Step(6));
+  EXPECT_EQ(edit.level(), -30);
 }
 
 }  // namespace

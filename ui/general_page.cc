@@ -26,6 +26,7 @@ class GeneralPage : public SettingsPage {
     auto* output = new QGroupBox("Sound &Out Device");
     output_devices_ = new QComboBox;
     output_level_ = new LDBEdit;
+    output_level_->SetName("Sound out level in decibels");
     auto* output_layout = new QGridLayout(output);
     output_layout->addWidget(output_devices_, 0, 0, 1, 2);
     output_layout->addWidget(new QLabel("Volume Level:"), 1, 0);
@@ -36,6 +37,7 @@ class GeneralPage : public SettingsPage {
     input_devices_ = new QComboBox;
     sources_ = new QComboBox;
     input_level_ = new LDBEdit;
+    input_level_->SetName("Sound in level in decibels");
     mixer_ = new QPushButton("Open System Record Mixer");
     auto* input_layout = new QGridLayout(input);
     input_layout->addWidget(input_devices_, 0, 0, 1, 2);

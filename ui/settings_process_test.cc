@@ -68,6 +68,9 @@ TEST_F(SettingsTest, TheGeneralPageListsTheDevicesAndIsSavedOnLeavingIt) {
   ClickInSheet(kOutputLevelX, kOutputLevelY);
   desktop_.Run("xdotool key ctrl+a");
   desktop_.Run("xdotool type -- -6");
+  if (const char* picture = std::getenv("PARLAVOX_SETTINGS_SCREENSHOT")) {
+    desktop_.Screenshot(picture);
+  }
   ClickInSheet(kUsersTabX, kTabsY);  // leaving the page saves it
   CloseSheet(kCancelX);              // and Cancel undoes nothing
   EXPECT_EQ(Setting("soundoutdevice"), "2");
