@@ -24,6 +24,9 @@ MainWindow::MainWindow() {
   setWindowIcon(ProgramIcon());
   BuildMenus();
   setCentralWidget(BuildFace());
+  // A small window of fixed size, as a dialog: nothing to gain from resizing it.
+  setWindowFlag(Qt::WindowMaximizeButtonHint, false);
+  setFixedSize(QSize(380, 260).expandedTo(sizeHint()));
   tray_ = std::make_unique<TrayIcon>(
       TrayIcon::Commands{[this] { ShowMainWindow(); }, [this] { intercom_->TurnOn(); },
                          [this] { intercom_->TurnOff(); }, [this] { close(); }});
@@ -50,7 +53,10 @@ void MainWindow::BuildMenus() {
   intercom->addAction("&Close (Run in Background)", [this] { HideMainWindow(); });
   intercom->addAction("E&xit\tAlt+F4", [this] { close(); });
 
-  QMenu* help = menuBar()->addMenu("&Help");
+  // The Help menu stands at the right end of the menu bar.
+  auto* right = new QMenuBar(menuBar());
+  menuBar()->setCornerWidget(right, Qt::TopRightCorner);
+  QMenu* help = right->addMenu("&Help");
   help->addAction("&Help Contents\tF1", [this] { OpenHelpAt(help::kContents); });
   help->addSeparator();
   help->addAction("&About", [this] { RunAboutDialog(this); });
@@ -114,8 +120,6 @@ QWidget* MainWindow::BuildFace() {
   auto* layout = new QVBoxLayout(face);
   layout->addWidget(frame, 1);
   layout->addLayout(lower);
-  setMinimumSize(360, 240);
-  resize(380, 260);
   return face;
 }
 

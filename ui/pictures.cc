@@ -33,7 +33,13 @@ QIcon Icon(const QString& name) { return QIcon(PicturePath(name)); }
 
 QIcon ProgramIcon() { return Icon("parlavox.svg"); }
 QIcon TrayPicture(bool on) { return Icon(on ? "tray_on.svg" : "tray_off.svg"); }
-QIcon UserPicture(bool on) { return Icon(on ? "user_on.svg" : "user_off.svg"); }
+QIcon UserPicture(bool on) {
+  // On the selection's highlight the person shows light, the state's dot outlined dark.
+  QIcon icon = Icon(on ? "user_on.svg" : "user_off.svg");
+  icon.addFile(PicturePath(on ? "user_on_selected.svg" : "user_off_selected.svg"), QSize(),
+               QIcon::Selected);
+  return icon;
+}
 
 QPixmap MeterTile(bool red, qreal device_pixel_ratio) {
   return Render(red ? "meter_red.svg" : "meter_green.svg", device_pixel_ratio);

@@ -7,8 +7,6 @@
 namespace parlavox {
 namespace {
 
-constexpr int kTextHeight = 88;
-
 // A sans-serif font whose lines are 16 pixels apart at most, so that the five lines of
 // the distributor block fit under the picture.
 QFont TextFont(int weight) {
@@ -22,6 +20,10 @@ QFont TextFont(int weight) {
   return font;
 }
 
+// The height of the text block: the five lines of the distributor block, whatever the
+// font's real line spacing, with a margin above and below.
+int TextHeight() { return 5 * QFontMetrics(TextFont(400)).lineSpacing() + 8; }
+
 }  // namespace
 
 ProductPicture::ProductPicture(QWidget* parent)
@@ -31,7 +33,7 @@ ProductPicture::ProductPicture(QWidget* parent)
 
 QSize ProductPicture::sizeHint() const {
   const QSize picture = picture_.deviceIndependentSize().toSize();
-  return {picture.width(), picture.height() + kTextHeight};
+  return {picture.width(), picture.height() + TextHeight()};
 }
 
 void ProductPicture::paintEvent(QPaintEvent*) {
@@ -39,7 +41,7 @@ void ProductPicture::paintEvent(QPaintEvent*) {
   painter.fillRect(rect(), Qt::white);
   painter.drawPixmap(0, 0, picture_);
   const int picture_height = picture_.deviceIndependentSize().toSize().height();
-  const QRect text(2, picture_height + 1, width() - 4 - 2, kTextHeight - 6);
+  const QRect text(2, picture_height + 2, width() - 4 - 2, height() - picture_height - 4);
   painter.setPen(Qt::black);
 
   QRect used;

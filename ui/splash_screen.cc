@@ -26,7 +26,8 @@ class SplashWindow : public QWidget {
     frame.setColor(QPalette::Window, QColor(0x1c, 0x6a, 0xa3));
     setPalette(frame);
     adjustSize();
-    QTimer::singleShot(kShowMs, this, &QWidget::close);
+    // A precise timer: a coarse one may end the splash a few hundred ms early.
+    QTimer::singleShot(kShowMs, Qt::PreciseTimer, this, &QWidget::close);
   }
 
  protected:
