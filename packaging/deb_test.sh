@@ -15,7 +15,7 @@ deb="$scratch/parlavox_${version}_amd64.deb"
 
 contents=$(dpkg-deb -c "$deb" | awk '{print $6}')
 for path in ./usr/bin/parlavox ./usr/share/applications/parlavox.desktop \
-    ./usr/share/icons/hicolor/scalable/apps/parlavox.svg \
+    ./usr/share/icons/hicolor/scalable/apps/parlavox.svg ./usr/share/metainfo/parlavox.metainfo.xml \
     ./usr/share/doc/parlavox/parlavox-help.html ./usr/share/doc/parlavox/copyright \
     ./usr/share/doc/parlavox/changelog.gz ./usr/share/man/man1/parlavox.1.gz; do
   grep -qxF "$path" <<<"$contents" || { echo "missing $path" >&2; exit 1; }

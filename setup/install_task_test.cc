@@ -163,6 +163,11 @@ TEST_F(InstallTaskTest, TheUninstallerHandsOverToACopyOfItself) {
   EXPECT_EQ(fs::path(copy).parent_path().parent_path(), scratch_ / "tmp");
   EXPECT_EQ(FileText(copy), FileText(places_.uninstaller()));
   EXPECT_TRUE(fs::exists(places_.program()));  // nothing removed yet
+
+  // The copy, once it has removed Parlavox, leaves nothing of itself behind.
+  UninstallTask second(places_, folders_, launcher_, copy, scratch_ / "tmp");
+  EXPECT_TRUE(second.Run(view_, /*second_stage=*/true, {}));
+  EXPECT_FALSE(fs::exists(fs::path(copy).parent_path()));
 }
 
 TEST_F(InstallTaskTest, UninstallingRemovesTheInstallButNotTheServiceOrTheStoredFolders) {

@@ -58,7 +58,7 @@ TEST_F(SetupProcessTest, TheOneFilePackageInstallsStartsAndIsUninstalledAgain) {
   ASSERT_EQ(installed, 0) << install_log;
   EXPECT_EQ(copy_.process().WaitForExit(1s), 0);
   EXPECT_NE(install_log.find("yes (--yes)"), std::string::npos) << install_log;
-  const std::string built = FileText(PARLAVOX_BINARY);
+  const std::string built = FileText(PARLAVOX_PACKAGED_PROGRAM);  // stripped
   EXPECT_EQ(FileText(Installed("parlavox")), built + std::string(4, '\0'));
   EXPECT_EQ(FileText(Installed("parlavox-uninstall")), built + "\x0F\x0F\xF0\xF0");
   EXPECT_EQ(FileText(Installed("parlavox-help.html")),

@@ -24,6 +24,12 @@ bool UninstallTask::Run(SetupView& view, bool second_stage,
   if (agreed_) agreed_();
   view.SetStatus("Removing Parlavox");
   Remove(view);
+  // The hand-over copy that runs this goes too (a running file may be deleted here).
+  const std::filesystem::path own_folder = std::filesystem::path(own_file_).parent_path();
+  if (own_folder.filename().string().starts_with("parlavox-uninstall.")) {
+    std::error_code error;
+    std::filesystem::remove_all(own_folder, error);
+  }
   view.SetProgress(100);
   return true;
 }

@@ -59,6 +59,8 @@ class VirtualDesktop {
       kill(server_pid_, SIGTERM);  // the server removes its lock file
       waitpid(server_pid_, nullptr, 0);
     }
+    // The display is free again: its reservation goes, leaving nothing behind.
+    if (!display_.empty()) std::filesystem::remove("/tmp/parlavox-display-" + display_.substr(1));
   }
   VirtualDesktop(const VirtualDesktop&) = delete;
   VirtualDesktop& operator=(const VirtualDesktop&) = delete;
