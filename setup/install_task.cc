@@ -47,7 +47,10 @@ void PrepareSetup(const InstallPlaces& places, const FolderStore& folders) {
 bool InstallTask::Run(SetupView& view) {
   view.SetTitle("Installing Parlavox");
   view.SetStatus("Licence terms");
-  if (!view.AcceptTerms(texts_.terms)) return false;
+  if (!view.AcceptTerms(texts_.terms)) {
+    view.SetStatus("The terms were not accepted: nothing was installed");
+    return false;
+  }
   if (agreed_) agreed_();
   if (places_.folder_scope == FolderScope::kCurrentUser) {
     RegisterFolder(folders_, places_.folder_scope, "Incoming", places_.inward_folder,
@@ -63,7 +66,10 @@ bool InstallTask::Run(SetupView& view) {
       view.ShowError(kInstallErrorCaption, kCorruptPackageText);
       return false;
     case Extraction::kCancelled:
+      view.SetStatus("Cancelled: the installation is incomplete");
+      return false;
     case Extraction::kUnreadable:
+      view.SetStatus("The installation file can't be read");
       return false;
   }
   view.SetStatus("Finalizing");

@@ -180,8 +180,9 @@ TEST_F(InstallTaskTest, UninstallingRemovesTheInstallButNotTheServiceOrTheStored
 
   view_.confirm = false;
   EXPECT_FALSE(Uninstaller().Run(view_, /*second_stage=*/true, {}));
-  EXPECT_EQ(view_.shown.back(),
+  EXPECT_EQ(view_.shown.end()[-2],
             "question Are you sure you want to remove Parlavox from this computer?");
+  EXPECT_EQ(view_.shown.back(), "status Nothing was removed");
   EXPECT_EQ(Entries().size(), 6u);
 
   view_.confirm = true;

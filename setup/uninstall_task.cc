@@ -19,6 +19,7 @@ bool UninstallTask::Run(SetupView& view, bool second_stage,
   std::this_thread::sleep_for(std::chrono::milliseconds(150));
   if (!view.Confirm("Uninstall Parlavox",
                     "Are you sure you want to remove Parlavox from this computer?")) {
+    view.SetStatus("Nothing was removed");
     return false;
   }
   if (agreed_) agreed_();
