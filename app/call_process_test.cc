@@ -120,19 +120,23 @@ class CallProcessTest : public testing::Test {
   }
 
   // Records a copy's speaker (its server's "speaker" monitor) from now until Heard().
+  // A recording that asks for a long latency leaves the sink's latency to the
+  // intercom, as on a quiet desktop where the intercom is the only one playing.
   class SpeakerRecording {
    public:
-    SpeakerRecording(const PrivateSoundServer& server, const std::string& path)
+    SpeakerRecording(const PrivateSoundServer& server, const std::string& path,
+                     std::chrono::milliseconds latency = 20ms)
         : path_(path),
-          parec_({"/usr/bin/parec", "--device=speaker.monitor", "--raw", "--format=s16le",
-                  "--rate=11025", "--channels=1", "--latency-msec=20"},
-                 {"PULSE_SERVER=" + server.address(),
-                  "HOME=" + std::filesystem::path(path).parent_path().string()},
-                 path, path + ".log") {}
-    // Ends the recording once what is still on its way has arrived; small fragments
-    // keep the interruption from losing any of it.
+          latency_(latency),
+          parec_(
+              {"/usr/bin/parec", "--device=speaker.monitor", "--raw", "--format=s16le",
+               "--rate=11025", "--channels=1", "--latency-msec=" + std::to_string(latency.count())},
+              {"PULSE_SERVER=" + server.address(),
+               "HOME=" + std::filesystem::path(path).parent_path().string()},
+              path, path + ".log") {}
+    // Ends the recording once what is still on its way has arrived.
     std::vector<int16_t> Heard() {
-      std::this_thread::sleep_for(300ms);
+      std::this_thread::sleep_for(300ms + 2 * latency_);
       parec_.Signal(SIGINT);
       parec_.WaitForExit(5s);
       return RawSamples(path_);
@@ -140,6 +144,7 @@ class CallProcessTest : public testing::Test {
 
    private:
     std::string path_;
+    std::chrono::milliseconds latency_;
     ChildProcess parec_;
   };
 
@@ -202,6 +207,46 @@ TEST_F(CallProcessTest, SpeechReachesTheCalleeAndTheReplyComesBack) {
   const std::vector<int16_t> ann_heard = ann_speaker.Heard();
   EXPECT_GT(SpeechFound(speech, ann_heard), 0.6) << ann_heard.size() << " samples heard\n"
                                                  << ann_.log();
+}
+
+// Ben's copy is the only one playing on his sound server: nothing else keeps the sink's
+// latency short. A message that grows as it is spoken is heard from its first to its
+// last sample, at the level Ben set, in real decibels.
+TEST_F(CallProcessTest, AMessageGrowingLiveIsHeardWholeAtTheLevelSetOnAQuietDesktop) {
+  ben_.Set("settings", "soundoutvolume", "-10dB");
+  SpeakerRecording ben_speaker(ben_server_, scratch_ / "ben-heard.raw", 1000ms);
+  constexpr int kAmplitude = 16000;
+  constexpr double kSeconds = 4;
+  {
+    auto writer = CreateWaveFileWriter(ben_.inward_folder() + "/777.wav", kRate, 1, 16, 0);
+    std::vector<int32_t> piece(kRate / 10);
+    for (int i = 0; i < kSeconds * 10; ++i) {
+      for (size_t s = 0; s < piece.size(); ++s) {
+        piece[s] = int32_t(kAmplitude * 16 * std::sin((i * piece.size() + s) * 0.3));
+      }
+      writer->Write(piece.data(), int64_t(piece.size()));
+      std::this_thread::sleep_for(100ms);  // spoken as it is written
+    }
+    ASSERT_TRUE(writer->Finish());
+  }
+  ASSERT_TRUE(AllPlayed(ben_, 15s));
+  const std::vector<int16_t> heard = ben_speaker.Heard();
+  // Heard: the 10 ms windows that hold the tone; its gain from their mean square, which
+  // for a sine is half the square of its peak.
+  constexpr size_t kWindow = kRate / 100;
+  int64_t loud = 0;
+  double energy = 0;
+  for (size_t start = 0; start + kWindow <= heard.size(); start += kWindow) {
+    double window = 0;
+    for (size_t i = start; i < start + kWindow; ++i) window += double(heard[i]) * heard[i];
+    if (window / kWindow > double(kAmplitude) * kAmplitude / 800) {  // above -26 dB
+      ++loud;
+      energy += window;
+    }
+  }
+  EXPECT_GT(double(loud) / 100, kSeconds * 0.97) << heard.size() << " samples\n" << ben_.log();
+  const double gain = std::sqrt(energy / std::max<int64_t>(loud * kWindow, 1) * 2) / kAmplitude;
+  EXPECT_NEAR(20 * std::log10(gain), -10, 1.0);
 }
 
 TEST_F(CallProcessTest, CallsToUsersWhoAreOffOrUnreachableWriteNothing) {

@@ -93,7 +93,8 @@ void Calls::OnMessageOpened(const UserRecord& callee, Done done, MessageOpening 
   const int device = static_cast<int8_t>(settings_.ReadInt(kSettingsSection, "soundindevice", 0));
   const int level = settings_.ReadDecibels(kSettingsSection, "soundinvolume", 0);
   recorder_.set_device(device);
-  mixer_.SelectRecordSource(device, source, level);
+  recorder_.set_level(level);
+  mixer_.SelectRecordSource(device, source);
   priority_.Raise();  // so that recording isn't starved while the network file is written
   if (!recorder_.StartRecording(std::move(opening.writer), 0, kSilence, kCallHangTime,
                                 Recorder::kStartWriting)) {
@@ -118,6 +119,11 @@ void Calls::Stop() {
   priority_.Restore();
   view_.EnableRecordMeter(false);
   view_.ShowCallButton(CallButton::kNone);
+}
+
+void Calls::OnRecordLost(uint32_t) {
+  Stop();
+  status_.ShowStatus("The sound server went away: your call ended");
 }
 
 void Calls::OnRecordLevels(const ChannelLevels& levels, uint32_t) {

@@ -66,6 +66,7 @@ class Calls : private LSoundRecorderListener {
   // Ends an attempt that the callee's side refused, saying why on the status line.
   void Refuse(CallRefusal refusal, const Done& done);
   void OnRecordLevels(const ChannelLevels& levels, uint32_t cookie) override;
+  void OnRecordLost(uint32_t cookie) override;
 
   const SettingsFile& settings_;
   const UsersCache& users_;

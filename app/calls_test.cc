@@ -31,7 +31,8 @@ TEST_F(CallsTest, ACallRecordsIntoTheCalleesFolderUntilItIsStopped) {
   EXPECT_EQ(share_.opened, std::vector<std::string>{"/srv/Ann/4242.wav"});
   EXPECT_TRUE(recorder_.is_recording());
   EXPECT_EQ(recorder_.device, 3);
-  EXPECT_EQ(mixer_.selected, (std::vector<int>{3, 1, -6}));
+  EXPECT_EQ(mixer_.selected, (std::vector<int>{3, 1}));
+  EXPECT_EQ(recorder_.level, -6);
   EXPECT_TRUE(priority_.raised);
   EXPECT_EQ(view_.statuses.back(), "-> Ann");
   EXPECT_TRUE(view_.record_meter);

@@ -4,12 +4,11 @@
 
 namespace parlavox {
 
-Inbox::Inbox(InboxFolder& folder, Player& player, Mixer& mixer, const SettingsFile& settings,
+Inbox::Inbox(InboxFolder& folder, Player& player, const SettingsFile& settings,
              const UsersCache& users, ShareAccess& share, Clock& clock, StatusLine& status,
              IntercomView& view)
     : folder_(folder),
       player_(player),
-      mixer_(mixer),
       settings_(settings),
       users_(users),
       share_(share),
@@ -71,12 +70,12 @@ void Inbox::PlayNext() {
     // for the first sound, and should the lead-in run out first, playback goes on from
     // there when the sound arrives.
     playing_ = name;
-    reader->Seek(TimeToFrames(kLeadInTime, reader->sample_rate()));
+    reader->Seek(TimeToFrames(player_.LeadIn(), reader->sample_rate()));
     const int device =
         static_cast<int8_t>(settings_.ReadInt(kSettingsSection, "soundoutdevice", 0));
     player_.set_device(device);
-    mixer_.SetOutputVolume(device, settings_.ReadDecibels(kSettingsSection, "soundoutvolume", 0),
-                           0);
+    // Every message at the level set when it starts, on its own stream.
+    player_.set_level(settings_.ReadDecibels(kSettingsSection, "soundoutvolume", 0));
     Play(std::move(reader));
     return;
   }

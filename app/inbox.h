@@ -12,7 +12,6 @@
 #include "app/share_access.h"
 #include "app/status_line.h"
 #include "app/users_cache.h"
-#include "audio/mixer.h"
 #include "audio/player.h"
 #include "util/clock.h"
 #include "util/lifetime.h"
@@ -20,10 +19,11 @@
 namespace parlavox {
 
 // The callee's side of calls: plays the messages that arrive in the inward folder,
-// one after another, each after 0.15 s of silence and at the configured device and
-// level, deletes each once it has played and picks the next 200 ms later. A broken
-// message is deleted unheard; one the player can't start is deleted with an alert.
-// It remembers who sent the last message picked (Reply calls them back) and shows
+// one after another, each after the silence its player needs to keep the first
+// sample (none on a sound server) and at the configured device and level, deletes each once it has
+// played and picks the next 200 ms later. A broken message is deleted unheard; one the player can't
+// start is deleted with an alert. It remembers who sent the last message picked (Reply calls them
+// back) and shows
 // "<- name" when the sender is in the users list.
 //
 // A message whose caller is still writing it is not taken for broken while its header
@@ -32,13 +32,11 @@ namespace parlavox {
 // from where it stopped. A file that claims a sample rate no voice has is broken.
 class Inbox : private LSoundPlayerListener {
  public:
-  static constexpr int32_t kLeadInTime = -1500;  // 1/10000 s
   static constexpr std::chrono::milliseconds kBetweenMessages{200};
   static constexpr std::chrono::milliseconds kStillComingLook{20};
 
-  Inbox(InboxFolder& folder, Player& player, Mixer& mixer, const SettingsFile& settings,
-        const UsersCache& users, ShareAccess& share, Clock& clock, StatusLine& status,
-        IntercomView& view);
+  Inbox(InboxFolder& folder, Player& player, const SettingsFile& settings, const UsersCache& users,
+        ShareAccess& share, Clock& clock, StatusLine& status, IntercomView& view);
   ~Inbox() override;
 
   // Throws away every waiting message unheard.
@@ -65,7 +63,6 @@ class Inbox : private LSoundPlayerListener {
 
   InboxFolder& folder_;
   Player& player_;
-  Mixer& mixer_;
   const SettingsFile& settings_;
   const UsersCache& users_;
   ShareAccess& share_;

@@ -11,8 +11,8 @@ Intercom::Intercom(const SettingsFile& settings, IntercomParts parts, IntercomVi
       own_(settings),
       status_(parts.clock, std::move(idle_texts),
               [this](const std::string& text, bool idle) { view_.ShowStatus(text, idle); }),
-      inbox_(parts.inbox_folder, parts.player, parts.mixer, settings, users_cache_, parts.share,
-             parts.clock, status_, view),
+      inbox_(parts.inbox_folder, parts.player, settings, users_cache_, parts.share, parts.clock,
+             status_, view),
       calls_(settings, users_cache_, own_, parts.recorder, parts.mixer, parts.priority, parts.share,
              status_, view),
       hold_(parts.clock, [this] {

@@ -67,6 +67,7 @@ class FakePlayer : public Player {
  public:
   void SetListener(LSoundPlayerListener* listener, uint32_t) override { listener_ = listener; }
   void set_device(int device) override { this->device = device; }
+  void set_level(int decibels) override { level = decibels; }
   void set_metering(bool enabled) override { metering = enabled; }
   bool Play(std::shared_ptr<WaveFileReader> reader) override {
     StopPlayback();
@@ -83,6 +84,7 @@ class FakePlayer : public Player {
     if (listener_) listener_->OnPlayStopped(0);
   }
   bool is_open() const override { return playing != nullptr; }
+  int32_t LeadIn() const override { return lead_in; }
 
   // Plays what the reader holds so far, then stops as the real player does.
   void PlayToTheEnd() {
@@ -93,6 +95,8 @@ class FakePlayer : public Player {
   std::shared_ptr<WaveFileReader> playing;
   int64_t started_at = 0;
   int device = -99;
+  int level = -99;
+  int32_t lead_in = -1500;  // a device that swallows the first 0.15 s
   bool metering = false;
   bool refuse = false;
   int plays = 0;
@@ -105,6 +109,7 @@ class FakeRecorder : public Recorder {
  public:
   void SetListener(LSoundRecorderListener* listener, uint32_t) override { listener_ = listener; }
   void set_device(int device) override { this->device = device; }
+  void set_level(int decibels) override { level = decibels; }
   bool StartRecording(std::shared_ptr<WaveFileWriter> writer, int32_t, int, int32_t,
                       uint32_t) override {
     if (refuse) return false;
@@ -125,8 +130,15 @@ class FakeRecorder : public Recorder {
     listener_->OnRecordLevels(levels, 0);
   }
 
+  // The sound server went away and the device could not be opened again.
+  void LoseDevice() {
+    StopRecording();
+    listener_->OnRecordLost(0);
+  }
+
   std::shared_ptr<WaveFileWriter> writer;
   int device = -99;
+  int level = -99;
   bool refuse = false;
   int starts = 0;
 
@@ -138,14 +150,11 @@ class FakeMixer : public Mixer {
  public:
   int GetRecordSourceCount(int) override { return 0; }
   std::string GetRecordSourceName(int, int) override { return "<MIXER INVALID>"; }
-  int SelectRecordSource(int device, int source, int decibels) override {
-    selected = {device, source, decibels};
+  int SelectRecordSource(int device, int source) override {
+    selected = {device, source};
     return 0;
   }
-  void SetOutputVolume(int device, int master, int offset) override {
-    output = {device, master, offset};
-  }
-  std::vector<int> selected, output;
+  std::vector<int> selected;
 };
 
 class FakePriority : public ProcessPriority {

@@ -7,9 +7,8 @@
 namespace parlavox {
 
 // A Mixer whose changes are made by another thread, so that the owner never waits for
-// the sound server while a call or a message starts: SelectRecordSource and
-// SetOutputVolume return at once (the first with 0) and take effect shortly after,
-// in the order they were asked for. The lists are asked of `mixer` directly.
+// the sound server while a call starts: SelectRecordSource returns 0 at once and takes
+// effect shortly after, in the order asked for. The lists are asked of `mixer` directly.
 class BackgroundMixer : public Mixer {
  public:
   // `worker` runs the changes on `mixer`; both outlive this object.
@@ -19,15 +18,9 @@ class BackgroundMixer : public Mixer {
   std::string GetRecordSourceName(int device, int source) override {
     return mixer_.GetRecordSourceName(device, source);
   }
-  int SelectRecordSource(int device, int source, int decibels) override {
-    worker_.Post(
-        [this, device, source, decibels] { mixer_.SelectRecordSource(device, source, decibels); });
+  int SelectRecordSource(int device, int source) override {
+    worker_.Post([this, device, source] { mixer_.SelectRecordSource(device, source); });
     return 0;
-  }
-  void SetOutputVolume(int device, int master_decibels, int wave_offset_decibels) override {
-    worker_.Post([this, device, master_decibels, wave_offset_decibels] {
-      mixer_.SetOutputVolume(device, master_decibels, wave_offset_decibels);
-    });
   }
 
  private:

@@ -5,9 +5,11 @@
 
 namespace parlavox {
 
-// The levels and record sources of the sound devices, for devices numbered as in
+// The record sources of the sound devices, for devices numbered as in
 // sound_devices.h; a negative device means no device and every operation does nothing.
-// Levels are whole decibels. Failures are silent.
+// Failures are silent. Levels are not the mixer's: they belong to the program's own
+// streams (Player::set_level, Recorder::set_level), so nothing of the system's volume
+// is ever changed.
 class Mixer {
  public:
   virtual ~Mixer() = default;
@@ -16,12 +18,9 @@ class Mixer {
   // "System Record Mixer" for a negative source (the entry that leaves the mixer
   // alone); "<MIXER INVALID>" when the source doesn't exist; at most 31 characters.
   virtual std::string GetRecordSourceName(int device, int source) = 0;
-  // Makes `source` the input of `device` at `decibels`, unmuted; returns the number of
-  // sources. Nothing happens for a negative source.
-  virtual int SelectRecordSource(int device, int source, int decibels) = 0;
-  // The program's playback at the master level with the wave level (master +
-  // offset) on top.
-  virtual void SetOutputVolume(int device, int master_decibels, int wave_offset_decibels) = 0;
+  // Makes `source` the input of `device`; returns the number of sources. Nothing
+  // happens for a negative source.
+  virtual int SelectRecordSource(int device, int source) = 0;
 };
 
 }  // namespace parlavox

@@ -8,8 +8,8 @@
 
 #include "audio/sound_devices.h"
 #include "audio/sound_player.h"
+#include "audio/sound_recorder.h"
 #include "audio/sound_server_test_util.h"
-#include "audio/wave_out.h"
 
 namespace parlavox {
 namespace {
@@ -26,15 +26,12 @@ std::string Output(const std::string& command) {
   return text;
 }
 
-// The first volume pactl prints for `what`, in server units.
-long Volume(const std::string& what) {
+// The first volume pactl prints for `what`, in decibels (-inf for silence).
+double Decibels(const std::string& what) {
   const std::string text = Output("pactl " + what + " | grep -m1 Volume:");
-  const size_t colon = text.find(':', text.find("Volume:") + 7);
-  return colon == std::string::npos ? -1 : std::stol(text.substr(colon + 1));
-}
-
-long ServerUnits(int decibels) {
-  return std::lround(MixerControl::LevelToUnits(decibels) * 65536.0 / 65535.0);
+  const size_t slash = text.rfind('/');
+  if (slash == std::string::npos) return NAN;
+  return std::stod(text.substr(slash + 1));
 }
 
 int Index(const std::vector<SoundDevice>& devices, const std::string& name) {
@@ -44,35 +41,22 @@ int Index(const std::vector<SoundDevice>& devices, const std::string& name) {
   return -1;
 }
 
-TEST(MixerLevelsTest, DecibelsMapLinearlyOntoUnits) {
-  EXPECT_EQ(MixerControl::LevelToUnits(-127), 0);
-  EXPECT_EQ(MixerControl::LevelToUnits(-36), 0);
-  EXPECT_EQ(MixerControl::LevelToUnits(-35), 1424);
-  EXPECT_EQ(MixerControl::LevelToUnits(0), 51264);
-  EXPECT_EQ(MixerControl::LevelToUnits(10), 65504);
-  EXPECT_EQ(MixerControl::LevelToUnits(11), 65535);
-  EXPECT_EQ(MixerControl::LevelToUnits(127), 65535);
-}
-
 class MixerControlTest : public testing::Test {
  protected:
   PrivateSoundServer server_;
   MixerControl mixer_;
 };
 
-TEST_F(MixerControlTest, SelectingTheRecordSourceSetsTheInputsLevelAndUnmutesIt) {
+TEST_F(MixerControlTest, RecordSourcesArePortsAndSelectingOneLeavesTheVolumeAlone) {
   const int mic = Index(ListInputDevices(), "mic.monitor");
   ASSERT_GT(mic, 0);
+  ASSERT_EQ(server_.Pactl("set-source-volume mic.monitor -7dB"), 0);
   ASSERT_EQ(server_.Pactl("set-source-mute mic.monitor 1"), 0);
-  EXPECT_EQ(mixer_.SelectRecordSource(mic, 0, 0), 0);  // a null device has no ports
-  EXPECT_EQ(Volume("get-source-volume mic.monitor"), ServerUnits(0));
-  EXPECT_NE(Output("pactl get-source-mute mic.monitor").find("no"), std::string::npos);
-
-  mixer_.SelectRecordSource(mic, -1, -20);  // leave the mixer alone
-  mixer_.SelectRecordSource(-1, 0, -20);    // no device
-  EXPECT_EQ(Volume("get-source-volume mic.monitor"), ServerUnits(0));
-  mixer_.SelectRecordSource(mic, 0, -36);
-  EXPECT_EQ(Volume("get-source-volume mic.monitor"), 0);
+  EXPECT_EQ(mixer_.SelectRecordSource(mic, 0), 0);   // a null device has no ports
+  EXPECT_EQ(mixer_.SelectRecordSource(mic, -1), 0);  // leave the mixer alone
+  EXPECT_EQ(mixer_.SelectRecordSource(-1, 0), 0);    // no device
+  EXPECT_NEAR(Decibels("get-source-volume mic.monitor"), -7, 0.1);
+  EXPECT_NE(Output("pactl get-source-mute mic.monitor").find("yes"), std::string::npos);
 
   EXPECT_EQ(mixer_.GetRecordSourceCount(mic), 0);
   EXPECT_EQ(mixer_.GetRecordSourceCount(-1), 0);
@@ -81,7 +65,9 @@ TEST_F(MixerControlTest, SelectingTheRecordSourceSetsTheInputsLevelAndUnmutesIt)
   EXPECT_EQ(mixer_.GetRecordSourceName(99, 0), "<MIXER INVALID>");
 }
 
-TEST_F(MixerControlTest, PlaybackLevelsActOnTheProgramsOwnStreamsOnly) {
+// The levels are real decibels on the program's own streams, given as each stream is
+// made: nothing of the system's volume changes, and no stream starts at another level.
+TEST_F(MixerControlTest, LevelsAreDecibelsOfTheProgramsOwnStreams) {
   std::string pattern = (std::filesystem::temp_directory_path() / "mixer-XXXXXX").string();
   const std::string folder = mkdtemp(pattern.data());
   const std::string path = folder + "/long.wav";
@@ -89,29 +75,25 @@ TEST_F(MixerControlTest, PlaybackLevelsActOnTheProgramsOwnStreamsOnly) {
     std::vector<int32_t> quiet(11025 * 3, 160);
     CreateWaveFileWriter(path, 11025, 1, 16, 0)->Write(quiet.data(), 11025 * 3);
   }
-  const int speaker = Index(ListOutputDevices(), "speaker");
   TestLoop loop;
   LSoundPlayer player(loop);
-  player.set_device(speaker);
+  player.set_device(Index(ListOutputDevices(), "speaker"));
+  for (const int level : {-10, 6, 0, -36}) {
+    player.set_level(level);
+    ASSERT_TRUE(player.Play(OpenWaveFileReader(path)));
+    EXPECT_NEAR(Decibels("list sink-inputs"), level, 0.1) << level;
+    player.StopPlayback();
+  }
+  EXPECT_NEAR(Decibels("get-sink-volume speaker"), 0, 0.1);
 
-  mixer_.SetOutputVolume(speaker, 0, 0);  // before the stream: it starts at that level
-  ASSERT_TRUE(player.Play(OpenWaveFileReader(path)));
-  const long both_faders = std::lround(51264.0 / 65535 * 51264.0 / 65535 * 65536);
-  EXPECT_EQ(Volume("list sink-inputs"), both_faders);
-
-  mixer_.SetOutputVolume(speaker, 0, -200);  // the wave level clamps to silence
-  loop.RunFor(100ms);
-  EXPECT_EQ(Volume("list sink-inputs"), 0);
-  EXPECT_EQ(Volume("get-sink-volume speaker"), 65536);  // the system's volume stays
-
-  EXPECT_EQ(mixer_.GetOutputSourceCount(speaker), 1);
-  EXPECT_EQ(mixer_.GetOutputSourceName(speaker, 0), "Parlavox");
-  EXPECT_EQ(mixer_.GetOutputSourceName(speaker, 1), "<MIXER INVALID>");
-  mixer_.SetOutputSourceVolume(speaker, 0, -6);
-  EXPECT_EQ(Volume("list sink-inputs"), ServerUnits(-6));
-
-  player.StopPlayback();
-  WaveOut::SetPlaybackVolume(1.0);  // the volume is the process's: leave it as found
+  LSoundRecorder recorder(loop);
+  recorder.set_device(Index(ListInputDevices(), "mic.monitor"));
+  recorder.set_level(-6);
+  ASSERT_TRUE(recorder.StartRecording(CreateWaveFileWriter(folder + "/call.wav", 11025, 1, 16, 0),
+                                      0, -127, 216000000, Recorder::kStartWriting));
+  EXPECT_NEAR(Decibels("list source-outputs"), -6, 0.1);
+  EXPECT_NEAR(Decibels("get-source-volume mic.monitor"), 0, 0.1);
+  recorder.StopRecording();
   std::filesystem::remove_all(folder);
 }
 

@@ -29,6 +29,9 @@ class Player {
   virtual void SetListener(LSoundPlayerListener* listener, uint32_t cookie) = 0;
   // The output device to play on; -1 and 0 are the system's default.
   virtual void set_device(int device) = 0;
+  // The gain of what Play starts next, in decibels (-127: silent); the program's own
+  // stream has it from its first sample, and nothing of the system's volume changes.
+  virtual void set_level(int decibels) = 0;
   // Whether levels are measured and reported while playing.
   virtual void set_metering(bool enabled) = 0;
 
@@ -39,6 +42,9 @@ class Player {
   virtual bool Play(std::shared_ptr<WaveFileReader> reader) = 0;
   virtual void StopPlayback() = 0;
   virtual bool is_open() const = 0;
+  // The silence a message needs before its first sample so that none of it is lost
+  // while the device starts, as a negative time in 1/10000 s (0 for none).
+  virtual int32_t LeadIn() const = 0;
 };
 
 }  // namespace parlavox

@@ -28,7 +28,14 @@ pa_context* PulseConnection::Context() {
     }
   }
   if (context_ == nullptr) {
-    context_ = pa_context_new(pa_threaded_mainloop_get_api(mainloop_), "Parlavox");
+    // The mixer and the desktop show the program by these.
+    pa_proplist* properties = pa_proplist_new();
+    pa_proplist_sets(properties, PA_PROP_APPLICATION_NAME, "Parlavox");
+    pa_proplist_sets(properties, PA_PROP_APPLICATION_ID, "parlavox");
+    pa_proplist_sets(properties, PA_PROP_APPLICATION_ICON_NAME, "parlavox");
+    context_ = pa_context_new_with_proplist(pa_threaded_mainloop_get_api(mainloop_), "Parlavox",
+                                            properties);
+    pa_proplist_free(properties);
     if (context_ == nullptr) return nullptr;
     pa_context_set_state_callback(context_, &PulseConnection::OnContextState, this);
     if (pa_context_connect(context_, nullptr, PA_CONTEXT_NOAUTOSPAWN, nullptr) < 0) {
@@ -65,7 +72,13 @@ pa_stream* NewPcmStream(pa_context* context, const char* name, uint32_t rate, in
   if (!pa_sample_spec_valid(&spec)) return nullptr;
   pa_channel_map map;
   pa_channel_map_init_extend(&map, spec.channels, PA_CHANNEL_MAP_DEFAULT);
-  return pa_stream_new(context, name, &spec, &map);
+  pa_proplist* properties = pa_proplist_new();
+  pa_proplist_sets(properties, PA_PROP_MEDIA_ROLE, "phone");
+  pa_proplist_sets(properties, PA_PROP_MEDIA_NAME, name);
+  pa_proplist_sets(properties, PA_PROP_APPLICATION_ICON_NAME, "parlavox");
+  pa_stream* stream = pa_stream_new_with_proplist(context, name, &spec, &map, properties);
+  pa_proplist_free(properties);
+  return stream;
 }
 
 bool WaitUntilReady(pa_stream* stream) {

@@ -36,7 +36,8 @@ class PulseConnection {
 };
 
 // A new, unconnected stream of 16-bit PCM on a ready context, main loop locked;
-// nullptr when the server can't take that format.
+// nullptr when the server can't take that format. Its role is a phone's, so that the
+// desktop treats it as a call (ducking, its own volume memory).
 pa_stream* NewPcmStream(pa_context* context, const char* name, uint32_t rate, int channels);
 
 // Waits, main loop locked, until a stream that is connecting is ready; false when

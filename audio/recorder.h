@@ -19,6 +19,9 @@ class LSoundRecorderListener {
   virtual void OnRecordStopped(uint32_t /*cookie*/) {}
   virtual void OnRecordPosition(int32_t /*time*/, uint32_t /*cookie*/) {}
   virtual void OnRecordLevels(const ChannelLevels& /*levels*/, uint32_t /*cookie*/) {}
+  // The device went away mid-recording and could not be opened again: the recording
+  // has stopped (OnRecordStopped came first) and the file is finished.
+  virtual void OnRecordLost(uint32_t /*cookie*/) {}
 };
 
 // Records an input device into a WaveFileWriter. Called from the owner's thread only.
@@ -34,6 +37,9 @@ class Recorder {
   virtual void SetListener(LSoundRecorderListener* listener, uint32_t cookie) = 0;
   // The input device to record; -1 and 0 are the system's default.
   virtual void set_device(int device) = 0;
+  // The gain of what StartRecording records next, in decibels (-127: silent), on the
+  // program's own stream: the system's input volume is left as it is.
+  virtual void set_level(int decibels) = 0;
 
   // Starts recording into `writer`. max_time (1/10000 s, 0 for none) ends the
   // recording; threshold (dB) and hang_time (1/10000 s) drive the sound-operated

@@ -41,17 +41,18 @@ std::vector<double> DeviceToMonitorDelays(int rounds) {
   Clock::time_point written_at;
   bool waiting = false;
   std::vector<double> delays;
-  monitor.Open(Index(ListInputDevices(), "speaker.monitor"), kRate, 1, kBuffer,
-               [&](RecordBuffer* b) {
-                 const bool loud = std::any_of(b->samples.begin(), b->samples.end(),
-                                               [](int16_t s) { return std::abs(s) > 1000; });
-                 if (waiting && loud) {
-                   const auto delay = Clock::now() - written_at;
-                   delays.push_back(std::chrono::duration<double, std::milli>(delay).count());
-                   waiting = false;
-                 }
-                 monitor.AddBuffer(b);
-               });
+  monitor.Open(Index(ListInputDevices(), "speaker.monitor"), kRate, 1, kBuffer, 0,
+               {[&](RecordBuffer* b) {
+                  const bool loud = std::any_of(b->samples.begin(), b->samples.end(),
+                                                [](int16_t s) { return std::abs(s) > 1000; });
+                  if (waiting && loud) {
+                    const auto delay = Clock::now() - written_at;
+                    delays.push_back(std::chrono::duration<double, std::milli>(delay).count());
+                    waiting = false;
+                  }
+                  monitor.AddBuffer(b);
+                },
+                {}});
   for (RecordBuffer& b : buffers) {
     b.samples.assign(kBuffer, 0);
     monitor.AddBuffer(&b);
@@ -60,7 +61,7 @@ std::vector<double> DeviceToMonitorDelays(int rounds) {
 
   ManualResetEvent done;
   WaveOut out;
-  out.Open(Index(ListOutputDevices(), "speaker"), kRate, 1, &done);
+  out.Open(Index(ListOutputDevices(), "speaker"), kRate, 1, 0, &done);
   PlayBuffer block;
   block.samples.assign(1102, 16000);
   block.bytes = 1102 * 2;

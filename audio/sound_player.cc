@@ -32,10 +32,13 @@ bool LSoundPlayer::Play(std::shared_ptr<WaveFileReader> reader) {
   if (!reader || !reader->is_valid()) return false;
   reader_ = std::move(reader);
   if (!wave_out_.Open(device_, static_cast<uint32_t>(reader_->sample_rate()), reader_->channels(),
-                      &block_done_)) {
+                      level_, &block_done_)) {
     reader_.reset();
     return false;
   }
+  playing_device_ = device_;
+  playing_level_ = level_;
+  start_frame_ = reader_->GetPosition();
   frames_per_block_ = std::clamp(reader_->sample_rate() / 10, 20, kMaxBlockFrames);
   channels_ = reader_->channels();
   scratch_.assign(static_cast<size_t>(channels_) * frames_per_block_, 0);
@@ -105,17 +108,37 @@ void LSoundPlayer::Run() {
           SetPriority(kPriorityHighest);
           state_ &= static_cast<uint16_t>(~kBoostPending);
         }
-        // A device that fails, or that has not finished a buffer for 281 waits,
-        // counts as finished.
-        if (wave_out_.failed() || ++stall > kStallPasses) {
-          Notify(kFinished);
+        if (wave_out_.failed() && Reopen()) {
+          stall = 0;
+          continue;
         }
+        // A device that has not finished a buffer for 281 waits (one the server
+        // dropped and that could not be opened again among them) counts as finished.
+        if (++stall > kStallPasses) Notify(kFinished);
         wait = true;
       }
     }
     if (wait) block_done_.WaitFor(kBlockWait);
   }
   wave_out_.Reset();
+}
+
+bool LSoundPlayer::Reopen() {
+  const int64_t played =
+      static_cast<int64_t>(wave_out_.played_bytes() / (sizeof(int16_t) * channels_));
+  wave_out_.Close();
+  if (!wave_out_.Open(playing_device_, static_cast<uint32_t>(reader_->sample_rate()), channels_,
+                      playing_level_, &block_done_)) {
+    return false;
+  }
+  start_frame_ += played;
+  reader_->Seek(start_frame_);
+  for (PlayBlock& block : blocks_) {
+    block.buffer.done = true;
+    block.reached = kNoPosition;
+  }
+  next_block_ = 0;
+  return true;
 }
 
 bool LSoundPlayer::FeedBlock(PlayBlock& block) {

@@ -24,8 +24,10 @@ namespace parlavox {
 // the highest. Near the end of what the reader has so far it trails the data (no
 // more than 3 buffers queued, smaller pieces when the queue runs low); playback ends
 // when every buffer has played and nothing more comes, or when the device has not
-// finished a buffer for 281 waits of 100 ms, or when the sound server drops the
-// stream. The thread reports to the owner only through `poster`.
+// finished a buffer for 281 waits of 100 ms. A stream the sound server drops (a
+// restart) is opened again as soon as the server answers, and playback goes on from
+// what had been heard. A stream keeps every sample from its first, so a message
+// needs no lead-in of silence. The thread reports to the owner only through `poster`.
 class LSoundPlayer : public WorkerThread, public Player {
  public:
   static constexpr int kBlockCount = 70;
@@ -35,10 +37,12 @@ class LSoundPlayer : public WorkerThread, public Player {
 
   void SetListener(LSoundPlayerListener* listener, uint32_t cookie) override;
   void set_device(int device) override { device_ = device; }
+  void set_level(int decibels) override { level_ = decibels; }
   void set_metering(bool enabled) override { metering_ = enabled; }
   bool Play(std::shared_ptr<WaveFileReader> reader) override;
   void StopPlayback() override;
   bool is_open() const override { return state_ != 0; }
+  int32_t LeadIn() const override { return 0; }
 
  protected:
   void Run() override;
@@ -62,6 +66,9 @@ class LSoundPlayer : public WorkerThread, public Player {
   void MeasureLevels(PlayBlock& block, int frames);
   // Feeds one free block; false when the feeding is over.
   bool FeedBlock(PlayBlock& block);
+  // Opens the device again after the server dropped it, to go on from where playback
+  // had got to; false when it can't be opened (yet).
+  bool Reopen();
   int QueuedBlocks() const;
   void Notify(uint16_t events);
   void OnNotification();
@@ -72,6 +79,10 @@ class LSoundPlayer : public WorkerThread, public Player {
   ManualResetEvent block_done_;
   WaveOut wave_out_;
   int device_ = 0;
+  int level_ = 0;
+  int playing_device_ = 0;  // as Play found them, for the feeding thread
+  int playing_level_ = 0;
+  int64_t start_frame_ = 0;  // where the device's stream began in the reader
   LSoundPlayerListener* listener_ = nullptr;
   uint32_t cookie_ = 0;
   std::atomic<bool> metering_{false};

@@ -30,10 +30,13 @@ class MonitorCapture {
       if (devices[i].server_name == source) index = static_cast<int>(i);
     }
     EXPECT_GT(index, 0) << source;
-    EXPECT_TRUE(in_.Open(index, kRate, 1, 441, [this](RecordBuffer* buffer) {
-      samples.insert(samples.end(), buffer->samples.begin(), buffer->samples.end());
-      in_.AddBuffer(buffer);
-    }));
+    EXPECT_TRUE(in_.Open(index, kRate, 1, 441, 0,
+                         {[this](RecordBuffer* buffer) {
+                            samples.insert(samples.end(), buffer->samples.begin(),
+                                           buffer->samples.end());
+                            in_.AddBuffer(buffer);
+                          },
+                          {}}));
     for (RecordBuffer& buffer : buffers_) {
       buffer.samples.assign(441, 0);
       in_.AddBuffer(&buffer);

@@ -34,19 +34,11 @@ bool LSoundRecorder::StartRecording(std::shared_ptr<WaveFileWriter> writer, int3
   const uint32_t rate = writer->sample_rate();
   const int channels = writer->channels();
   frames_per_buffer_ = std::clamp(static_cast<int>(rate / 25), 20, kMaxBlockFrames);
-  if (!wave_in_.Open(device_, rate, channels, frames_per_buffer_,
-                     [this](RecordBuffer* buffer) { OnBuffer(buffer); })) {
-    return false;
-  }
+  if (!OpenDevice(rate, channels, !(flags & kOpenStopped))) return false;
   const size_t samples = static_cast<size_t>(channels) * frames_per_buffer_;
   scratch_.assign(samples, 0);
   hold_buffer_.assign(samples, 0);
   hold_valid_ = false;
-  for (RecordBuffer& buffer : buffers_) {
-    buffer.samples.assign(samples, 0);
-    wave_in_.AddBuffer(&buffer);
-  }
-  if (!(flags & kOpenStopped)) wave_in_.Start();
 
   state_ = (flags & kStartWriting) ? kWriting : kWaiting;
   writer_ = std::move(writer);
@@ -64,6 +56,27 @@ bool LSoundRecorder::StartRecording(std::shared_ptr<WaveFileWriter> writer, int3
     listener_->OnRecordPosition(last_loud_time_, cookie_);
   }
   return true;
+}
+
+bool LSoundRecorder::OpenDevice(uint32_t rate, int channels, bool started) {
+  if (!wave_in_.Open(device_, rate, channels, frames_per_buffer_, level_,
+                     {[this](RecordBuffer* buffer) { OnBuffer(buffer); }, [this] { OnLost(); }})) {
+    return false;
+  }
+  const size_t samples = static_cast<size_t>(channels) * frames_per_buffer_;
+  for (RecordBuffer& buffer : buffers_) {
+    buffer.samples.assign(samples, 0);
+    wave_in_.AddBuffer(&buffer);
+  }
+  if (started) wave_in_.Start();
+  return true;
+}
+
+void LSoundRecorder::OnLost() {
+  if (state_ == kClosed) return;
+  if (OpenDevice(writer_->sample_rate(), writer_->channels(), /*started=*/true)) return;
+  StopRecording();
+  if (listener_ != nullptr) listener_->OnRecordLost(cookie_);
 }
 
 void LSoundRecorder::StopRecording() {

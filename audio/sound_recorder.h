@@ -19,7 +19,10 @@ namespace parlavox {
 // buffer reaches the threshold (then it writes the held half buffer before
 // it too, when the sound began there), and after more than the hang time below the
 // threshold less 5 dB it cuts the quiet tail to 0.45 s and waits again. Stopping
-// cuts a quiet tail longer than 50 ms after the last loud buffer.
+// cuts a quiet tail longer than 50 ms after the last loud buffer. When the sound server
+// drops the device mid-recording (a server restart), it is opened again at once and
+// the recording goes on into the same file; when that fails, the recording stops and
+// the listener hears OnRecordLost.
 class LSoundRecorder : public Recorder {
  public:
   static constexpr int kBufferCount = 30;
@@ -31,6 +34,7 @@ class LSoundRecorder : public Recorder {
   LSoundRecorder& operator=(const LSoundRecorder&) = delete;
 
   void set_device(int device) override { device_ = device; }
+  void set_level(int decibels) override { level_ = decibels; }
   void SetListener(LSoundRecorderListener* listener, uint32_t cookie) override;
   bool StartRecording(std::shared_ptr<WaveFileWriter> writer, int32_t max_time, int threshold,
                       int32_t hang_time, uint32_t flags) override;
@@ -40,7 +44,10 @@ class LSoundRecorder : public Recorder {
   State state() const { return state_; }
 
  private:
+  // Opens the device and hands it every buffer; false when it can't be opened.
+  bool OpenDevice(uint32_t rate, int channels, bool started);
   void OnBuffer(RecordBuffer* buffer);
+  void OnLost();
   // The level of the first `frames` frames of the current buffer.
   int8_t BufferLevel(int frames);
   int32_t TimeOfLength() const;
@@ -48,6 +55,7 @@ class LSoundRecorder : public Recorder {
 
   WaveIn wave_in_;
   int device_ = 0;
+  int level_ = 0;
   LSoundRecorderListener* listener_ = nullptr;
   uint32_t cookie_ = 0;
   State state_ = kClosed;

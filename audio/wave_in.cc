@@ -10,7 +10,14 @@ namespace parlavox {
 
 WaveIn::~WaveIn() { Close(); }
 
-bool WaveIn::Open(int device, uint32_t rate, int channels, int buffer_frames, Delivery deliver) {
+namespace {
+
+void SignalDone(pa_context*, int, void*) { PulseConnection::Instance().Signal(); }
+
+}  // namespace
+
+bool WaveIn::Open(int device, uint32_t rate, int channels, int buffer_frames, int decibels,
+                  Reports reports) {
   Close();
   const std::optional<std::string> name = InputDeviceName(device);
   if (!name) return false;
@@ -21,7 +28,8 @@ bool WaveIn::Open(int device, uint32_t rate, int channels, int buffer_frames, De
   stream_ = NewPcmStream(context, "Parlavox call", rate, channels);
   if (stream_ == nullptr) return false;
   const pa_sample_spec& spec = *pa_stream_get_sample_spec(stream_);
-  deliver_ = std::make_shared<Delivery>(std::move(deliver));
+  reports_ = std::make_shared<Reports>(std::move(reports));
+  lost_ = false;
   pa_stream_set_state_callback(stream_, &WaveIn::OnStreamState, this);
   pa_stream_set_read_callback(stream_, &WaveIn::OnRead, this);
 
@@ -39,6 +47,13 @@ bool WaveIn::Open(int device, uint32_t rate, int channels, int buffer_frames, De
     Close();
     return false;
   }
+  // The level is this stream's own, set while it is still corked: no sample is taken
+  // at another level, and the device's volume stays as the desktop has it.
+  pa_cvolume volume;
+  pa_cvolume_set(&volume, spec.channels,
+                 decibels <= -127 ? PA_VOLUME_MUTED : pa_sw_volume_from_dB(decibels));
+  PulseConnection::Instance().Wait(pa_context_set_source_output_volume(
+      context, pa_stream_get_index(stream_), &volume, &SignalDone, nullptr));
   return true;
 }
 
@@ -63,7 +78,7 @@ void WaveIn::Close() {
   // Without a stream no callback can run: a device never opened never reaches the server.
   if (stream_ == nullptr) {
     queued_.clear();
-    deliver_.reset();
+    reports_.reset();
     return;
   }
   PulseLock lock;
@@ -73,10 +88,20 @@ void WaveIn::Close() {
   pa_stream_unref(stream_);
   stream_ = nullptr;
   queued_.clear();
-  deliver_.reset();
+  reports_.reset();
 }
 
-void WaveIn::OnStreamState(pa_stream*, void*) { PulseConnection::Instance().Signal(); }
+void WaveIn::OnStreamState(pa_stream* stream, void* self) {
+  auto* in = static_cast<WaveIn*>(self);
+  const pa_stream_state_t state = pa_stream_get_state(stream);
+  if ((state == PA_STREAM_FAILED || state == PA_STREAM_TERMINATED) && !in->lost_) {
+    in->lost_ = true;
+    in->poster_.Post([reports = std::weak_ptr<Reports>(in->reports_)] {
+      if (const auto live = reports.lock(); live && live->lost) live->lost();
+    });
+  }
+  PulseConnection::Instance().Signal();
+}
 
 void WaveIn::OnRead(pa_stream* stream, size_t, void* self) {
   auto* in = static_cast<WaveIn*>(self);
@@ -105,8 +130,8 @@ void WaveIn::Take(const int16_t* samples, size_t count) {
     count -= taken;
     if (buffer->filled == buffer->samples.size()) {
       queued_.pop_front();
-      poster_.Post([delivery = std::weak_ptr<Delivery>(deliver_), buffer] {
-        if (const auto deliver = delivery.lock()) (*deliver)(buffer);
+      poster_.Post([reports = std::weak_ptr<Reports>(reports_), buffer] {
+        if (const auto live = reports.lock()) live->deliver(buffer);
       });
     }
   }

@@ -21,11 +21,16 @@ struct RecordBuffer {
 
 // An input device: a record stream on the sound server that fills the buffers added
 // to it, in order, and hands each full buffer to `deliver` on the owner's thread
-// (through `poster`). Sound that arrives while no buffer is queued is lost. Nothing is
-// delivered after Close. Called from the owner's thread only.
+// (through `poster`). Sound that arrives while no buffer is queued is lost. A stream
+// the server drops (it went away, the device vanished) is reported once to `lost`.
+// Nothing is delivered or reported after Close. Called from the owner's thread only.
 class WaveIn {
  public:
   using Delivery = std::function<void(RecordBuffer*)>;
+  struct Reports {
+    Delivery deliver;
+    std::function<void()> lost;
+  };
 
   explicit WaveIn(TaskPoster& poster) : poster_(poster) {}
   WaveIn(const WaveIn&) = delete;
@@ -33,8 +38,10 @@ class WaveIn {
   ~WaveIn();
 
   // Opens input device `device` (see sound_devices.h) for 16-bit PCM, delivering
-  // buffers of `buffer_frames` frames; the device starts stopped.
-  bool Open(int device, uint32_t rate, int channels, int buffer_frames, Delivery deliver);
+  // buffers of `buffer_frames` frames, at `decibels` of gain on this stream alone
+  // (-127: silent); the device starts stopped.
+  bool Open(int device, uint32_t rate, int channels, int buffer_frames, int decibels,
+            Reports reports);
   void AddBuffer(RecordBuffer* buffer);
   void Start();
   void Stop();
@@ -51,7 +58,8 @@ class WaveIn {
   pa_stream* stream_ = nullptr;
   std::deque<RecordBuffer*> queued_;  // guarded by the main loop's lock
   // Owned here and watched by posted deliveries, so that none runs after Close.
-  std::shared_ptr<Delivery> deliver_;
+  std::shared_ptr<Reports> reports_;
+  bool lost_ = false;  // guarded by the main loop's lock
 };
 
 }  // namespace parlavox

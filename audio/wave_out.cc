@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <optional>
-#include <set>
 
 #include "audio/pulse_connection.h"
 #include "audio/sound_devices.h"
@@ -10,31 +9,20 @@
 namespace parlavox {
 namespace {
 
-// How often the server is asked how far it has read.
+// How often the server is asked how far it has played.
 constexpr pa_usec_t kTimingInterval = 20 * PA_USEC_PER_MSEC;
 // Room on the server for everything the player queues: 70 buffers of 100 ms.
 constexpr uint32_t kQueueSeconds = 8;
-
-// The program's own playback volume and the streams it applies to; both guarded by
-// the main loop's lock.
-double playback_volume = 1.0;
-std::set<WaveOut*>& OpenStreams() {
-  static std::set<WaveOut*> streams;
-  return streams;
-}
-
-pa_cvolume VolumeFor(int channels) {
-  pa_cvolume volume;
-  pa_cvolume_set(&volume, static_cast<unsigned>(channels),
-                 static_cast<pa_volume_t>(std::clamp(playback_volume, 0.0, 1.0) * PA_VOLUME_NORM));
-  return volume;
-}
+// The latency the stream asks for: short, so that what the server has read is heard
+// soon and the end of a message is not left in a long sink buffer.
+constexpr uint32_t kLatencyMs = 40;
 
 }  // namespace
 
 WaveOut::~WaveOut() { Close(); }
 
-bool WaveOut::Open(int device, uint32_t rate, int channels, ManualResetEvent* buffer_done) {
+bool WaveOut::Open(int device, uint32_t rate, int channels, int decibels,
+                   ManualResetEvent* buffer_done) {
   Close();
   const std::optional<std::string> name = OutputDeviceName(device);
   if (!name) return false;
@@ -49,16 +37,21 @@ bool WaveOut::Open(int device, uint32_t rate, int channels, ManualResetEvent* bu
   buffer_done_ = buffer_done;
   failed_ = false;
   write_index_ = 0;
-  read_index_ = 0;
+  all_read_at_ = 0;
+  played_index_ = 0;
   pa_stream_set_state_callback(stream_, &WaveOut::OnStreamState, this);
 
-  // Playback starts as soon as one frame is there, so nothing waits to fill up.
+  // Playback starts as soon as one frame is there, so nothing waits to fill up; the
+  // whole queue fits, and the sink plays it with a short latency.
   const uint32_t frame = static_cast<uint32_t>(pa_frame_size(&spec));
-  const pa_buffer_attr attributes{static_cast<uint32_t>(-1), rate * frame * kQueueSeconds, frame,
-                                  static_cast<uint32_t>(-1), static_cast<uint32_t>(-1)};
-  const pa_cvolume volume = VolumeFor(channels);
+  const pa_buffer_attr attributes{rate * frame * kQueueSeconds, rate * frame * kLatencyMs / 1000,
+                                  frame, static_cast<uint32_t>(-1), static_cast<uint32_t>(-1)};
+  // The level is the stream's own from its first sample, in real decibels.
+  pa_cvolume volume;
+  pa_cvolume_set(&volume, static_cast<unsigned>(channels),
+                 decibels <= -127 ? PA_VOLUME_MUTED : pa_sw_volume_from_dB(decibels));
   if (pa_stream_connect_playback(stream_, name->empty() ? nullptr : name->c_str(), &attributes,
-                                 PA_STREAM_NOFLAGS, &volume, nullptr) < 0) {
+                                 PA_STREAM_ADJUST_LATENCY, &volume, nullptr) < 0) {
     Close();
     return false;
   }
@@ -66,7 +59,6 @@ bool WaveOut::Open(int device, uint32_t rate, int channels, ManualResetEvent* bu
     Close();
     return false;
   }
-  OpenStreams().insert(this);
   timer_ =
       pa_context_rttime_new(context, pa_rtclock_now() + kTimingInterval, &WaveOut::OnTimer, this);
   return true;
@@ -82,6 +74,7 @@ void WaveOut::Write(PlayBuffer* buffer) {
     return;
   }
   write_index_ += buffer->bytes;
+  all_read_at_ = 0;
   buffer->end_index = write_index_;
   queued_.push_back(buffer);
 }
@@ -99,7 +92,7 @@ void WaveOut::Reset() {
           nullptr))) {
     if (const pa_timing_info* timing = pa_stream_get_timing_info(stream_)) {
       write_index_ = static_cast<uint64_t>(std::max<int64_t>(timing->write_index, 0));
-      read_index_ = write_index_;
+      played_index_ = write_index_;
     }
   }
 }
@@ -111,7 +104,6 @@ void WaveOut::Close() {
     return;
   }
   PulseLock lock;
-  OpenStreams().erase(this);
   if (timer_ != nullptr) {
     pa_threaded_mainloop_get_api(PulseConnection::Instance().mainloop())->time_free(timer_);
     timer_ = nullptr;
@@ -123,22 +115,6 @@ void WaveOut::Close() {
     stream_ = nullptr;
   }
   MarkAllDone();
-}
-
-void WaveOut::SetPlaybackVolume(double factor) {
-  PulseLock lock;
-  playback_volume = factor;
-  for (WaveOut* stream : OpenStreams()) stream->ApplyVolume();
-}
-
-void WaveOut::ApplyVolume() {
-  pa_context* context = PulseConnection::Instance().Context();
-  if (context == nullptr || stream_ == nullptr || failed_) return;
-  const pa_cvolume volume = VolumeFor(pa_stream_get_sample_spec(stream_)->channels);
-  if (pa_operation* operation = pa_context_set_sink_input_volume(
-          context, pa_stream_get_index(stream_), &volume, nullptr, nullptr)) {
-    pa_operation_unref(operation);
-  }
 }
 
 void WaveOut::OnStreamState(pa_stream* stream, void* self) {
@@ -173,16 +149,35 @@ void WaveOut::OnTimer(pa_mainloop_api*, pa_time_event* event, const timeval*, vo
 
 void WaveOut::OnTiming(pa_stream* stream, int success, void* self) {
   if (!success) return;
-  if (const pa_timing_info* timing = pa_stream_get_timing_info(stream)) {
-    static_cast<WaveOut*>(self)->MarkPlayed(
-        static_cast<uint64_t>(std::max<int64_t>(timing->read_index, 0)));
+  const pa_timing_info* timing = pa_stream_get_timing_info(stream);
+  if (timing == nullptr) return;
+  auto* out = static_cast<WaveOut*>(self);
+  const uint64_t read = static_cast<uint64_t>(std::max<int64_t>(timing->read_index, 0));
+  // What the server has read and the sink still holds has not been heard yet. Once
+  // the server has read everything, the sink still reports its latency while it plays
+  // silence after it: the end has been heard when that latency has gone by since.
+  uint64_t played = read;
+  const pa_usec_t now = pa_rtclock_now();
+  if (read < out->write_index_) {
+    out->all_read_at_ = 0;
+    played -= std::min<uint64_t>(
+        read, pa_usec_to_bytes(timing->sink_usec, pa_stream_get_sample_spec(stream)));
+  } else {
+    if (out->all_read_at_ == 0) out->all_read_at_ = now;
+    if (now - out->all_read_at_ < timing->sink_usec + timing->transport_usec) {
+      played -= std::min<uint64_t>(
+          read,
+          pa_usec_to_bytes(timing->sink_usec - std::min(timing->sink_usec, now - out->all_read_at_),
+                           pa_stream_get_sample_spec(stream)));
+    }
   }
+  out->MarkPlayed(played);
 }
 
-void WaveOut::MarkPlayed(uint64_t read_index) {
-  read_index_ = read_index;
+void WaveOut::MarkPlayed(uint64_t played_index) {
+  played_index_ = std::max(played_index_.load(), played_index);
   bool any = false;
-  while (!queued_.empty() && queued_.front()->end_index <= read_index) {
+  while (!queued_.empty() && queued_.front()->end_index <= played_index) {
     queued_.front()->done = true;
     queued_.pop_front();
     any = true;

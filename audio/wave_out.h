@@ -22,11 +22,13 @@ struct PlayBuffer {
 };
 
 // An output device: a playback stream on the sound server that plays the buffers
-// written to it in order, with nothing buffered in between. A buffer is done when
-// the server has read its last byte; `buffer_done` is set each time buffers finish.
-// A stream the server drops is `failed`: everything queued counts as done and later
-// writes are done at once. Called from one owner at a time, from any thread but
-// libpulse's own.
+// written to it in order, with nothing buffered in between. The stream asks for a
+// short latency (tens of milliseconds, not the server's default of up to seconds), and
+// a buffer is done only once its last byte has played: read by the server and past
+// the sink's latency. `buffer_done` is set each time buffers finish. A stream the
+// server drops is `failed`: everything queued counts as done, later writes are done at
+// once, and played_bytes() tells how much had played. Called from one owner at a time,
+// from any thread but libpulse's own.
 class WaveOut {
  public:
   WaveOut() = default;
@@ -34,35 +36,34 @@ class WaveOut {
   WaveOut& operator=(const WaveOut&) = delete;
   ~WaveOut();
 
-  // Opens output device `device` (see sound_devices.h) for 16-bit PCM.
-  bool Open(int device, uint32_t rate, int channels, ManualResetEvent* buffer_done);
+  // Opens output device `device` (see sound_devices.h) for 16-bit PCM at `decibels`
+  // of gain (-127: silent), set as the stream is made.
+  bool Open(int device, uint32_t rate, int channels, int decibels, ManualResetEvent* buffer_done);
   void Write(PlayBuffer* buffer);
   // Drops whatever is queued; every buffer becomes done.
   void Reset();
   void Close();
   bool failed() const { return failed_.load(); }
-
-  // The volume of the program's own playback streams, now and from now on: 1.0 is the
-  // server's normal volume.
-  static void SetPlaybackVolume(double factor);
+  // How much of the stream has played since it was opened, as of the last look.
+  uint64_t played_bytes() const { return played_index_.load(); }
 
  private:
   static void OnStreamState(pa_stream* stream, void* self);
   static void OnTimer(pa_mainloop_api* api, pa_time_event* event, const timeval* when, void* self);
   static void OnTiming(pa_stream* stream, int success, void* self);
-  // Marks done every queued buffer that ends at or before `read_index`.
-  void MarkPlayed(uint64_t read_index);
+  // Marks done every queued buffer that ends at or before `played_index`.
+  void MarkPlayed(uint64_t played_index);
   void MarkAllDone();
   // Declares the device failed when the stream or the connection has gone bad.
   void CheckHealth(pa_stream* stream);
-  void ApplyVolume();
 
   pa_stream* stream_ = nullptr;
   pa_time_event* timer_ = nullptr;
   ManualResetEvent* buffer_done_ = nullptr;
   std::deque<PlayBuffer*> queued_;
   uint64_t write_index_ = 0;
-  uint64_t read_index_ = 0;  // as of the last timing update
+  pa_usec_t all_read_at_ = 0;  // when the server had read everything written; 0: not yet
+  std::atomic<uint64_t> played_index_{0};  // as of the last timing update
   std::atomic<bool> failed_{false};
 };
 

@@ -79,9 +79,7 @@ PersonsStartAtLogin PersonsStartAtLogin::ForUser() {
                              AutostartEntry(MachineConfigFolder() + "/autostart"));
 }
 
-bool PersonsStartAtLogin::IsOn() const {
-  return own_.IsOn() ? own_.Starts() : machine_.Starts();
-}
+bool PersonsStartAtLogin::IsOn() const { return own_.IsOn() ? own_.Starts() : machine_.Starts(); }
 
 void PersonsStartAtLogin::Set(bool on) {
   if (on) {

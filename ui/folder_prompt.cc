@@ -1,8 +1,8 @@
 #include "ui/folder_prompt.h"
 
 #include <QDialog>
-#include <QDir>
 #include <QDialogButtonBox>
+#include <QDir>
 #include <QFileDialog>
 #include <QHBoxLayout>
 #include <QLabel>
@@ -12,8 +12,7 @@
 
 namespace parlavox {
 
-std::optional<QString> BrowseForFolder(QWidget* owner, const QString& title,
-                                       const QString& start) {
+std::optional<QString> BrowseForFolder(QWidget* owner, const QString& title, const QString& start) {
   // Opens at the folder named so far, or the nearest one above it that exists.
   QDir place(start.trimmed().isEmpty() ? QDir::homePath() : start.trimmed());
   while (!place.exists() && place.cdUp()) {

@@ -12,8 +12,7 @@ namespace parlavox {
 std::optional<QString> AskForFolder(QWidget* owner, const QString& title, const QString& start);
 
 // The desktop's folder browser under `title`; nullopt when cancelled.
-std::optional<QString> BrowseForFolder(QWidget* owner, const QString& title,
-                                       const QString& start);
+std::optional<QString> BrowseForFolder(QWidget* owner, const QString& title, const QString& start);
 
 }  // namespace parlavox
 

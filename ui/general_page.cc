@@ -85,7 +85,8 @@ class GeneralPage : public SettingsPage {
   }
 
   void Fill() override {
-    const GeneralSettings page = LoadGeneralSettings(context_.settings, context_.folders, context_.login);
+    const GeneralSettings page =
+        LoadGeneralSettings(context_.settings, context_.folders, context_.login);
     FillOutputDevices(output_devices_, page.output_device);
     output_level_->SetLevel(page.output_level);
     FillInputDevices(input_devices_, page.input_device);

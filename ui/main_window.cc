@@ -163,8 +163,9 @@ bool MainWindow::eventFilter(QObject* watched, QEvent* event) {
     // before the start of its call. A press on blank space calls nobody.
     // The second press of a double click is a press like any other.
     const bool press = type == QEvent::MouseButtonPress || type == QEvent::MouseButtonDblClick;
+    if (!press && type != QEvent::MouseButtonRelease) return false;
     auto* mouse = static_cast<QMouseEvent*>(event);
-    if ((press || type == QEvent::MouseButtonRelease) && mouse->button() == Qt::LeftButton) {
+    if (mouse->button() == Qt::LeftButton) {
       if (!press) {
         intercom_->StopCall();
       } else if (const QModelIndex under = users_->indexAt(mouse->position().toPoint());
