@@ -9,6 +9,7 @@
 
 #include "audio/sample_conversion.h"
 #include "util/file_io.h"
+#include "util/little_endian.h"
 
 namespace parlavox {
 namespace {
@@ -19,12 +20,32 @@ int16_t To16BitValue(float value) {
   return static_cast<int16_t>(std::clamp(std::lround(value * 32768.0f), -32768L, 32767L));
 }
 
+// A plain WAVE header: RIFF form, the file's own format chunk, the data chunk's header.
+std::string PlainHeader(int fd, const WaveLayout& layout) {
+  std::string format(layout.format_size, '\0');
+  if (ReadFullyAt(fd, format.data(), format.size(), static_cast<off_t>(layout.format_start)) !=
+      static_cast<ssize_t>(format.size())) {
+    return "";
+  }
+  if (format.size() % 2 != 0) format += '\0';  // the pad byte
+  std::string header = "RIFF";
+  AppendLittleEndian32(&header, static_cast<uint32_t>(4 + 8 + format.size() + 8 +
+                                                      uint64_t{layout.data_size}));
+  header += "WAVEfmt ";
+  AppendLittleEndian32(&header, layout.format_size);
+  header += format;
+  header += "data";
+  AppendLittleEndian32(&header, layout.data_size);
+  return header;
+}
+
 }  // namespace
 
 CodecWaveFileReader::CodecWaveFileReader(int fd, const WaveLayout& layout)
     : WaveFileReader(static_cast<int32_t>(layout.format.sample_rate), layout.format.channels,
                      kFullScale),
       fd_(fd),
+      header_(PlainHeader(fd, layout)),
       data_start_(layout.data_start),
       data_size_(layout.data_size),
       average_bytes_per_second_(layout.format.average_bytes_per_second),
@@ -56,7 +77,7 @@ int64_t CodecWaveFileReader::FramesForBytes(int64_t bytes) const {
 }
 
 int64_t CodecWaveFileReader::UndecodedBytes() const {
-  return std::max<int64_t>(data_start_ + data_size_ - file_offset_, 0);
+  return std::max<int64_t>(static_cast<int64_t>(header_.size()) + data_size_ - file_offset_, 0);
 }
 
 void CodecWaveFileReader::ReadBlock(int32_t* samples, int frames) {
@@ -103,8 +124,11 @@ bool CodecWaveFileReader::DecodeFromStartTo(int64_t frame) {
 }
 
 sf_count_t CodecWaveFileReader::FileLength(void* self) {
+  auto* reader = static_cast<CodecWaveFileReader*>(self);
   struct stat status {};
-  return fstat(static_cast<CodecWaveFileReader*>(self)->fd_, &status) == 0 ? status.st_size : 0;
+  if (fstat(reader->fd_, &status) != 0) return 0;
+  return static_cast<sf_count_t>(reader->header_.size()) +
+         std::max<int64_t>(status.st_size - reader->data_start_, 0);
 }
 
 sf_count_t CodecWaveFileReader::SeekFile(sf_count_t offset, int whence, void* self) {
@@ -126,12 +150,24 @@ sf_count_t CodecWaveFileReader::SeekFile(sf_count_t offset, int whence, void* se
 
 sf_count_t CodecWaveFileReader::ReadFile(void* buffer, sf_count_t count, void* self) {
   auto* reader = static_cast<CodecWaveFileReader*>(self);
-  const ssize_t got =
-      ReadFullyAt(reader->fd_, buffer, static_cast<size_t>(std::max<sf_count_t>(count, 0)),
-                  static_cast<off_t>(reader->file_offset_));
-  if (got <= 0) return 0;
-  reader->file_offset_ += got;
-  return got;
+  auto* into = static_cast<char*>(buffer);
+  sf_count_t done = 0;
+  const auto header_size = static_cast<int64_t>(reader->header_.size());
+  if (reader->file_offset_ < header_size && count > 0) {
+    const int64_t from_header = std::min<int64_t>(header_size - reader->file_offset_, count);
+    std::copy_n(reader->header_.data() + reader->file_offset_, from_header, into);
+    reader->file_offset_ += from_header;
+    done = from_header;
+  }
+  if (done == count) return done;
+  const ssize_t got = ReadFullyAt(
+      reader->fd_, into + done, static_cast<size_t>(std::max<sf_count_t>(count - done, 0)),
+      static_cast<off_t>(reader->data_start_ + reader->file_offset_ - header_size));
+  if (got > 0) {
+    reader->file_offset_ += got;
+    done += got;
+  }
+  return done;
 }
 
 sf_count_t CodecWaveFileReader::WriteFile(const void*, sf_count_t, void*) { return 0; }

@@ -3,6 +3,7 @@
 
 #include <sndfile.h>
 
+#include <string>
 #include <vector>
 
 #include "audio/wave_chunks.h"
@@ -12,7 +13,10 @@ namespace parlavox {
 
 // Reads WAVE formats other than PCM (IEEE float, A-law, mu-law, IMA and MS ADPCM,
 // GSM 6.10, extensible, ...) by decoding them to 16-bit values with libsndfile, which
-// reads the file through this object's own descriptor. The length is an estimate
+// reads the file through this object's own descriptor. libsndfile is shown the file as
+// a plain WAVE file of the format and data chunks the chunk walk found, so that it takes
+// every file the walk takes (other chunks before the format, other top-level chunks
+// before the RIFF form). The length is an estimate
 // from the compressed size and the average byte rate until the data runs out, when
 // it becomes exact. Invalid when libsndfile can't decode the file.
 class CodecWaveFileReader : public WaveFileReader {
@@ -46,7 +50,9 @@ class CodecWaveFileReader : public WaveFileReader {
   static sf_count_t TellFile(void* self);
 
   int fd_;
-  int64_t file_offset_ = 0;  // where libsndfile reads next
+  // What libsndfile sees: this header, then the file's data chunk contents onwards.
+  std::string header_;
+  int64_t file_offset_ = 0;  // where libsndfile reads next, in what it sees
   int64_t data_start_;
   uint32_t data_size_;
   uint32_t average_bytes_per_second_;

@@ -72,6 +72,8 @@ std::optional<WaveLayout> WalkWaveChunks(int fd) {
 
   WaveLayout layout;
   layout.format = ParseFormat(format_bytes.data(), *format_size);
+  layout.format_start = offset - *format_size;
+  layout.format_size = *format_size;
   const std::optional<uint32_t> data_size = FindChunk(fd, &offset, "data");
   if (!data_size) return std::nullopt;
   layout.data_start = offset;

@@ -11,6 +11,8 @@ namespace parlavox {
 // Where a WAVE file's samples are, as found by walking its RIFF chunks.
 struct WaveLayout {
   WaveFormat format;
+  int64_t format_start = 0;  // file offset of the "fmt " chunk's contents
+  uint32_t format_size = 0;
   int64_t data_start = 0;  // file offset of the first sample byte
   uint32_t data_size = 0;  // as the "data" chunk's header claims it
 };

@@ -257,6 +257,18 @@ TEST_F(WaveFileTest, FilesWrittenBySoxReadTheSameAsSoxDecodesThem) {
   }
 }
 
+TEST_F(WaveFileTest, TheCodecReaderTakesEveryFileTheChunkWalkTakes) {
+  // The same IMA ADPCM message, once plain, once with a chunk of no known kind before
+  // its format chunk: both decode to the same samples.
+  const std::string corpus = PARLAVOX_WAVE_CORPUS;
+  auto plain = OpenWaveFileReader(corpus + "/ima.wav");
+  auto junk_first = OpenWaveFileReader(corpus + "/ima_junk_before_fmt.wav");
+  ASSERT_TRUE(plain && plain->is_valid());
+  ASSERT_TRUE(junk_first && junk_first->is_valid());
+  EXPECT_EQ(junk_first->GetLength(), plain->GetLength());
+  EXPECT_EQ(ReadAll(*junk_first, plain->GetLength()), ReadAll(*plain, plain->GetLength()));
+}
+
 TEST_F(WaveFileTest, TwentyFourBitFilesAreTakenAsFourBytesASample) {
   const std::string samples = "\x01\x02\x03\x04\x05\x06\x07\x08\x09\x0a\x0b\x0c";
   auto reader = OpenWaveFileReader(

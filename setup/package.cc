@@ -23,12 +23,6 @@ std::optional<std::string> FileBytes(const std::string& path) {
   return std::string(std::istreambuf_iterator<char>(file), {});
 }
 
-void AppendLittleEndian32(std::string* bytes, uint32_t value) {
-  uint8_t field[4];
-  PutLittleEndian32(field, value);
-  bytes->append(reinterpret_cast<const char*>(field), 4);
-}
-
 // Makes `path` anew: an existing file is unlinked first, so that a program that is
 // running from it keeps its old image and the new one takes its place.
 int CreateTarget(const std::string& path, bool executable) {

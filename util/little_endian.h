@@ -2,6 +2,7 @@
 #define PARLAVOX_UTIL_LITTLE_ENDIAN_H_
 
 #include <cstdint>
+#include <string>
 
 namespace parlavox {
 
@@ -16,6 +17,12 @@ inline void PutLittleEndian16(uint8_t* bytes, uint16_t value) {
 inline void PutLittleEndian32(uint8_t* bytes, uint32_t value) {
   PutLittleEndian16(bytes, static_cast<uint16_t>(value));
   PutLittleEndian16(bytes + 2, static_cast<uint16_t>(value >> 16));
+}
+
+inline void AppendLittleEndian32(std::string* bytes, uint32_t value) {
+  uint8_t field[4];
+  PutLittleEndian32(field, value);
+  bytes->append(reinterpret_cast<const char*>(field), 4);
 }
 
 inline uint16_t GetLittleEndian16(const uint8_t* bytes) {
