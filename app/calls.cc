@@ -1,5 +1,7 @@
 #include "app/calls.h"
 
+#include "app/device_setting.h"
+
 namespace parlavox {
 namespace {
 
@@ -90,7 +92,7 @@ void Calls::OnMessageOpened(const UserRecord& callee, Done done, MessageOpening 
   if (opening.unwritable) return Refuse(CallRefusal::kFolderNotWritable, done);
   starting_ = false;
   const int source = static_cast<int8_t>(settings_.ReadInt(kSettingsSection, "soundinchannel", -1));
-  const int device = static_cast<int8_t>(settings_.ReadInt(kSettingsSection, "soundindevice", 0));
+  const DeviceChoice device = ReadDeviceChoice(settings_, "soundindevice");
   const int level = settings_.ReadDecibels(kSettingsSection, "soundinvolume", 0);
   recorder_.set_device(device);
   recorder_.set_level(level);

@@ -24,13 +24,15 @@ class CallsTest : public IntercomBench {
 TEST_F(CallsTest, ACallRecordsIntoTheCalleesFolderUntilItIsStopped) {
   ListUser("Ann", 101);
   settings_.WriteInt(kSettingsSection, "soundindevice", 3);
+  settings_.WriteText(kSettingsSection, "soundindevicename", "usb-mic");
   settings_.WriteInt(kSettingsSection, "soundinchannel", 1);
   settings_.WriteDecibels(kSettingsSection, "soundinvolume", -6);
 
   EXPECT_EQ(StartCall(0), CallRefusal::kNone);
   EXPECT_EQ(share_.opened, std::vector<std::string>{"/srv/Ann/4242.wav"});
   EXPECT_TRUE(recorder_.is_recording());
-  EXPECT_EQ(recorder_.device, 3);
+  EXPECT_EQ(recorder_.device.position, 3);
+  EXPECT_EQ(recorder_.device.name, "usb-mic");
   EXPECT_EQ(mixer_.selected, (std::vector<int>{3, 1}));
   EXPECT_EQ(recorder_.level, -6);
   EXPECT_TRUE(priority_.raised);

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 
+#include "app/device_setting.h"
 #include "app/paths.h"
 
 namespace parlavox {
@@ -9,9 +10,9 @@ namespace parlavox {
 GeneralSettings LoadGeneralSettings(const SettingsFile& settings, const FolderStore& folders,
                                     const StartAtLogin& login) {
   GeneralSettings page;
-  page.output_device = settings.ReadInt(kSettingsSection, "soundoutdevice", 0);
+  page.output_device = ReadDeviceChoice(settings, "soundoutdevice");
   page.output_level = settings.ReadDecibels(kSettingsSection, "soundoutvolume", 0);
-  page.input_device = settings.ReadInt(kSettingsSection, "soundindevice", 0);
+  page.input_device = ReadDeviceChoice(settings, "soundindevice");
   page.source_line = settings.ReadInt(kSettingsSection, "soundinchannel", -1) + 1;
   page.input_level = settings.ReadDecibels(kSettingsSection, "soundinvolume", 0);
   page.inward_folder = settings.inward_folder();
@@ -23,9 +24,9 @@ GeneralSettings LoadGeneralSettings(const SettingsFile& settings, const FolderSt
 
 void SaveGeneralSettings(const GeneralSettings& page, SettingsFile& settings,
                          const FolderStore& folders, StartAtLogin& login) {
-  settings.WriteInt(kSettingsSection, "soundoutdevice", static_cast<int8_t>(page.output_device));
+  WriteDeviceChoice(settings, "soundoutdevice", page.output_device);
   settings.WriteDecibels(kSettingsSection, "soundoutvolume", page.output_level);
-  settings.WriteInt(kSettingsSection, "soundindevice", static_cast<int8_t>(page.input_device));
+  WriteDeviceChoice(settings, "soundindevice", page.input_device);
   settings.WriteInt(kSettingsSection, "soundinchannel",
                     page.source_line < 0 ? -2 : page.source_line - 1);
   settings.WriteDecibels(kSettingsSection, "soundinvolume", page.input_level);

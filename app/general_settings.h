@@ -5,15 +5,17 @@
 
 #include "app/folder_store.h"
 #include "app/settings_file.h"
+#include "audio/sound_devices.h"
 #include "setup/start_at_login.h"
 
 namespace parlavox {
 
 // What the General page of the settings shows, and how leaving it saves it.
 struct GeneralSettings {
-  int output_device = 0;  // the line of the output device list; -1 for none
-  int output_level = 0;   // dB
-  int input_device = 0;   // the line of the input device list; -1 for none
+  // The devices: the line of their list (-1 for none) and their server names.
+  DeviceChoice output_device;
+  int output_level = 0;  // dB
+  DeviceChoice input_device;
   // The line of the record-source list: 0 is the mixer line ("System Record Mixer",
   // which leaves the levels to the desktop), n + 1 is source n; -1 for none.
   int source_line = 0;
@@ -30,7 +32,8 @@ struct GeneralSettings {
 GeneralSettings LoadGeneralSettings(const SettingsFile& settings, const FolderStore& folders,
                                     const StartAtLogin& login);
 
-// Writes the page: device indices as signed 8-bit values, the source line less one
+// Writes the page: devices as their lines (signed 8-bit values) and names, the source
+// line less one
 // ("soundinchannel" -1 for the mixer line, -2 for none), the levels as decibels; the
 // inward folder only when its path was changed (a change of "for all users" or "for
 // me only" alone writes nothing); start at login only when it differs.

@@ -35,15 +35,18 @@ class GeneralSettingsTest : public testing::Test {
 
 TEST_F(GeneralSettingsTest, LeavingThePageWritesWhatItShows) {
   GeneralSettings page = LoadGeneralSettings(settings_, folders_, login_);
-  EXPECT_EQ(page.output_device, 0);
-  EXPECT_EQ(page.source_line, 0);  // the mixer line: "soundinchannel" -1
-  page.output_device = 200;        // kept as a signed 8-bit value
+  EXPECT_EQ(page.output_device.position, 0);
+  EXPECT_EQ(page.source_line, 0);         // the mixer line: "soundinchannel" -1
+  page.output_device = {200, "speaker"};  // the line kept as a signed 8-bit value
   page.output_level = -6;
-  page.input_device = 2;
+  page.input_device = {2, "mic.monitor"};
   page.source_line = 1;  // the first real source
   page.input_level = -127;
   SaveGeneralSettings(page, settings_, folders_, login_);
   EXPECT_EQ(Value("soundoutdevice"), "-56");
+  EXPECT_EQ(Value("soundoutdevicename"), "speaker");
+  EXPECT_EQ(Value("soundindevicename"), "mic.monitor");
+  EXPECT_EQ(LoadGeneralSettings(settings_, folders_, login_).input_device.name, "mic.monitor");
   EXPECT_EQ(Value("soundoutvolume"), "-6dB");
   EXPECT_EQ(Value("soundindevice"), "2");
   EXPECT_EQ(Value("soundinchannel"), "0");

@@ -1,5 +1,7 @@
 #include "app/inbox.h"
 
+#include "app/device_setting.h"
+
 #include "audio/wave_time.h"
 
 namespace parlavox {
@@ -71,9 +73,7 @@ void Inbox::PlayNext() {
     // there when the sound arrives.
     playing_ = name;
     reader->Seek(TimeToFrames(player_.LeadIn(), reader->sample_rate()));
-    const int device =
-        static_cast<int8_t>(settings_.ReadInt(kSettingsSection, "soundoutdevice", 0));
-    player_.set_device(device);
+    player_.set_device(ReadDeviceChoice(settings_, "soundoutdevice"));
     // Every message at the level set when it starts, on its own stream.
     player_.set_level(settings_.ReadDecibels(kSettingsSection, "soundoutvolume", 0));
     Play(std::move(reader));

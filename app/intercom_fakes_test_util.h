@@ -66,7 +66,7 @@ class MemoryWriter : public WaveFileWriter {
 class FakePlayer : public Player {
  public:
   void SetListener(LSoundPlayerListener* listener, uint32_t) override { listener_ = listener; }
-  void set_device(int device) override { this->device = device; }
+  void set_device(const DeviceChoice& device) override { this->device = device; }
   void set_level(int decibels) override { level = decibels; }
   void set_metering(bool enabled) override { metering = enabled; }
   bool Play(std::shared_ptr<WaveFileReader> reader) override {
@@ -94,7 +94,7 @@ class FakePlayer : public Player {
 
   std::shared_ptr<WaveFileReader> playing;
   int64_t started_at = 0;
-  int device = -99;
+  DeviceChoice device{-99, ""};
   int level = -99;
   int32_t lead_in = -1500;  // a device that swallows the first 0.15 s
   bool metering = false;
@@ -108,7 +108,7 @@ class FakePlayer : public Player {
 class FakeRecorder : public Recorder {
  public:
   void SetListener(LSoundRecorderListener* listener, uint32_t) override { listener_ = listener; }
-  void set_device(int device) override { this->device = device; }
+  void set_device(const DeviceChoice& device) override { this->device = device; }
   void set_level(int decibels) override { level = decibels; }
   bool StartRecording(std::shared_ptr<WaveFileWriter> writer, int32_t, int, int32_t,
                       uint32_t) override {
@@ -137,7 +137,7 @@ class FakeRecorder : public Recorder {
   }
 
   std::shared_ptr<WaveFileWriter> writer;
-  int device = -99;
+  DeviceChoice device{-99, ""};
   int level = -99;
   bool refuse = false;
   int starts = 0;
@@ -150,8 +150,8 @@ class FakeMixer : public Mixer {
  public:
   int GetRecordSourceCount(int) override { return 0; }
   std::string GetRecordSourceName(int, int) override { return "<MIXER INVALID>"; }
-  int SelectRecordSource(int device, int source) override {
-    selected = {device, source};
+  int SelectRecordSource(const DeviceChoice& device, int source) override {
+    selected = {device.position, source};
     return 0;
   }
   std::vector<int> selected;

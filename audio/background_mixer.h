@@ -18,7 +18,7 @@ class BackgroundMixer : public Mixer {
   std::string GetRecordSourceName(int device, int source) override {
     return mixer_.GetRecordSourceName(device, source);
   }
-  int SelectRecordSource(int device, int source) override {
+  int SelectRecordSource(const DeviceChoice& device, int source) override {
     worker_.Post([this, device, source] { mixer_.SelectRecordSource(device, source); });
     return 0;
   }

@@ -29,8 +29,8 @@ std::string PlainHeader(int fd, const WaveLayout& layout) {
   }
   if (format.size() % 2 != 0) format += '\0';  // the pad byte
   std::string header = "RIFF";
-  AppendLittleEndian32(&header, static_cast<uint32_t>(4 + 8 + format.size() + 8 +
-                                                      uint64_t{layout.data_size}));
+  AppendLittleEndian32(
+      &header, static_cast<uint32_t>(4 + 8 + format.size() + 8 + uint64_t{layout.data_size}));
   header += "WAVEfmt ";
   AppendLittleEndian32(&header, layout.format_size);
   header += format;

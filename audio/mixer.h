@@ -3,6 +3,8 @@
 
 #include <string>
 
+#include "audio/sound_devices.h"
+
 namespace parlavox {
 
 // The record sources of the sound devices, for devices numbered as in
@@ -18,9 +20,9 @@ class Mixer {
   // "System Record Mixer" for a negative source (the entry that leaves the mixer
   // alone); "<MIXER INVALID>" when the source doesn't exist; at most 31 characters.
   virtual std::string GetRecordSourceName(int device, int source) = 0;
-  // Makes `source` the input of `device`; returns the number of sources. Nothing
-  // happens for a negative source.
-  virtual int SelectRecordSource(int device, int source) = 0;
+  // Makes `source` the input of the chosen device (see ResolveDevice); returns the
+  // number of sources. Nothing happens for a negative source.
+  virtual int SelectRecordSource(const DeviceChoice& device, int source) = 0;
 };
 
 }  // namespace parlavox

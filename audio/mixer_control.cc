@@ -60,11 +60,10 @@ std::optional<InputFacts> Facts(pa_context* context, const std::string& name) {
   return facts;
 }
 
-// Calls `use` with the context and the input device's facts, main loop locked.
+// Calls `use` with the context and the facts of the input device the server calls
+// `name` ("" for the default; nullopt for none), main loop locked.
 template <typename Use>
-auto WithInput(int device, Use use) {
-  std::optional<std::string> name;
-  if (device >= 0) name = InputDeviceName(device);
+auto WithInput(const std::optional<std::string>& name, Use use) {
   PulseLock lock;
   pa_context* context = PulseConnection::Instance().Context();
   std::optional<InputFacts> facts;
@@ -72,33 +71,41 @@ auto WithInput(int device, Use use) {
   return use(context, facts);
 }
 
+// The server's name of the input device at `device` in the list; nullopt for none.
+std::optional<std::string> NameAt(int device) {
+  if (device < 0) return std::nullopt;
+  return InputDeviceName(device);
+}
+
 }  // namespace
 
 int MixerControl::GetRecordSourceCount(int device) {
-  return WithInput(device, [](pa_context*, const std::optional<InputFacts>& facts) {
+  return WithInput(NameAt(device), [](pa_context*, const std::optional<InputFacts>& facts) {
     return facts ? std::min(static_cast<int>(facts->ports.size()), kMaxSources) : 0;
   });
 }
 
 std::string MixerControl::GetRecordSourceName(int device, int source) {
   if (source < 0) return "System Record Mixer";
-  return WithInput(device, [source](pa_context*, const std::optional<InputFacts>& facts) {
+  return WithInput(NameAt(device), [source](pa_context*, const std::optional<InputFacts>& facts) {
     if (!facts || source >= static_cast<int>(facts->ports.size())) return std::string(kInvalidName);
     return Cut(facts->port_descriptions[static_cast<size_t>(source)]);
   });
 }
 
-int MixerControl::SelectRecordSource(int device, int source) {
-  if (source < 0) return 0;
-  return WithInput(device, [&](pa_context* context, const std::optional<InputFacts>& facts) {
-    if (!facts) return 0;
-    if (source < static_cast<int>(facts->ports.size())) {
-      PulseConnection::Instance().Wait(pa_context_set_source_port_by_name(
-          context, facts->name.c_str(), facts->ports[static_cast<size_t>(source)].c_str(),
-          &SignalDone, nullptr));
-    }
-    return static_cast<int>(facts->ports.size());
-  });
+int MixerControl::SelectRecordSource(const DeviceChoice& device, int source) {
+  if (source < 0 || device.position < 0) return 0;
+  return WithInput(
+      ResolveDevice(device, ListInputDevices()),
+      [&](pa_context* context, const std::optional<InputFacts>& facts) {
+        if (!facts) return 0;
+        if (source < static_cast<int>(facts->ports.size())) {
+          PulseConnection::Instance().Wait(pa_context_set_source_port_by_name(
+              context, facts->name.c_str(), facts->ports[static_cast<size_t>(source)].c_str(),
+              &SignalDone, nullptr));
+        }
+        return static_cast<int>(facts->ports.size());
+      });
 }
 
 }  // namespace parlavox

@@ -14,7 +14,7 @@ class MixerControl : public Mixer {
  public:
   int GetRecordSourceCount(int device) override;
   std::string GetRecordSourceName(int device, int source) override;
-  int SelectRecordSource(int device, int source) override;
+  int SelectRecordSource(const DeviceChoice& device, int source) override;
 };
 
 }  // namespace parlavox

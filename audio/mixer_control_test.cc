@@ -52,9 +52,9 @@ TEST_F(MixerControlTest, RecordSourcesArePortsAndSelectingOneLeavesTheVolumeAlon
   ASSERT_GT(mic, 0);
   ASSERT_EQ(server_.Pactl("set-source-volume mic.monitor -7dB"), 0);
   ASSERT_EQ(server_.Pactl("set-source-mute mic.monitor 1"), 0);
-  EXPECT_EQ(mixer_.SelectRecordSource(mic, 0), 0);   // a null device has no ports
-  EXPECT_EQ(mixer_.SelectRecordSource(mic, -1), 0);  // leave the mixer alone
-  EXPECT_EQ(mixer_.SelectRecordSource(-1, 0), 0);    // no device
+  EXPECT_EQ(mixer_.SelectRecordSource({mic, "mic.monitor"}, 0), 0);   // a null device has no ports
+  EXPECT_EQ(mixer_.SelectRecordSource({mic, "mic.monitor"}, -1), 0);  // leave the mixer alone
+  EXPECT_EQ(mixer_.SelectRecordSource({-1, ""}, 0), 0);               // no device
   EXPECT_NEAR(Decibels("get-source-volume mic.monitor"), -7, 0.1);
   EXPECT_NE(Output("pactl get-source-mute mic.monitor").find("yes"), std::string::npos);
 
@@ -77,7 +77,7 @@ TEST_F(MixerControlTest, LevelsAreDecibelsOfTheProgramsOwnStreams) {
   }
   TestLoop loop;
   LSoundPlayer player(loop);
-  player.set_device(Index(ListOutputDevices(), "speaker"));
+  player.set_device({0, "speaker"});
   for (const int level : {-10, 6, 0, -36}) {
     player.set_level(level);
     ASSERT_TRUE(player.Play(OpenWaveFileReader(path)));
@@ -87,7 +87,7 @@ TEST_F(MixerControlTest, LevelsAreDecibelsOfTheProgramsOwnStreams) {
   EXPECT_NEAR(Decibels("get-sink-volume speaker"), 0, 0.1);
 
   LSoundRecorder recorder(loop);
-  recorder.set_device(Index(ListInputDevices(), "mic.monitor"));
+  recorder.set_device({0, "mic.monitor"});
   recorder.set_level(-6);
   ASSERT_TRUE(recorder.StartRecording(CreateWaveFileWriter(folder + "/call.wav", 11025, 1, 16, 0),
                                       0, -127, 216000000, Recorder::kStartWriting));

@@ -5,6 +5,7 @@
 #include <memory>
 
 #include "audio/channel_levels.h"
+#include "audio/sound_devices.h"
 #include "audio/wave_file.h"
 
 namespace parlavox {
@@ -27,8 +28,8 @@ class Player {
   virtual ~Player() = default;
 
   virtual void SetListener(LSoundPlayerListener* listener, uint32_t cookie) = 0;
-  // The output device to play on; -1 and 0 are the system's default.
-  virtual void set_device(int device) = 0;
+  // The output device to play on, found anew at each Play (see ResolveDevice).
+  virtual void set_device(const DeviceChoice& device) = 0;
   // The gain of what Play starts next, in decibels (-127: silent); the program's own
   // stream has it from its first sample, and nothing of the system's volume changes.
   virtual void set_level(int decibels) = 0;

@@ -5,6 +5,7 @@
 #include <memory>
 
 #include "audio/channel_levels.h"
+#include "audio/sound_devices.h"
 #include "audio/wave_file.h"
 
 namespace parlavox {
@@ -35,8 +36,8 @@ class Recorder {
   virtual ~Recorder() = default;
 
   virtual void SetListener(LSoundRecorderListener* listener, uint32_t cookie) = 0;
-  // The input device to record; -1 and 0 are the system's default.
-  virtual void set_device(int device) = 0;
+  // The input device to record, found anew at each start (see ResolveDevice).
+  virtual void set_device(const DeviceChoice& device) = 0;
   // The gain of what StartRecording records next, in decibels (-127: silent), on the
   // program's own stream: the system's input volume is left as it is.
   virtual void set_level(int decibels) = 0;

@@ -42,6 +42,17 @@ std::optional<std::string> NameAt(int index, bool outputs) {
 
 }  // namespace
 
+std::string ResolveDevice(const DeviceChoice& choice, const std::vector<SoundDevice>& devices) {
+  if (!choice.name.empty()) {
+    for (const SoundDevice& device : devices) {
+      if (device.server_name == choice.name) return choice.name;
+    }
+    return "";
+  }
+  if (choice.position <= 0 || choice.position >= static_cast<int>(devices.size())) return "";
+  return devices[static_cast<size_t>(choice.position)].server_name;
+}
+
 std::vector<SoundDevice> ListOutputDevices() { return List(true); }
 std::vector<SoundDevice> ListInputDevices() { return List(false); }
 std::optional<std::string> OutputDeviceName(int index) { return NameAt(index, true); }

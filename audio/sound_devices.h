@@ -25,6 +25,19 @@ std::vector<SoundDevice> ListInputDevices();
 std::optional<std::string> OutputDeviceName(int index);
 std::optional<std::string> InputDeviceName(int index);
 
+// A device as the settings keep it: by the server's name when one was chosen, and by
+// its place in the list, which is all that settings written elsewhere may hold.
+struct DeviceChoice {
+  int position = 0;  // 0 or less: the default device
+  std::string name;  // empty: none was chosen by name
+};
+
+// The server's name of the device to use now ("" for the desktop's default): the one
+// named, when it is there; the default when it is missing (unplugged), so that sound
+// never goes to another device by its place; by place only when no name was kept, the
+// default when that place is past the list.
+std::string ResolveDevice(const DeviceChoice& choice, const std::vector<SoundDevice>& devices);
+
 }  // namespace parlavox
 
 #endif  // PARLAVOX_AUDIO_SOUND_DEVICES_H_

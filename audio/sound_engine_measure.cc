@@ -26,13 +26,6 @@ using Clock = std::chrono::steady_clock;
 constexpr uint32_t kRate = 11025;
 constexpr int kBuffer = 441;
 
-int Index(const std::vector<SoundDevice>& devices, const std::string& name) {
-  for (size_t i = 1; i < devices.size(); ++i) {
-    if (devices[i].server_name == name) return static_cast<int>(i);
-  }
-  return -1;
-}
-
 // Writes one loud 100 ms block now and then, and sees when each arrives on the monitor.
 std::vector<double> DeviceToMonitorDelays(int rounds) {
   TestLoop loop;
@@ -41,7 +34,7 @@ std::vector<double> DeviceToMonitorDelays(int rounds) {
   Clock::time_point written_at;
   bool waiting = false;
   std::vector<double> delays;
-  monitor.Open(Index(ListInputDevices(), "speaker.monitor"), kRate, 1, kBuffer, 0,
+  monitor.Open("speaker.monitor", kRate, 1, kBuffer, 0,
                {[&](RecordBuffer* b) {
                   const bool loud = std::any_of(b->samples.begin(), b->samples.end(),
                                                 [](int16_t s) { return std::abs(s) > 1000; });
@@ -61,7 +54,7 @@ std::vector<double> DeviceToMonitorDelays(int rounds) {
 
   ManualResetEvent done;
   WaveOut out;
-  out.Open(Index(ListOutputDevices(), "speaker"), kRate, 1, 0, &done);
+  out.Open("speaker", kRate, 1, 0, &done);
   PlayBuffer block;
   block.samples.assign(1102, 16000);
   block.bytes = 1102 * 2;
@@ -103,7 +96,7 @@ double FeederCpuPerMinute(double seconds) {
   }
   TestLoop loop;
   LSoundPlayer player(loop);
-  player.set_device(Index(ListOutputDevices(), "speaker"));
+  player.set_device({0, "speaker"});
   player.set_metering(true);
   player.Play(OpenWaveFileReader(path));
   double cpu = 0;

@@ -31,12 +31,12 @@ bool LSoundPlayer::Play(std::shared_ptr<WaveFileReader> reader) {
   StopPlayback();
   if (!reader || !reader->is_valid()) return false;
   reader_ = std::move(reader);
-  if (!wave_out_.Open(device_, static_cast<uint32_t>(reader_->sample_rate()), reader_->channels(),
-                      level_, &block_done_)) {
+  playing_device_ = ResolveDevice(device_, ListOutputDevices());
+  if (!wave_out_.Open(playing_device_, static_cast<uint32_t>(reader_->sample_rate()),
+                      reader_->channels(), level_, &block_done_)) {
     reader_.reset();
     return false;
   }
-  playing_device_ = device_;
   playing_level_ = level_;
   start_frame_ = reader_->GetPosition();
   frames_per_block_ = std::clamp(reader_->sample_rate() / 10, 20, kMaxBlockFrames);

@@ -36,7 +36,7 @@ class LSoundPlayer : public WorkerThread, public Player {
   ~LSoundPlayer() override;
 
   void SetListener(LSoundPlayerListener* listener, uint32_t cookie) override;
-  void set_device(int device) override { device_ = device; }
+  void set_device(const DeviceChoice& device) override { device_ = device; }
   void set_level(int decibels) override { level_ = decibels; }
   void set_metering(bool enabled) override { metering_ = enabled; }
   bool Play(std::shared_ptr<WaveFileReader> reader) override;
@@ -78,9 +78,9 @@ class LSoundPlayer : public WorkerThread, public Player {
   std::mutex player_lock_;
   ManualResetEvent block_done_;
   WaveOut wave_out_;
-  int device_ = 0;
+  DeviceChoice device_;
   int level_ = 0;
-  int playing_device_ = 0;  // as Play found them, for the feeding thread
+  std::string playing_device_;  // as Play found them, for the feeding thread
   int playing_level_ = 0;
   int64_t start_frame_ = 0;  // where the device's stream began in the reader
   LSoundPlayerListener* listener_ = nullptr;

@@ -24,13 +24,7 @@ constexpr uint32_t kRate = 11025;
 class MonitorCapture {
  public:
   MonitorCapture(TestLoop& loop, const std::string& source) : buffers_(30), in_(loop) {
-    int index = -1;
-    const std::vector<SoundDevice> devices = ListInputDevices();
-    for (size_t i = 1; i < devices.size(); ++i) {
-      if (devices[i].server_name == source) index = static_cast<int>(i);
-    }
-    EXPECT_GT(index, 0) << source;
-    EXPECT_TRUE(in_.Open(index, kRate, 1, 441, 0,
+    EXPECT_TRUE(in_.Open(source, kRate, 1, 441, 0,
                          {[this](RecordBuffer* buffer) {
                             samples.insert(samples.end(), buffer->samples.begin(),
                                            buffer->samples.end());
@@ -69,7 +63,7 @@ class SoundPlayerTest : public testing::Test {
     folder_ = mkdtemp(pattern.data());
     player_.SetListener(&listener_, 0);
     player_.set_metering(true);
-    player_.set_device(DeviceIndex("speaker"));
+    player_.set_device({0, "speaker"});
   }
   ~SoundPlayerTest() override { std::filesystem::remove_all(folder_); }
 
@@ -221,13 +215,23 @@ TEST_F(SoundPlayerTest, SurvivesTheSoundServerGoingAwayAndComingBack) {
 
 TEST_F(SoundPlayerTest, RefusesWhatItCannotPlayAndStopsTheOldStreamFirst) {
   EXPECT_FALSE(player_.Play(nullptr));
-  player_.set_device(99);
-  EXPECT_FALSE(player_.Play(OpenWaveFileReader(ToneFile(0.5))));
-  player_.set_device(-1);  // the default device
+  player_.set_device({99, ""});  // past the list: the default device
   ASSERT_TRUE(player_.Play(OpenWaveFileReader(ToneFile(5.0))));
   ASSERT_TRUE(player_.Play(OpenWaveFileReader(ToneFile(0.2))));
   EXPECT_EQ(listener_.stopped, 1);  // the first stream was told it stopped
   EXPECT_TRUE(PlayedToTheEnd(5s));
+}
+
+TEST(ResolveDeviceTest, ANamedDeviceIsFoundByNameOrElseTheDefaultIsUsed) {
+  const std::vector<SoundDevice> devices = {
+      {"", "System default"}, {"usb-headset", "Headset"}, {"speaker", "Speaker"}};
+  EXPECT_EQ(ResolveDevice({2, "speaker"}, devices), "speaker");
+  EXPECT_EQ(ResolveDevice({1, "speaker"}, devices), "speaker");  // moved: found by name
+  EXPECT_EQ(ResolveDevice({1, "unplugged"}, devices), "");       // never another device
+  EXPECT_EQ(ResolveDevice({1, ""}, devices), "usb-headset");     // kept by place only
+  EXPECT_EQ(ResolveDevice({7, ""}, devices), "");                // past the list
+  EXPECT_EQ(ResolveDevice({0, ""}, devices), "");                // the default: followed
+  EXPECT_EQ(ResolveDevice({-1, ""}, devices), "");
 }
 
 TEST(ChannelLevelsTest, LevelsFollowTheirFormulas) {

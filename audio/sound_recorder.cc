@@ -59,7 +59,8 @@ bool LSoundRecorder::StartRecording(std::shared_ptr<WaveFileWriter> writer, int3
 }
 
 bool LSoundRecorder::OpenDevice(uint32_t rate, int channels, bool started) {
-  if (!wave_in_.Open(device_, rate, channels, frames_per_buffer_, level_,
+  if (!wave_in_.Open(ResolveDevice(device_, ListInputDevices()), rate, channels, frames_per_buffer_,
+                     level_,
                      {[this](RecordBuffer* buffer) { OnBuffer(buffer); }, [this] { OnLost(); }})) {
     return false;
   }

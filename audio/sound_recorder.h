@@ -33,7 +33,7 @@ class LSoundRecorder : public Recorder {
   LSoundRecorder(const LSoundRecorder&) = delete;
   LSoundRecorder& operator=(const LSoundRecorder&) = delete;
 
-  void set_device(int device) override { device_ = device; }
+  void set_device(const DeviceChoice& device) override { device_ = device; }
   void set_level(int decibels) override { level_ = decibels; }
   void SetListener(LSoundRecorderListener* listener, uint32_t cookie) override;
   bool StartRecording(std::shared_ptr<WaveFileWriter> writer, int32_t max_time, int threshold,
@@ -54,7 +54,7 @@ class LSoundRecorder : public Recorder {
   int64_t FramesOfTime(int32_t time) const;
 
   WaveIn wave_in_;
-  int device_ = 0;
+  DeviceChoice device_;
   int level_ = 0;
   LSoundRecorderListener* listener_ = nullptr;
   uint32_t cookie_ = 0;

@@ -16,11 +16,9 @@ void SignalDone(pa_context*, int, void*) { PulseConnection::Instance().Signal();
 
 }  // namespace
 
-bool WaveIn::Open(int device, uint32_t rate, int channels, int buffer_frames, int decibels,
-                  Reports reports) {
+bool WaveIn::Open(const std::string& device, uint32_t rate, int channels, int buffer_frames,
+                  int decibels, Reports reports) {
   Close();
-  const std::optional<std::string> name = InputDeviceName(device);
-  if (!name) return false;
 
   PulseLock lock;
   pa_context* context = PulseConnection::Instance().Context();
@@ -38,7 +36,7 @@ bool WaveIn::Open(int device, uint32_t rate, int channels, int buffer_frames, in
   const pa_buffer_attr attributes{static_cast<uint32_t>(-1), static_cast<uint32_t>(-1),
                                   static_cast<uint32_t>(-1), static_cast<uint32_t>(-1), fragment};
   if (pa_stream_connect_record(
-          stream_, name->empty() ? nullptr : name->c_str(), &attributes,
+          stream_, device.empty() ? nullptr : device.c_str(), &attributes,
           static_cast<pa_stream_flags_t>(PA_STREAM_ADJUST_LATENCY | PA_STREAM_START_CORKED)) < 0) {
     Close();
     return false;

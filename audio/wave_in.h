@@ -7,6 +7,7 @@
 #include <deque>
 #include <functional>
 #include <memory>
+#include <string>
 #include <vector>
 
 #include "util/task_poster.h"
@@ -37,10 +38,11 @@ class WaveIn {
   WaveIn& operator=(const WaveIn&) = delete;
   ~WaveIn();
 
-  // Opens input device `device` (see sound_devices.h) for 16-bit PCM, delivering
+  // Opens the input device the server calls `device` ("" for the desktop's default)
+  // for 16-bit PCM, delivering
   // buffers of `buffer_frames` frames, at `decibels` of gain on this stream alone
   // (-127: silent); the device starts stopped.
-  bool Open(int device, uint32_t rate, int channels, int buffer_frames, int decibels,
+  bool Open(const std::string& device, uint32_t rate, int channels, int buffer_frames, int decibels,
             Reports reports);
   void AddBuffer(RecordBuffer* buffer);
   void Start();

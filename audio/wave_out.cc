@@ -1,10 +1,8 @@
 #include "audio/wave_out.h"
 
 #include <algorithm>
-#include <optional>
 
 #include "audio/pulse_connection.h"
-#include "audio/sound_devices.h"
 
 namespace parlavox {
 namespace {
@@ -21,11 +19,9 @@ constexpr uint32_t kLatencyMs = 40;
 
 WaveOut::~WaveOut() { Close(); }
 
-bool WaveOut::Open(int device, uint32_t rate, int channels, int decibels,
+bool WaveOut::Open(const std::string& device, uint32_t rate, int channels, int decibels,
                    ManualResetEvent* buffer_done) {
   Close();
-  const std::optional<std::string> name = OutputDeviceName(device);
-  if (!name) return false;
 
   PulseLock lock;
   PulseConnection& pulse = PulseConnection::Instance();
@@ -50,7 +46,7 @@ bool WaveOut::Open(int device, uint32_t rate, int channels, int decibels,
   pa_cvolume volume;
   pa_cvolume_set(&volume, static_cast<unsigned>(channels),
                  decibels <= -127 ? PA_VOLUME_MUTED : pa_sw_volume_from_dB(decibels));
-  if (pa_stream_connect_playback(stream_, name->empty() ? nullptr : name->c_str(), &attributes,
+  if (pa_stream_connect_playback(stream_, device.empty() ? nullptr : device.c_str(), &attributes,
                                  PA_STREAM_ADJUST_LATENCY, &volume, nullptr) < 0) {
     Close();
     return false;

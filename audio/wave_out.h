@@ -6,6 +6,7 @@
 #include <atomic>
 #include <cstdint>
 #include <deque>
+#include <string>
 #include <vector>
 
 #include "util/manual_reset_event.h"
@@ -36,9 +37,10 @@ class WaveOut {
   WaveOut& operator=(const WaveOut&) = delete;
   ~WaveOut();
 
-  // Opens output device `device` (see sound_devices.h) for 16-bit PCM at `decibels`
-  // of gain (-127: silent), set as the stream is made.
-  bool Open(int device, uint32_t rate, int channels, int decibels, ManualResetEvent* buffer_done);
+  // Opens the output device the server calls `device` ("" for the desktop's default)
+  // for 16-bit PCM at `decibels` of gain (-127: silent), set as the stream is made.
+  bool Open(const std::string& device, uint32_t rate, int channels, int decibels,
+            ManualResetEvent* buffer_done);
   void Write(PlayBuffer* buffer);
   // Drops whatever is queued; every buffer becomes done.
   void Reset();

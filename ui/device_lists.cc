@@ -2,26 +2,39 @@
 
 #include <QProcess>
 #include <QStandardPaths>
+#include <algorithm>
 
 #include "audio/sound_devices.h"
 
 namespace parlavox {
 namespace {
 
-void Fill(QComboBox* list, const std::vector<SoundDevice>& devices, int selection) {
+void Fill(QComboBox* list, const std::vector<SoundDevice>& devices, const DeviceChoice& chosen) {
   list->clear();
-  for (const SoundDevice& device : devices)
-    list->addItem(QString::fromStdString(device.description));
-  list->setCurrentIndex(selection < list->count() ? selection : -1);
+  for (const SoundDevice& device : devices) {
+    list->addItem(QString::fromStdString(device.description),
+                  QString::fromStdString(device.server_name));
+  }
+  if (chosen.position < 0 && chosen.name.empty()) return list->setCurrentIndex(-1);
+  list->setCurrentIndex(
+      std::max(0, list->findData(QString::fromStdString(ResolveDevice(chosen, devices)))));
 }
 
 }  // namespace
 
-void FillOutputDevices(QComboBox* list, int selection) {
-  Fill(list, ListOutputDevices(), selection);
+void FillOutputDevices(QComboBox* list, const DeviceChoice& chosen) {
+  Fill(list, ListOutputDevices(), chosen);
 }
 
-void FillInputDevices(QComboBox* list, int selection) { Fill(list, ListInputDevices(), selection); }
+void FillInputDevices(QComboBox* list, const DeviceChoice& chosen) {
+  Fill(list, ListInputDevices(), chosen);
+}
+
+DeviceChoice SelectedDevice(const QComboBox* list) {
+  const int line = list->currentIndex();
+  // The default line keeps no name: it follows whatever the desktop's default is.
+  return {line, line > 0 ? list->currentData().toString().toStdString() : ""};
+}
 
 void FillRecordSources(const QComboBox* devices, QComboBox* sources, Mixer& mixer) {
   const int remembered = sources->currentIndex();

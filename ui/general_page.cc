@@ -110,9 +110,9 @@ class GeneralPage : public SettingsPage {
 
   void Save() override {
     GeneralSettings page;
-    page.output_device = output_devices_->currentIndex();
+    page.output_device = SelectedDevice(output_devices_);
     page.output_level = output_level_->level();
-    page.input_device = input_devices_->currentIndex();
+    page.input_device = SelectedDevice(input_devices_);
     page.source_line = sources_->currentIndex();
     page.input_level = input_level_->level();
     page.inward_folder = folder_->text().toStdString();
