@@ -95,6 +95,16 @@ TEST_F(CallsTest, ACallWhoseMessageIsTakenAwayEndsAndSaysSo) {
   EXPECT_EQ(view_.statuses.back(), "Your message was taken from the user's folder before it ended");
 }
 
+TEST_F(CallsTest, ACallWhoseSoundServerWentAwayEndsAndSaysSo) {
+  ListUser("Ann", 101);
+  EXPECT_EQ(StartCall(0), CallRefusal::kNone);
+  recorder_.LoseDevice();
+  EXPECT_FALSE(intercom_.Snapshot().recording);
+  EXPECT_FALSE(priority_.raised);
+  EXPECT_FALSE(view_.record_meter);
+  EXPECT_EQ(view_.statuses.back(), "The sound server went away: your call ended");
+}
+
 TEST_F(CallsTest, AShortPressStillLeavesAMessage) {
   ListUser("Ann", 101);
   share_.hold_answers = true;  // the callee's share is slow to answer

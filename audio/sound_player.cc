@@ -100,17 +100,22 @@ void LSoundPlayer::Run() {
     {
       std::lock_guard lock(player_lock_);
       PlayBlock& block = blocks_[static_cast<size_t>(next_block_)];
-      if (block.buffer.done) {
+      if (wave_out_.failed()) {
+        // The server dropped the stream: nothing is fed until it takes a new one.
+        if (Reopen()) {
+          stall = 0;
+          continue;
+        }
+        block_done_.Reset();  // closing the old stream set it
+        if (++stall > kStallPasses) Notify(kFinished);
+        wait = true;
+      } else if (block.buffer.done) {
         stall = 0;
         if (!FeedBlock(block)) return;
       } else {
         if (state_ & kBoostPending) {
           SetPriority(kPriorityHighest);
           state_ &= static_cast<uint16_t>(~kBoostPending);
-        }
-        if (wave_out_.failed() && Reopen()) {
-          stall = 0;
-          continue;
         }
         // A device that has not finished a buffer for 281 waits (one the server
         // dropped and that could not be opened again among them) counts as finished.

@@ -200,15 +200,17 @@ TEST_F(SoundPlayerTest, PlaysAFileWhileAnotherProcessWritesIt) {
   ASSERT_EQ(heard.size(), size_t{kBlock} * kBlocks);
 }
 
-TEST_F(SoundPlayerTest, SurvivesTheSoundServerGoingAwayAndComingBack) {
-  ASSERT_TRUE(player_.Play(OpenWaveFileReader(ToneFile(10.0))));
+TEST_F(SoundPlayerTest, AMessageGoesOnAfterTheSoundServerRestarts) {
+  const auto began = std::chrono::steady_clock::now();
+  ASSERT_TRUE(player_.Play(OpenWaveFileReader(ToneFile(3.0))));
   loop_.RunFor(500ms);
-  server_.Stop();
-  ASSERT_TRUE(PlayedToTheEnd(5s));
-  EXPECT_FALSE(player_.is_open());
-
-  EXPECT_FALSE(player_.Play(OpenWaveFileReader(ToneFile(0.5))));
+  server_.Stop();  // the desktop's sound server restarts
+  loop_.RunFor(1000ms);
+  EXPECT_TRUE(player_.is_open());  // waiting for the server, the rest not thrown away
   ASSERT_TRUE(server_.Start());
+  ASSERT_TRUE(PlayedToTheEnd(8s));
+  // What had not been heard when the server went was played after it came back.
+  EXPECT_GT(std::chrono::steady_clock::now() - began, 3500ms);
   ASSERT_TRUE(player_.Play(OpenWaveFileReader(ToneFile(0.5))));
   EXPECT_TRUE(PlayedToTheEnd(5s));
 }

@@ -27,10 +27,11 @@ struct Events : LSoundRecorderListener, LSoundPlayerListener {
   void OnRecordStarted(uint32_t) override { started_at.push_back(writer->length()); }
   void OnRecordWaiting(uint32_t) override { waiting_at.push_back(writer->length()); }
   void OnRecordStopped(uint32_t) override { ++recorder_stopped; }
+  void OnRecordLost(uint32_t) override { ++recorder_lost; }
   void OnPlayStopped(uint32_t) override { ++player_stopped; }
   std::shared_ptr<WaveFileWriter> writer;
   std::vector<int64_t> started_at, waiting_at;
-  int recorder_stopped = 0, player_stopped = 0;
+  int recorder_stopped = 0, recorder_lost = 0, player_stopped = 0;
 };
 
 class SoundRecorderTest : public testing::Test {
@@ -138,10 +139,10 @@ TEST_F(SoundRecorderTest, SurvivesTheSoundServerGoingAwayAndComingBack) {
   ASSERT_TRUE(
       recorder_.StartRecording(NewWriter(), 0, -127, 216000000, LSoundRecorder::kStartWriting));
   loop_.RunFor(300ms);
-  server_.Stop();
-  loop_.RunFor(300ms);
-  recorder_.StopRecording();
+  server_.Stop();  // and it does not come back at once: the recording ends, saying why
+  EXPECT_TRUE(loop_.RunUntil([&] { return events_.recorder_lost == 1; }, 3s));
   EXPECT_EQ(recorder_.state(), LSoundRecorder::kClosed);
+  EXPECT_EQ(events_.recorder_stopped, 1);
   EXPECT_FALSE(recorder_.StartRecording(NewWriter(), 0, -127, 0, LSoundRecorder::kStartWriting));
 
   ASSERT_TRUE(server_.Start());
