@@ -10,3 +10,5 @@ for benchmark in build-bench/*/parlavox_*_benchmark; do
 done
 build-bench/audio/parlavox_sound_engine_measure 20
 scripts/measure_idle.py --binary build-bench/parlavox --seconds 60
+# Mouth-to-ear through local folders, two copies on two private sound servers.
+scripts/measure_calls.py --binary build-bench/parlavox --calls 20 --idle-seconds 10 --call-seconds 10

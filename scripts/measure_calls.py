@@ -143,7 +143,11 @@ def main():
     parser.add_argument("--calls", type=int, default=20)
     parser.add_argument("--idle-seconds", type=float, default=60)
     parser.add_argument("--call-seconds", type=float, default=20)
+    parser.add_argument("--binary", help="the program to measure (default: build/parlavox)")
     options = parser.parse_args()
+    global PARLAVOX
+    if options.binary:
+        PARLAVOX = os.path.abspath(options.binary)
     if not os.path.exists(PARLAVOX):
         raise SystemExit(f"build the program first: {PARLAVOX} is missing")
 
