@@ -10,11 +10,11 @@
 
 #include <gtest/gtest.h>
 
-#include "app/calls.h"
 #include "app/intercom_copy_test_util.h"
-#include "app/message_file.h"
 #include "audio/sound_server_test_util.h"
 #include "audio/wave_file.h"
+#include "core/calls.h"
+#include "share/message_file.h"
 
 namespace parlavox {
 namespace {

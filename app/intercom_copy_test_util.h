@@ -14,10 +14,10 @@
 #include <thread>
 #include <vector>
 
-#include "app/child_process_test_util.h"
-#include "app/profile_file.h"
-#include "app/scratch_folder_test_util.h"
-#include "app/user_record.h"
+#include "settings/profile_file.h"
+#include "util/child_process_test_util.h"
+#include "util/scratch_folder_test_util.h"
+#include "words/user_record.h"
 
 namespace parlavox {
 

@@ -6,8 +6,8 @@
 #include <QSocketNotifier>
 #include <cstdio>
 
-#include "app/control_requests.h"
-#include "app/hot_key_route.h"
+#include "control/control_requests.h"
+#include "platform/hot_key_route.h"
 
 namespace parlavox {
 

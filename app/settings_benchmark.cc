@@ -5,12 +5,12 @@
 
 #include <filesystem>
 
-#include "app/paths.h"
-#include "app/presence_poller.h"
-#include "app/profile_file.h"
-#include "app/scratch_folder_test_util.h"
-#include "app/user_list.h"
-#include "app/user_record.h"
+#include "core/user_list.h"
+#include "settings/profile_file.h"
+#include "share/presence_poller.h"
+#include "util/paths.h"
+#include "util/scratch_folder_test_util.h"
+#include "words/user_record.h"
 
 namespace parlavox {
 namespace {

@@ -26,7 +26,7 @@
 #include <QTimer>
 #include <cstdio>
 
-#include "app/portal_shortcut_entry.h"
+#include "platform/portal_shortcut_entry.h"
 
 namespace parlavox {
 namespace {

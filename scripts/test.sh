@@ -7,6 +7,7 @@ cd "$(dirname "$0")/.."
 scripts/setup.sh
 
 git ls-files '*.cc' '*.h' | xargs clang-format --dry-run --Werror
+scripts/check_layers.py
 
 run_suite() {
   local folder=$1

@@ -2,21 +2,19 @@
 
 #include <QStandardPaths>
 
-#include "app/paths.h"
-#include "app/startup.h"
-#include "setup/start_at_login.h"
+#include "settings/startup.h"
+#include "util/paths.h"
 
 namespace parlavox {
 InstallPlaces InstallPlaces::ForPerson() {
-  const std::string data_home = EnvironmentOr("XDG_DATA_HOME", HomeFolder() + "/.local/share");
+  const std::string data_home = XdgDataHome();
   InstallPlaces places;
   places.program_folder = ProgramFolder();
   places.data_folder = places.program_folder;
   places.inward_folder = places.data_folder + "/Incoming";
   places.applications_folder = data_home + "/applications";
   places.icon_folder = data_home + "/icons/hicolor/scalable/apps";
-  places.autostart_folder =
-      EnvironmentOr("XDG_CONFIG_HOME", HomeFolder() + "/.config") + "/autostart";
+  places.autostart_folder = XdgConfigHome() + "/autostart";
   places.desktop_folder =
       QStandardPaths::writableLocation(QStandardPaths::DesktopLocation).toStdString();
   places.folder_scope = FolderScope::kCurrentUser;
@@ -31,7 +29,7 @@ InstallPlaces InstallPlaces::ForMachine() {
   places.inward_folder = places.data_folder + "/Incoming";
   places.applications_folder = "/usr/local/share/applications";
   places.icon_folder = "/usr/local/share/icons/hicolor/scalable/apps";
-  places.autostart_folder = MachineConfigFolder() + "/autostart";
+  places.autostart_folder = XdgConfigDirsFirst() + "/autostart";
   places.folder_scope = FolderScope::kMachine;
   places.shared_data = true;
   return places;

@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "app/folder_store.h"
+#include "settings/folder_store.h"
 
 namespace parlavox {
 

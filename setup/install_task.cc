@@ -5,11 +5,11 @@
 #include <filesystem>
 #include <fstream>
 
-#include "setup/desktop_entry.h"
+#include "platform/autostart_entry.h"
+#include "platform/desktop_entry.h"
 #include "setup/package.h"
 #include "setup/registered_folder.h"
 #include "setup/role_marker.h"
-#include "setup/start_at_login.h"
 
 namespace parlavox {
 namespace {

@@ -4,7 +4,7 @@
 #include <functional>
 #include <string>
 
-#include "app/folder_store.h"
+#include "settings/folder_store.h"
 #include "setup/install_places.h"
 #include "setup/launcher.h"
 #include "setup/setup_view.h"

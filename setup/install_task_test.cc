@@ -8,11 +8,11 @@
 #include <algorithm>
 #include <filesystem>
 
-#include "app/scratch_folder_test_util.h"
 #include "setup/package.h"
 #include "setup/role_marker.h"
 #include "setup/setup_fakes_test_util.h"
 #include "setup/uninstall_task.h"
+#include "util/scratch_folder_test_util.h"
 
 namespace parlavox {
 namespace {

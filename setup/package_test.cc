@@ -5,8 +5,8 @@
 #include <filesystem>
 #include <random>
 
-#include "app/scratch_folder_test_util.h"
 #include "setup/role_marker.h"
+#include "util/scratch_folder_test_util.h"
 
 namespace parlavox {
 namespace {

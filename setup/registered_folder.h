@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-#include "app/folder_store.h"
+#include "settings/folder_store.h"
 
 namespace parlavox {
 

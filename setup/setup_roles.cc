@@ -6,13 +6,13 @@
 #include <filesystem>
 #include <thread>
 
-#include "app/control_channel.h"
-#include "app/paths.h"
+#include "control/control_channel.h"
 #include "setup/embedded_texts.h"
 #include "setup/install_task.h"
 #include "setup/launcher.h"
 #include "setup/package.h"
 #include "setup/uninstall_task.h"
+#include "util/paths.h"
 
 namespace parlavox {
 

@@ -6,8 +6,8 @@
 #include <filesystem>
 #include <thread>
 
+#include "platform/autostart_entry.h"
 #include "setup/registered_folder.h"
-#include "setup/start_at_login.h"
 
 namespace parlavox {
 

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "app/folder_store.h"
+#include "settings/folder_store.h"
 #include "setup/install_places.h"
 #include "setup/launcher.h"
 #include "setup/setup_view.h"

@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-#include "app/decibels.h"
+#include "words/decibels.h"
 
 namespace parlavox {
 

@@ -10,7 +10,7 @@
 #include <QRadioButton>
 #include <QVBoxLayout>
 
-#include "app/general_settings.h"
+#include "settings/general_settings.h"
 #include "ui/decibel_edit.h"
 #include "ui/device_lists.h"
 #include "ui/folder_prompt.h"

@@ -9,8 +9,8 @@
 #include <QTimer>
 #include <QVBoxLayout>
 
-#include "app/virtual_keys.h"
 #include "ui/qt_virtual_keys.h"
+#include "words/virtual_keys.h"
 
 namespace parlavox {
 namespace {

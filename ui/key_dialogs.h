@@ -3,7 +3,7 @@
 
 #include <QWidget>
 
-#include "app/key_assignments.h"
+#include "settings/key_assignments.h"
 
 namespace parlavox {
 

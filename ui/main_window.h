@@ -10,11 +10,11 @@
 #include <memory>
 #include <optional>
 
-#include "app/hot_keys.h"
-#include "app/intercom.h"
-#include "app/intercom_view.h"
-#include "app/stop_guard.h"
-#include "app/window_keys.h"
+#include "core/hot_keys.h"
+#include "core/intercom.h"
+#include "core/intercom_view.h"
+#include "core/stop_guard.h"
+#include "core/window_keys.h"
 #include "ui/level_meter.h"
 #include "ui/splash_screen.h"
 #include "ui/tray_icon.h"

@@ -1,6 +1,6 @@
 #include "ui/qt_virtual_keys.h"
 
-#include "app/x11_key_symbols.h"
+#include "platform/x11_key_symbols.h"
 
 #include <unordered_map>
 

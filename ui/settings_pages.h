@@ -5,12 +5,12 @@
 #include <functional>
 #include <string>
 
-#include "app/folder_store.h"
-#include "app/key_assignments.h"
-#include "app/settings_file.h"
-#include "app/users_cache.h"
 #include "audio/mixer.h"
-#include "setup/start_at_login.h"
+#include "settings/folder_store.h"
+#include "settings/key_assignments.h"
+#include "settings/settings_file.h"
+#include "settings/start_at_login.h"
+#include "settings/users_cache.h"
 
 namespace parlavox {
 

@@ -6,11 +6,10 @@
 #include <string>
 #include <vector>
 
-#include "app/paths.h"
 #include "setup/setup_roles.h"
-#include "setup/start_at_login.h"
 #include "setup/terminal_setup_view.h"
 #include "ui/progress_dialog.h"
+#include "util/paths.h"
 
 namespace parlavox {
 

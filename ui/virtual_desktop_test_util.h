@@ -19,7 +19,7 @@
 #include <thread>
 #include <vector>
 
-#include "app/child_process_test_util.h"
+#include "util/child_process_test_util.h"
 #include "util/file_lock.h"
 
 namespace parlavox {

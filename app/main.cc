@@ -1,0 +1,193 @@
+// parlavox: the intercom, with its window or without one, and the command-line control
+// of a running copy.
+
+#include <signal.h>
+
+#include <QApplication>
+#include <QCommandLineParser>
+#include <QCoreApplication>
+#include <QStandardPaths>
+#include <chrono>
+#include <cstdio>
+#include <memory>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "app/session.h"
+#include "audio/mixer_control.h"
+#include "control/control_channel.h"
+#include "control/control_client.h"
+#include "control/control_protocol.h"
+#include "control/control_requests.h"
+#include "platform/autostart_entry.h"
+#include "platform/desktop_entry.h"
+#include "platform/headless_view.h"
+#include "platform/service.h"
+#include "settings/startup.h"
+#include "setup/role_marker.h"
+#include "ui/main_window.h"
+#include "ui/settings_sheet.h"
+#include "ui/setup_main.h"
+#include "util/paths.h"
+
+namespace parlavox {
+namespace {
+
+using namespace std::chrono_literals;
+
+// SIGINT, SIGTERM and SIGHUP (the terminal closing) end the intercom as a normal
+// close does. They are blocked in every thread and read from a descriptor by the
+// event loop.
+sigset_t TerminationSignals() {
+  sigset_t set;
+  sigemptyset(&set);
+  sigaddset(&set, SIGINT);
+  sigaddset(&set, SIGTERM);
+  sigaddset(&set, SIGHUP);
+  return set;
+}
+
+std::vector<std::string> IdleTexts() {
+  return {"Parlavox " PARLAVOX_VERSION, "Hold F5 to talk to the selected user",
+          "F6 replies to your last caller"};
+}
+
+// Whether this start shows the window: there is a display, and it was not started
+// "/service" or with a control option.
+bool WantsWindow(int argc, char** argv) {
+  if (!HasDisplay()) return false;
+  for (int i = 1; i < argc; ++i) {
+    const std::string argument = argv[i];
+    if (argument != "/logon" && argument != "/install") return false;
+  }
+  return true;
+}
+
+// Runs the intercom unless a copy runs already, which is then asked to show itself.
+int RunIntercom(QCoreApplication& application, const sigset_t& termination, bool windowed) {
+  const std::string socket_path = ControlSocketPath();
+  std::optional<FileLock> claim(ClaimRunningCopy(socket_path));
+  if (!claim->held()) {
+    // One that is still starting gets a moment to open its socket.
+    std::optional<std::string> answer;
+    for (int attempt = 0; attempt < 5 && !answer; ++attempt) {
+      if (attempt > 0) std::this_thread::sleep_for(1s);
+      answer = SendControlRequest(socket_path, "show", 5s);
+    }
+    const bool headless = answer == "ok " + std::string(kNoWindowAnswer);
+    if (answer == "ok" || (headless && !windowed)) return 0;
+    if (!headless) {
+      std::fprintf(stderr, "parlavox: another copy is running but does not answer\n");
+      return 1;
+    }
+    // The running copy has no window (a service, say) and a person asks for one: this
+    // start takes over, so that there is still one intercom, now with its window.
+    std::fprintf(stderr, "parlavox: taking over from the copy running without a window\n");
+    SendControlRequest(socket_path, "quit", 5s);
+    for (int attempt = 0; attempt < 50 && !claim->held(); ++attempt) {
+      std::this_thread::sleep_for(200ms);
+      claim.reset();
+      claim.emplace(ClaimRunningCopy(socket_path));
+    }
+    if (!claim->held()) {
+      std::fprintf(stderr, "parlavox: the copy running without a window did not end\n");
+      return 1;
+    }
+  }
+
+  SettingsFile settings = LocateSettings(FolderStore::FromEnvironment());
+  std::fprintf(stderr, "parlavox: running %s; inward folder %s, settings %s\n",
+               windowed ? "with a window" : "without a window", settings.inward_folder().c_str(),
+               settings.settings_path().c_str());
+  HeadlessView log(/*beside_window=*/windowed);
+  if (!windowed) {
+    Session session(application, settings, log, IdleTexts(), [] { QCoreApplication::exit(0); });
+    session.Run(termination);
+  } else {
+    QApplication::setQuitOnLastWindowClosed(false);  // a hidden window keeps running
+    MainWindow window;
+    FanOutView views({&window, &log});
+    Session session(application, settings, views, IdleTexts(),
+                    [&window] { window.CloseWithoutAsking(); });
+    // What the settings sheet works on.
+    MixerControl mixer;
+    PersonsStartAtLogin login = PersonsStartAtLogin::ForUser();
+    const FolderStore folders = FolderStore::FromEnvironment();
+    const UsersCache users(settings);
+    const KeyAssignments keys(settings, users);
+    const SettingsContext context{settings, folders, users, keys, mixer, login, [&](int index) {
+                                    const HotKeySystem* hot_keys = session.hot_key_system();
+                                    return hot_keys ? hot_keys->DesktopBinding(index) : "";
+                                  }};
+    window.Attach(session.intercom(), session.clock(), session.activation(),
+                  [&] { session.RunSettings([&] { RunSettingsSheet(&window, context); }); });
+    session.Run(termination, [&] { window.Begin(QCoreApplication::arguments()); });
+  }
+  std::fprintf(stderr, "parlavox: stopped\n");
+  return 0;
+}
+
+}  // namespace
+}  // namespace parlavox
+
+int main(int argc, char** argv) {
+  using namespace parlavox;
+  DeleteForeignShortcuts(
+      QStandardPaths::writableLocation(QStandardPaths::DesktopLocation).toStdString());
+  MakeProgramFolderCurrent();
+  // The same file is also the install package and the uninstaller.
+  const std::string own_file = RunningProgramPath();
+  const Role role = RoleOf(own_file, ReadRoleMarker(own_file));
+  if (role != Role::kProgram) return RunSetupRole(role, argc, argv);
+
+  // Before any thread starts, so that every thread inherits the blocked mask.
+  const sigset_t termination = TerminationSignals();
+  pthread_sigmask(SIG_BLOCK, &termination, nullptr);
+
+  const bool windowed = WantsWindow(argc, argv);
+  const std::unique_ptr<QCoreApplication> application =
+      windowed ? std::make_unique<QApplication>(argc, argv)
+               : std::make_unique<QCoreApplication>(argc, argv);
+  QCoreApplication::setApplicationName("parlavox");
+  QCoreApplication::setApplicationVersion(PARLAVOX_VERSION);
+
+  QCommandLineParser parser;
+  parser.setApplicationDescription(
+      "Parlavox, a push-to-talk intercom over shared folders.\n"
+      "Without options it starts the intercom with its window; \"/service\", or no\n"
+      "display, runs it without one; \"/logon\" starts it in the tray. The other options\n"
+      "control the copy that is running.");
+  parser.addHelpOption();
+  parser.addVersionOption();
+  for (const ControlOption& option : ControlOptions()) {
+    parser.addOption(option.value_name
+                         ? QCommandLineOption(option.name, option.description, option.value_name)
+                         : QCommandLineOption(option.name, option.description));
+  }
+  const QCommandLineOption register_service(
+      "register-service", "Run the intercom as a service of your systemd, with every login.");
+  parser.addOption(register_service);
+  parser.addPositionalArgument("/service", "Run without a window (also without a display).",
+                               "[/service | /logon | /install]");
+  parser.process(*application);
+
+  if (parser.isSet(register_service)) {
+    const std::string left = ServiceUnit::ForUser().Register(RunningProgramPath());
+    if (!left.empty()) std::fprintf(stderr, "parlavox: %s\n", left.c_str());
+    return left.empty() ? 0 : 1;
+  }
+
+  std::vector<std::pair<std::string, std::string>> requested;
+  for (const ControlOption& option : ControlOptions()) {
+    if (!parser.isSet(option.name)) continue;
+    requested.emplace_back(option.name,
+                           option.value_name ? parser.value(option.name).toStdString() : "");
+  }
+  if (requested.size() > 1) {
+    std::fprintf(stderr, "parlavox: give one control option at a time\n");
+    return 2;
+  }
+  if (requested.size() == 1) return RunControlOption(requested[0].first, requested[0].second);
+  return RunIntercom(*application, termination, windowed);
+}

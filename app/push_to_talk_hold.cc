@@ -1,8 +1,0 @@
-#include "app/push_to_talk_hold.h"
-
-namespace parlavox {
-
-PushToTalkHold::PushToTalkHold(Clock& clock, std::function<void()> released)
-    : timer_(clock.NewTimer(std::move(released))) {}
-
-}  // namespace parlavox

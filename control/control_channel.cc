@@ -1,0 +1,76 @@
+#include "control/control_channel.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <QDir>
+#include <QLocalSocket>
+#include <QPointer>
+
+#include "util/paths.h"
+
+namespace parlavox {
+namespace {
+
+constexpr int kConnectTimeoutMs = 1000;
+
+}  // namespace
+
+std::string ControlSocketPath() {
+  std::string folder = XdgRuntimeDir();
+  if (folder.empty()) {
+    folder = QDir::tempPath().toStdString() + "/parlavox-" + std::to_string(getuid());
+    mkdir(folder.c_str(), 0700);
+  }
+  return JoinPath(folder, "parlavox.sock");
+}
+
+FileLock ClaimRunningCopy(const std::string& socket_path) {
+  return FileLock(socket_path + ".lock", O_RDWR | O_CREAT, FileLock::Kind::kExclusive,
+                  FileLock::Wait::kNo);
+}
+
+ControlServer::ControlServer(Answer answer) : answer_(std::move(answer)) {
+  server_.setSocketOptions(QLocalServer::UserAccessOption);
+  QObject::connect(&server_, &QLocalServer::newConnection, [this] { TakeConnection(); });
+}
+
+bool ControlServer::Listen(const std::string& path) {
+  const QString name = QString::fromStdString(path);
+  QLocalServer::removeServer(name);
+  return server_.listen(name);
+}
+
+void ControlServer::TakeConnection() {
+  while (QLocalSocket* socket = server_.nextPendingConnection()) {
+    QObject::connect(socket, &QLocalSocket::disconnected, socket, &QObject::deleteLater);
+    QObject::connect(socket, &QLocalSocket::readyRead, socket, [this, socket] {
+      if (!socket->canReadLine()) return;
+      const std::string request = socket->readLine().trimmed().toStdString();
+      answer_(request, [asker = QPointer<QLocalSocket>(socket)](const std::string& answer) {
+        if (!asker) return;
+        asker->write(QByteArray::fromStdString(answer + "\n"));
+        asker->flush();
+        asker->disconnectFromServer();
+      });
+    });
+  }
+}
+
+std::optional<std::string> SendControlRequest(const std::string& socket_path,
+                                              std::string_view request,
+                                              std::chrono::milliseconds patience) {
+  QLocalSocket socket;
+  socket.connectToServer(QString::fromStdString(socket_path));
+  if (!socket.waitForConnected(kConnectTimeoutMs)) return std::nullopt;
+  socket.write(QByteArray(request.data(), static_cast<qsizetype>(request.size())) + "\n");
+  socket.waitForBytesWritten(kConnectTimeoutMs);
+  while (!socket.canReadLine()) {
+    if (!socket.waitForReadyRead(static_cast<int>(patience.count()))) break;
+  }
+  if (!socket.canReadLine()) return "error the running copy did not answer in time";
+  return socket.readLine().trimmed().toStdString();
+}
+
+}  // namespace parlavox

@@ -1,0 +1,143 @@
+#include "core/inbox.h"
+
+#include "settings/device_setting.h"
+
+#include "audio/wave_time.h"
+
+namespace parlavox {
+
+Inbox::Inbox(InboxFolder& folder, Player& player, const SettingsFile& settings,
+             const UsersCache& users, ShareAccess& share, Clock& clock, StatusLine& status,
+             IntercomView& view)
+    : folder_(folder),
+      player_(player),
+      settings_(settings),
+      users_(users),
+      share_(share),
+      status_(status),
+      view_(view),
+      next_(clock.NewTimer([this] { PlayNext(); })) {
+  player_.SetListener(this, 0);
+  player_.set_metering(true);
+}
+
+Inbox::~Inbox() { Stop(); }
+
+void Inbox::Stop() {
+  player_.StopPlayback();  // the message playing ends as if it had played to its end
+  player_.SetListener(nullptr, 0);
+  player_.set_metering(false);
+  next_->Stop();
+  resumed_reader_.reset();
+  folder_.Release();
+}
+
+namespace {
+
+// Sample rates a voice message can have. A file that claims less would hold the inbox
+// for ages with a few bytes (4 KB at 1 Hz plays for half an hour).
+constexpr int kLowestMessageRate = 4000;
+constexpr int kHighestMessageRate = 192000;
+
+bool IsPlayable(const std::shared_ptr<WaveFileReader>& reader) {
+  return reader && reader->is_valid() && reader->sample_rate() >= kLowestMessageRate &&
+         reader->sample_rate() <= kHighestMessageRate;
+}
+
+}  // namespace
+
+void Inbox::PlayNext() {
+  if (player_.is_open()) return;  // the next one is picked when this one ends
+  if (resumed_reader_) {
+    Resume();
+    return;
+  }
+  bool header_coming = false;
+  for (const std::string& name : folder_.Messages()) {
+    std::shared_ptr<WaveFileReader> reader = folder_.Open(name);
+    if (!IsPlayable(reader) && folder_.IsStillComing(name)) {
+      // The caller's copy has not written the header yet: taken for broken now, the
+      // whole call would be lost. Messages behind it play meanwhile.
+      folder_.Release();
+      header_coming = true;
+      continue;
+    }
+    previous_caller_ = ParseInteger(name);  // before anything can fail: Reply targets it
+    AnnounceCaller();
+    if (!IsPlayable(reader)) {
+      folder_.Remove(name);
+      continue;
+    }
+    // A message that holds no sound yet is played at once: its lead-in covers the wait
+    // for the first sound, and should the lead-in run out first, playback goes on from
+    // there when the sound arrives.
+    playing_ = name;
+    reader->Seek(TimeToFrames(player_.LeadIn(), reader->sample_rate()));
+    player_.set_device(ReadDeviceChoice(settings_, "soundoutdevice"));
+    // Every message at the level set when it starts, on its own stream.
+    player_.set_level(settings_.ReadDecibels(kSettingsSection, "soundoutvolume", 0));
+    Play(std::move(reader));
+    return;
+  }
+  if (header_coming) next_->Start(kStillComingLook);
+}
+
+void Inbox::AnnounceCaller() {
+  const std::optional<int> caller = users_.FindById(previous_caller_);
+  if (!caller) return;
+  share_.ReadRecord(users_.Folder(*caller),
+                    lifetime_.Bind([this](const std::optional<UserRecord>& record) {
+                      if (record) status_.ShowStatus("<- " + record->Name());
+                    }));
+}
+
+void Inbox::Play(std::shared_ptr<WaveFileReader> reader) {
+  playing_reader_ = reader;
+  if (player_.Play(std::move(reader))) return;
+  Finish();
+  view_.ShowAlert(
+      "Unable to start playback. Check that you have selected the correct Sound Out Device "
+      "using Settings.",
+      "Sound Out Device Error");
+}
+
+void Inbox::Resume() {
+  std::shared_ptr<WaveFileReader> reader = std::move(resumed_reader_);
+  if (reader->GetLength() > reader->GetPosition()) {
+    Play(std::move(reader));
+  } else if (folder_.IsStillComing(playing_)) {
+    resumed_reader_ = std::move(reader);
+    next_->Start(kStillComingLook);
+  } else {
+    Finish();
+    next_->Start(kBetweenMessages);
+  }
+}
+
+void Inbox::Finish() {
+  if (!playing_.empty()) folder_.Remove(playing_);
+  playing_.clear();
+  playing_reader_.reset();
+  resumed_reader_.reset();
+}
+
+void Inbox::OnPlayStarted(uint32_t) { view_.EnablePlaybackMeter(true); }
+
+void Inbox::OnPlayStopped(uint32_t) {
+  view_.EnablePlaybackMeter(false);
+  if (!playing_.empty() && folder_.IsStillComing(playing_)) {
+    // The caller's copy fell behind for longer than the queued sound lasted: go on
+    // from here when more has arrived instead of throwing the rest of the call away.
+    resumed_reader_ = std::move(playing_reader_);
+    next_->Start(kStillComingLook);
+  } else {
+    Finish();
+    next_->Start(kBetweenMessages);
+  }
+}
+
+void Inbox::OnPlayLevels(const ChannelLevels& levels, uint32_t) {
+  view_.ShowPlaybackLevels(levels);
+}
+
+}  // namespace parlavox

@@ -1,0 +1,81 @@
+#ifndef PARLAVOX_CORE_INBOX_H_
+#define PARLAVOX_CORE_INBOX_H_
+
+#include <chrono>
+#include <cstdint>
+#include <memory>
+#include <string>
+
+#include "audio/player.h"
+#include "core/inbox_folder.h"
+#include "core/intercom_view.h"
+#include "core/share_access.h"
+#include "core/status_line.h"
+#include "settings/settings_file.h"
+#include "settings/users_cache.h"
+#include "util/clock.h"
+#include "util/lifetime.h"
+
+namespace parlavox {
+
+// The callee's side of calls: plays the messages that arrive in the inward folder,
+// one after another, each after the silence its player needs to keep the first
+// sample (none on a sound server) and at the configured device and level, deletes each once it has
+// played and picks the next 200 ms later. A broken message is deleted unheard; one the player can't
+// start is deleted with an alert. It remembers who sent the last message picked (Reply calls them
+// back) and shows
+// "<- name" when the sender is in the users list.
+//
+// A message whose caller is still writing it is not taken for broken while its header
+// is missing (the messages behind it play meanwhile), and when playback catches up
+// with the caller it is not deleted: the inbox looks again every 20 ms and goes on
+// from where it stopped. A file that claims a sample rate no voice has is broken.
+class Inbox : private LSoundPlayerListener {
+ public:
+  static constexpr std::chrono::milliseconds kBetweenMessages{200};
+  static constexpr std::chrono::milliseconds kStillComingLook{20};
+
+  Inbox(InboxFolder& folder, Player& player, const SettingsFile& settings, const UsersCache& users,
+        ShareAccess& share, Clock& clock, StatusLine& status, IntercomView& view);
+  ~Inbox() override;
+
+  // Throws away every waiting message unheard.
+  void Clear() { folder_.Clear(); }
+  // Plays the first waiting message, unless one is playing already. Safe to call as
+  // often as anything changes in the folder.
+  void PlayNext();
+  // Stops playback for good (the message playing is deleted) and the player's reports.
+  void Stop();
+
+  int32_t previous_caller() const { return previous_caller_; }
+  bool is_playing() const { return player_.is_open(); }
+
+ private:
+  void AnnounceCaller();
+  // Goes on with a message whose playback caught up with its caller.
+  void Resume();
+  void Play(std::shared_ptr<WaveFileReader> reader);
+  // Deletes the message being played and forgets it.
+  void Finish();
+  void OnPlayStarted(uint32_t cookie) override;
+  void OnPlayStopped(uint32_t cookie) override;
+  void OnPlayLevels(const ChannelLevels& levels, uint32_t cookie) override;
+
+  InboxFolder& folder_;
+  Player& player_;
+  const SettingsFile& settings_;
+  const UsersCache& users_;
+  ShareAccess& share_;
+  StatusLine& status_;
+  IntercomView& view_;
+  std::unique_ptr<Timer> next_;
+  int32_t previous_caller_ = -1;
+  std::string playing_;                             // the message being played
+  std::shared_ptr<WaveFileReader> playing_reader_;  // the player's, kept for a resume
+  std::shared_ptr<WaveFileReader> resumed_reader_;  // set while waiting to go on
+  Lifetime lifetime_;
+};
+
+}  // namespace parlavox
+
+#endif  // PARLAVOX_CORE_INBOX_H_

@@ -1,0 +1,151 @@
+#ifndef PARLAVOX_CORE_INTERCOM_H_
+#define PARLAVOX_CORE_INTERCOM_H_
+
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "audio/mixer.h"
+#include "audio/player.h"
+#include "audio/recorder.h"
+#include "core/calls.h"
+#include "core/inbox.h"
+#include "core/inbox_folder.h"
+#include "core/intercom_view.h"
+#include "core/own_record.h"
+#include "core/process_priority.h"
+#include "core/push_to_talk_hold.h"
+#include "core/share_access.h"
+#include "core/status_line.h"
+#include "core/user_list.h"
+#include "core/workers.h"
+#include "settings/settings_file.h"
+#include "settings/users_cache.h"
+#include "util/clock.h"
+#include "util/lifetime.h"
+#include "words/identity.h"
+
+namespace parlavox {
+
+// The platform pieces the intercom works with; all outlive it.
+struct IntercomParts {
+  Clock& clock;
+  Player& player;
+  Recorder& recorder;
+  Mixer& mixer;
+  ProcessPriority& priority;
+  InboxFolder& inbox_folder;
+  ShareAccess& share;
+  InboxWatching& watcher;
+  PresencePolling& poller;
+};
+
+// Everything the intercom would tell about itself, at one moment.
+struct IntercomSnapshot {
+  bool on = false;
+  bool recording = false;
+  bool playing = false;
+  std::string status;
+  int32_t previous_caller = -1;
+  UserRecord own;
+  std::vector<UserListItem> users;
+  int selected = -1;
+};
+
+// The intercom, whichever way it is shown: the own record and its on/off state, the
+// users list with presence, the inbox, calls and the status line, wired together and
+// shown on a view. Everything here runs on the interface thread; workers and audio
+// objects reach it only through posted tasks.
+class Intercom {
+ public:
+  using CallDone = Calls::Done;
+
+  // `idle_texts` take turns on the status line between status texts.
+  Intercom(const SettingsFile& settings, IntercomParts parts, IntercomView& view,
+           std::vector<std::string> idle_texts);
+  Intercom(const Intercom&) = delete;
+  Intercom& operator=(const Intercom&) = delete;
+  ~Intercom();
+
+  // Start-up: loads the own record (making one on a first start), turns the intercom
+  // on, throws away messages that waited while it was not running, and starts the
+  // inbox watcher and the presence poller.
+  void Start();
+  // Shutdown: publishes the intercom as off and stops workers, playback and calls.
+  void End();
+
+  void TurnOn();
+  void TurnOff();
+  // Changes the own name, id or e-mail and publishes the record at once.
+  void ChangeIdentity(const IdentityChange& change);
+
+  // The users list position the window has selected (-1 for none).
+  void Select(int position);
+  // Another start of the program asks for this one's window; true when one came up.
+  bool AnswerSecondStart() { return view_.AnswerSecondStart(); }
+
+  // Calls: each records into the callee's inward folder until StopCall. StartCall takes
+  // a place in the users list; `done` hears whether the call started or why not.
+  void StartCall(int index, CallDone done = {});
+  void CallSelected(CallDone done = {});
+  // Calls whoever sent the last message; when they are not listed (or nobody called
+  // yet), the selected user.
+  void Reply(CallDone done = {});
+  void StopCall();
+  // What the menu's "Call" and "Reply" do: end the call that runs, or else start one.
+  void ToggleCallSelected();
+  void ToggleReply();
+
+  // A hot key fired with `command`: 1 brings the window up, 2 hides it, 3 calls the
+  // selected user, 4 replies, 5 and 6 turn the intercom on and off, 32 + n calls user
+  // n of the users list; other commands do nothing. A call lasts while the hot key
+  // keeps firing (PushToTalkHold); meanwhile the window holds the activation.
+  void HotKey(int32_t command);
+
+  // The settings sheet opens: the workers are asked to stop, and others see this user
+  // off while it is open.
+  void BeginSettings();
+  // The sheet closed: the own record is read again from the inward folder (which may
+  // have changed) and published with the on/off state it had before; messages that
+  // arrived meanwhile are thrown away; the workers watch and poll anew.
+  void EndSettings();
+
+  // Shows a status text of the program's own on the status line.
+  void ShowStatus(const std::string& text) { status_.ShowStatus(text); }
+
+  // Plays the first waiting message unless one is playing already.
+  void PlayNextMessage() { inbox_.PlayNext(); }
+
+  IntercomSnapshot Snapshot() const;
+  const UserList& users() const { return users_; }
+  const StatusLine& status_line() const { return status_; }
+
+ private:
+  // Publishes the own record and shows the on/off state.
+  void ApplyOnOffState();
+  // Throws away what waits in the inward folder and starts the workers on it.
+  void StartWorkers();
+  // The watcher found the inward folder gone (nobody can call) or back.
+  void OnInwardFolder(bool usable);
+  void FillUserList();
+  // Runs a call start and shows the pushed look of `button` when it started.
+  void StartCallWith(int index, CallButton button, CallDone done);
+
+  const SettingsFile& settings_;
+  IntercomParts parts_;
+  IntercomView& view_;
+  UsersCache users_cache_;
+  OwnRecord own_;
+  UserList users_;
+  StatusLine status_;
+  Inbox inbox_;
+  Calls calls_;
+  PushToTalkHold hold_;
+  bool on_before_settings_ = true;
+  Lifetime lifetime_;
+};
+
+}  // namespace parlavox
+
+#endif  // PARLAVOX_CORE_INTERCOM_H_

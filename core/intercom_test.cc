@@ -1,0 +1,156 @@
+// The intercom as a whole, on fakes: start, on and off, full duplex, the end.
+
+#include "core/intercom.h"
+
+#include "core/intercom_bench_test_util.h"
+#include "util/paths.h"
+
+namespace parlavox {
+namespace {
+
+using namespace std::chrono_literals;
+
+class IntercomTest : public IntercomBench {
+ protected:
+  UserRecord Published() const {
+    UserRecord record;
+    EXPECT_TRUE(ReadUserRecord(&record, JoinPath(settings_.inward_folder(), kUserRecordFileName)));
+    return record;
+  }
+};
+
+TEST_F(IntercomTest, StartPublishesTheIntercomOnAndTheEndPublishesItOff) {
+  ListUser("Ann", 101);
+  Start();
+  const UserRecord own = Published();
+  EXPECT_TRUE(own.is_on());
+  EXPECT_GE(own.id, 1);
+  EXPECT_FALSE(own.Name().empty());  // the account's name
+  EXPECT_EQ(view_.on, true);
+  EXPECT_TRUE(poller_.polling);
+  ASSERT_EQ(view_.users.size(), 1u);
+  EXPECT_EQ(view_.users[0].name, "Ann");
+
+  clock_.Advance(800ms);
+  EXPECT_EQ(view_.idle_texts, std::vector<std::string>{"first idle"});
+
+  intercom_.End();
+  EXPECT_FALSE(Published().is_on());
+  EXPECT_EQ(Published().id, own.id);
+  EXPECT_FALSE(poller_.polling);
+  EXPECT_TRUE(watcher_.watching.empty());
+}
+
+TEST_F(IntercomTest, IdentitySurvivesInTheRecordFile) {
+  Start();
+  IdentityChange change;
+  change.name = "Dana";
+  change.id = 77;
+  change.email = "dana@example.org";
+  intercom_.ChangeIdentity(change);
+  EXPECT_EQ(Published().Name(), "Dana");
+  intercom_.End();
+
+  FakeClock clock;
+  Intercom again(settings_,
+                 {clock, player_, recorder_, mixer_, priority_, folder_, share_, watcher_, poller_},
+                 view_, {});
+  again.Start();
+  EXPECT_EQ(again.Snapshot().own.id, 77);
+  EXPECT_EQ(again.Snapshot().own.Email(), "dana@example.org");
+  again.End();
+}
+
+TEST_F(IntercomTest, OffOnlyChangesWhatOthersSee) {
+  ListUser("Ann", 101);
+  Start();
+  intercom_.TurnOff();
+  EXPECT_FALSE(Published().is_on());
+  EXPECT_EQ(view_.on, false);
+  Message(101);
+  watcher_.changed();
+  EXPECT_EQ(player_.plays, 1);  // messages still play
+  EXPECT_EQ(Call([&](Intercom::CallDone done) { intercom_.StartCall(0, done); }),
+            CallRefusal::kNone);  // and calls still go out
+  intercom_.TurnOn();
+  EXPECT_TRUE(Published().is_on());
+}
+
+TEST_F(IntercomTest, AMessageThatArrivesDuringACallPlaysAtOnce) {
+  ListUser("Ann", 101);
+  Start();
+  intercom_.StartCall(0);
+  Message(101);
+  watcher_.changed();
+  EXPECT_TRUE(recorder_.is_recording());
+  EXPECT_EQ(player_.plays, 1);
+  const IntercomSnapshot snapshot = intercom_.Snapshot();
+  EXPECT_TRUE(snapshot.recording);
+  EXPECT_TRUE(snapshot.playing);
+  EXPECT_EQ(snapshot.status, "<- Ann");  // the newer status text
+}
+
+TEST_F(IntercomTest, WhileTheSettingsAreOpenOthersSeeThisUserOff) {
+  Start();
+  intercom_.BeginSettings();
+  EXPECT_FALSE(Published().is_on());
+  EXPECT_TRUE(watcher_.watching.empty());
+  EXPECT_FALSE(poller_.polling);
+  Message(101);  // arrives meanwhile
+  // The inward folder moved: the record goes with it.
+  const std::string moved = scratch_ / "moved";
+  std::filesystem::create_directories(moved);
+  settings_.SetInwardFolder(folders_, moved, true);
+  intercom_.EndSettings();
+  EXPECT_TRUE(Published().is_on());
+  EXPECT_EQ(watcher_.watching, moved);
+  EXPECT_TRUE(poller_.polling);
+  EXPECT_TRUE(folder_.messages.empty());  // thrown away unheard
+
+  intercom_.TurnOff();  // off before: off after
+  intercom_.BeginSettings();
+  intercom_.EndSettings();
+  EXPECT_FALSE(Published().is_on());
+}
+
+TEST_F(IntercomTest, AHotKeyCallLastsWhileTheHotKeyKeepsFiring) {
+  ListUser("Ann", 101);
+  ListUser("Ben", 202);
+  Start();
+  intercom_.HotKey(33);  // "Call: Ben"
+  EXPECT_EQ(share_.opened.size(), 1u);
+  EXPECT_EQ(share_.opened[0].substr(0, 9), "/srv/Ben/");
+  EXPECT_EQ(view_.activations_taken, 1);
+  for (int repeat = 0; repeat < 20; ++repeat) {  // the keyboard repeats while held
+    clock_.Advance(33ms);
+    intercom_.HotKey(33);
+  }
+  EXPECT_TRUE(recorder_.is_recording());
+  EXPECT_EQ(view_.activations_taken, 1);  // the window that had it is remembered once
+  clock_.Advance(699ms);
+  EXPECT_TRUE(recorder_.is_recording());
+  clock_.Advance(1ms);
+  EXPECT_FALSE(recorder_.is_recording());
+  EXPECT_EQ(view_.activations_given, 1);
+  EXPECT_EQ(recorder_.starts, 1);
+
+  intercom_.HotKey(34);  // a user no longer in the list
+  intercom_.HotKey(0);
+  intercom_.HotKey(7);
+  intercom_.HotKey(31);
+  intercom_.HotKey(-1);
+  EXPECT_EQ(share_.opened.size(), 1u);
+  EXPECT_EQ(view_.activations_taken, 1);
+
+  intercom_.HotKey(6);
+  EXPECT_FALSE(Published().is_on());
+  intercom_.HotKey(5);
+  EXPECT_TRUE(Published().is_on());
+  intercom_.HotKey(2);
+  intercom_.HotKey(1);
+  EXPECT_EQ(view_.hidden, 1);
+  EXPECT_EQ(view_.shown, 1);
+}
+
+}  // namespace
+}  // namespace parlavox

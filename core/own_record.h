@@ -1,0 +1,40 @@
+#ifndef PARLAVOX_CORE_OWN_RECORD_H_
+#define PARLAVOX_CORE_OWN_RECORD_H_
+
+#include "settings/settings_file.h"
+#include "words/identity.h"
+#include "words/user_record.h"
+
+namespace parlavox {
+
+// The person's own record, which others read to see whether this intercom is on and
+// who its person is. It lives in the own inward folder (the one `settings` names at
+// the time of each call), where it is the only copy of the name, id and e-mail.
+class OwnRecord {
+ public:
+  explicit OwnRecord(const SettingsFile& settings) : settings_(settings) {}
+
+  // Reads the record from the inward folder over the one held; a short file changes
+  // only what it holds. When there is none, the record held stays, except on the
+  // first load ever, where a new one is made: off, a random id and the account's
+  // name. Nothing is written.
+  void Load();
+  // Writes the record as it stands; false when it could not be written.
+  bool Publish() const;
+
+  bool is_on() const { return record_.is_on(); }
+  void set_on(bool on) { record_.set_on(on); }
+  // Changes the name, id or e-mail; Publish makes it known.
+  void Change(const IdentityChange& change) { change.ApplyTo(&record_); }
+
+  const UserRecord& record() const { return record_; }
+
+ private:
+  const SettingsFile& settings_;
+  UserRecord record_;
+  bool loaded_ = false;
+};
+
+}  // namespace parlavox
+
+#endif  // PARLAVOX_CORE_OWN_RECORD_H_

@@ -1,0 +1,143 @@
+#include "platform/inbox_watcher.h"
+
+#include <atomic>
+#include <filesystem>
+#include <fstream>
+#include <mutex>
+#include <thread>
+
+#include <gtest/gtest.h>
+
+#include "util/counting_poster_test_util.h"
+#include "util/file_io.h"
+#include "util/scratch_folder_test_util.h"
+
+namespace parlavox {
+namespace {
+
+using namespace std::chrono_literals;
+
+bool PostedWithin(const CountingPoster& poster, int at_least, std::chrono::milliseconds limit) {
+  const auto deadline = std::chrono::steady_clock::now() + limit;
+  while (poster.posts < at_least && std::chrono::steady_clock::now() < deadline) {
+    std::this_thread::sleep_for(10ms);
+  }
+  return poster.posts >= at_least;
+}
+
+// How often the thread named `name` in this process has gone to sleep; -1 when there
+// is no such thread.
+long VoluntarySwitches(const std::string& name) {
+  for (const auto& task : std::filesystem::directory_iterator("/proc/self/task")) {
+    std::ifstream status(task.path() / "status");
+    std::string line;
+    std::getline(status, line);
+    if (line != "Name:\t" + name) continue;
+    while (std::getline(status, line)) {
+      if (line.starts_with("voluntary_ctxt_switches:")) return std::stol(line.substr(24));
+    }
+  }
+  return -1;
+}
+
+TEST(InboxWatcherTest, EveryKindOfNameChangeIsReportedAndStopIsPrompt) {
+  ScratchFolder folder;
+  CountingPoster poster;
+  InboxWatcher watcher(poster);
+  watcher.StartWatching(
+      folder.path(), [] {}, [](bool) {});
+  std::this_thread::sleep_for(100ms);
+  EXPECT_EQ(poster.posts, 0);
+
+  // Idle, the watcher sleeps without waking now and then.
+  const long switches = VoluntarySwitches("parlavox-watch");
+  std::this_thread::sleep_for(500ms);
+  EXPECT_EQ(VoluntarySwitches("parlavox-watch"), switches);
+
+  WriteFileText(folder / "42.wav", "x");  // a message arrives
+  ASSERT_TRUE(PostedWithin(poster, 1, 2s));
+  int seen = poster.posts;
+  std::filesystem::rename(folder / "42.wav", folder / "43.wav");
+  ASSERT_TRUE(PostedWithin(poster, seen + 1, 2s));
+  seen = poster.posts;
+  std::filesystem::remove(folder / "43.wav");  // played and deleted
+  ASSERT_TRUE(PostedWithin(poster, seen + 1, 2s));
+
+  seen = poster.posts;
+  std::filesystem::create_directory(folder / "sub");
+  ASSERT_TRUE(PostedWithin(poster, seen + 1, 2s));  // the subfolder itself is a new name
+  seen = poster.posts;
+  WriteFileText(folder / "sub/7.wav", "x");  // subfolders are not watched
+  std::this_thread::sleep_for(300ms);
+  EXPECT_EQ(poster.posts, seen);
+
+  const auto began = std::chrono::steady_clock::now();
+  watcher.StopWatching();
+  EXPECT_LT(std::chrono::steady_clock::now() - began, 1s);  // woken, not forced after 5 s
+  EXPECT_FALSE(IsOnNetworkFileSystem(folder.path()));
+}
+
+TEST(InboxWatcherTest, AFolderThatGoesAndComesBackIsWatchedAgain) {
+  ScratchFolder scratch;
+  const std::string folder = scratch / "Incoming";
+  CountingPoster poster;
+  std::atomic<int> changes{0}, losses{0}, returns{0};
+  const auto within = [](const std::atomic<int>& count, int at_least) {
+    const auto deadline = std::chrono::steady_clock::now() + 3s;
+    while (count < at_least && std::chrono::steady_clock::now() < deadline) {
+      std::this_thread::sleep_for(10ms);
+    }
+    return count >= at_least;
+  };
+  InboxWatcher watcher(poster);
+  watcher.StartWatching(
+      folder, [&] { ++changes; }, [&](bool usable) { ++(usable ? returns : losses); });
+  ASSERT_TRUE(within(losses, 1));  // not there at the start
+
+  std::filesystem::create_directory(folder);
+  ASSERT_TRUE(within(returns, 1));  // found within a second
+  ASSERT_TRUE(within(changes, 1));  // and what arrived meanwhile is looked at
+  WriteFileText(folder + "/42.wav", "x");
+  ASSERT_TRUE(within(changes, 2));
+
+  // Removed and made again, as a share mounted anew: the new folder is watched.
+  std::filesystem::remove_all(folder);
+  ASSERT_TRUE(within(losses, 2));
+  std::filesystem::create_directory(folder);
+  ASSERT_TRUE(within(returns, 2));
+  std::this_thread::sleep_for(100ms);
+  const int seen = changes;
+  WriteFileText(folder + "/43.wav", "x");
+  EXPECT_TRUE(within(changes, seen + 1));
+
+  // A plain file where the folder should be can't be watched either.
+  std::filesystem::remove_all(folder);
+  WriteFileText(folder, "not a folder");
+  EXPECT_TRUE(within(losses, 3));
+  EXPECT_EQ(returns, 2);
+}
+
+TEST(InboxWatcherTest, TheListingIsComparedEverySecondWhereNotificationsDontReach) {
+  // A share whose changes from other machines inotify never hears of: only the
+  // listing shows them.
+  ScratchFolder folder;
+  std::mutex mutex;
+  std::set<std::string> on_the_share;
+  CountingPoster poster;
+  InboxWatcher watcher(poster, InboxWatcher::ListingPoll::kAlways, [&](const std::string&) {
+    std::lock_guard lock(mutex);
+    return on_the_share;
+  });
+  watcher.StartWatching(
+      folder.path(), [] {}, [](bool) {});
+  std::this_thread::sleep_for(1500ms);
+  EXPECT_EQ(poster.posts, 0);  // an unchanged listing wakes nobody
+  {
+    std::lock_guard lock(mutex);
+    on_the_share.insert("42.wav");
+  }
+  EXPECT_TRUE(PostedWithin(poster, 1, 3s));
+}
+
+}  // namespace
+}  // namespace parlavox

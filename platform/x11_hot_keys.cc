@@ -1,0 +1,167 @@
+#include "platform/x11_hot_keys.h"
+
+#include <X11/Xatom.h>
+#include <X11/Xlib.h>
+#include <X11/Xutil.h>
+
+#include <algorithm>
+#include <atomic>
+
+#include "platform/x11_key_symbols.h"
+#include "words/virtual_keys.h"
+
+namespace parlavox {
+namespace {
+
+// Set by the error handler while grabs are made: another client holds a key.
+std::atomic<bool> grab_refused{false};
+
+int NoteRefusedGrab(Display*, XErrorEvent* error) {
+  if (error->error_code == BadAccess) grab_refused = true;
+  return 0;
+}
+
+// The modifier bit that `key_symbol` sets; 0 when it sets none.
+unsigned int ModifierBitOf(Display* display, unsigned long key_symbol) {
+  const KeyCode key_code = XKeysymToKeycode(display, key_symbol);
+  if (key_code == 0) return 0;
+  XModifierKeymap* map = XGetModifierMapping(display);
+  unsigned int bit = 0;
+  for (int modifier = 0; modifier < 8 && bit == 0; ++modifier) {
+    for (int i = 0; i < map->max_keypermod; ++i) {
+      if (map->modifiermap[modifier * map->max_keypermod + i] == key_code) {
+        bit = 1u << modifier;
+        break;
+      }
+    }
+  }
+  XFreeModifiermap(map);
+  return bit;
+}
+
+unsigned int XModifiers(uint32_t modifiers) {
+  return (modifiers & modifier::kAlt ? Mod1Mask : 0) |
+         (modifiers & modifier::kControl ? ControlMask : 0) |
+         (modifiers & modifier::kShift ? ShiftMask : 0);
+}
+
+}  // namespace
+
+std::unique_ptr<X11HotKeys> X11HotKeys::Connect() {
+  Display* display = XOpenDisplay(nullptr);
+  if (display == nullptr) return nullptr;
+  return std::unique_ptr<X11HotKeys>(new X11HotKeys(display));
+}
+
+X11HotKeys::X11HotKeys(Display* display) : display_(display) {
+  const unsigned int locks[] = {LockMask, ModifierBitOf(display, XK_Num_Lock),
+                                ModifierBitOf(display, XK_Scroll_Lock)};
+  for (unsigned int mix = 0; mix < 8; ++mix) {
+    unsigned int combination = 0;
+    for (int lock = 0; lock < 3; ++lock) {
+      if (mix & (1u << lock)) combination |= locks[lock];
+    }
+    if (std::find(lock_combinations_.begin(), lock_combinations_.end(), combination) ==
+        lock_combinations_.end()) {
+      lock_combinations_.push_back(combination);
+    }
+  }
+  notifier_ = std::make_unique<QSocketNotifier>(ConnectionNumber(display_), QSocketNotifier::Read);
+  QObject::connect(notifier_.get(), &QSocketNotifier::activated, [this] { ReadEvents(); });
+}
+
+X11HotKeys::~X11HotKeys() {
+  notifier_.reset();
+  for (const auto& [id, binding] : bindings_) Grab(binding, false);
+  XCloseDisplay(display_);
+}
+
+bool X11HotKeys::Grab(const Binding& binding, bool grab) {
+  const Window root = DefaultRootWindow(display_);
+  XErrorHandler previous = XSetErrorHandler(&NoteRefusedGrab);
+  grab_refused = false;
+  for (const unsigned int locks : lock_combinations_) {
+    if (grab) {
+      XGrabKey(display_, static_cast<int>(binding.key_code), binding.modifiers | locks, root, False,
+               GrabModeAsync, GrabModeAsync);
+    } else {
+      XUngrabKey(display_, static_cast<int>(binding.key_code), binding.modifiers | locks, root);
+    }
+  }
+  XSync(display_, False);
+  XSetErrorHandler(previous);
+  ReadEvents();  // the round trip may have brought events along
+  return !grab_refused;
+}
+
+bool X11HotKeys::Register(int id, uint32_t modifiers, uint32_t virtual_key,
+                          const std::string& /*description*/) {
+  Unregister(id);
+  const std::optional<unsigned long> symbol = KeySymbolOf(virtual_key);
+  if (!symbol) return false;
+  const KeyCode key_code = XKeysymToKeycode(display_, *symbol);
+  if (key_code == 0) return false;
+  const Binding binding{key_code, XModifiers(modifiers), virtual_key};
+  if (!Grab(binding, true)) {
+    Grab(binding, false);  // let go of the combinations that were granted
+    return false;
+  }
+  bindings_[id] = binding;
+  return true;
+}
+
+void X11HotKeys::Unregister(int id) {
+  const auto found = bindings_.find(id);
+  if (found == bindings_.end()) return;
+  Grab(found->second, false);
+  bindings_.erase(found);
+}
+
+void X11HotKeys::ReadEvents() {
+  constexpr unsigned int kAssignable = Mod1Mask | ControlMask | ShiftMask;
+  while (XPending(display_) > 0) {
+    XEvent event;
+    XNextEvent(display_, &event);
+    if (event.type != KeyPress) continue;
+    for (const auto& [id, binding] : bindings_) {
+      if (binding.key_code == event.xkey.keycode &&
+          binding.modifiers == (event.xkey.state & kAssignable)) {
+        if (fired_) fired_(id, binding.virtual_key);
+        break;
+      }
+    }
+  }
+}
+
+std::optional<DesktopActivation::Window> X11HotKeys::ActiveWindow() {
+  const Atom active = XInternAtom(display_, "_NET_ACTIVE_WINDOW", False);
+  Atom type = 0;
+  int format = 0;
+  unsigned long items = 0, left = 0;
+  unsigned char* data = nullptr;
+  std::optional<Window> window;
+  if (XGetWindowProperty(display_, DefaultRootWindow(display_), active, 0, 1, False, XA_WINDOW,
+                         &type, &format, &items, &left, &data) == Success &&
+      type == XA_WINDOW && items == 1 && data != nullptr) {
+    const ::Window id = *reinterpret_cast<::Window*>(data);
+    if (id != 0) window = id;
+  }
+  if (data != nullptr) XFree(data);
+  return window;
+}
+
+void X11HotKeys::Activate(Window window) {
+  // Asks the window manager, as a pager does, which is what it lets through.
+  XEvent event{};
+  event.xclient.type = ClientMessage;
+  event.xclient.window = static_cast<::Window>(window);
+  event.xclient.message_type = XInternAtom(display_, "_NET_ACTIVE_WINDOW", False);
+  event.xclient.format = 32;
+  event.xclient.data.l[0] = 2;  // from a pager
+  event.xclient.data.l[1] = CurrentTime;
+  XSendEvent(display_, DefaultRootWindow(display_), False,
+             SubstructureRedirectMask | SubstructureNotifyMask, &event);
+  XFlush(display_);
+}
+
+}  // namespace parlavox

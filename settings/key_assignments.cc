@@ -1,0 +1,81 @@
+#include "settings/key_assignments.h"
+
+#include "words/key_names.h"
+#include "words/virtual_keys.h"
+
+namespace parlavox {
+namespace {
+
+constexpr std::string_view kKey = "key";
+constexpr std::string_view kModifiers = "mod";
+constexpr std::string_view kCommand = "command";
+constexpr int32_t kFirstUserCall = 32;
+
+}  // namespace
+
+const char* FixedCommandText(int32_t command) {
+  static const char* const kTexts[] = {"",
+                                       "Open Parlavox",
+                                       "Close Parlavox",
+                                       "Call selected user",
+                                       "Reply to previous caller",
+                                       "Turn Parlavox On",
+                                       "Turn Parlavox Off"};
+  return command >= 1 && command <= 6 ? kTexts[command] : "";
+}
+
+int KeyAssignments::Count() const { return settings_.ReadCount(kKeysSection, kKey); }
+
+void KeyAssignments::SetCount(int count) const { settings_.WriteCount(kKeysSection, kKey, count); }
+
+uint32_t KeyAssignments::Key(int index) const {
+  return static_cast<uint32_t>(settings_.ReadInt(kKeysSection, ListKey(kKey, index), vk::kReturn));
+}
+
+uint32_t KeyAssignments::Modifiers(int index) const {
+  return static_cast<uint32_t>(settings_.ReadInt(kKeysSection, ListKey(kModifiers, index), 0));
+}
+
+int32_t KeyAssignments::Command(int index) const {
+  return settings_.ReadInt(kKeysSection, ListKey(kCommand, index), 0);
+}
+
+void KeyAssignments::SetKey(int index, uint32_t virtual_key, uint32_t modifiers) const {
+  settings_.WriteInt(kKeysSection, ListKey(kKey, index), static_cast<int32_t>(virtual_key));
+  settings_.WriteInt(kKeysSection, ListKey(kModifiers, index), static_cast<int32_t>(modifiers));
+}
+
+void KeyAssignments::SetCommand(int index, int32_t command) const {
+  settings_.WriteInt(kKeysSection, ListKey(kCommand, index), command);
+}
+
+void KeyAssignments::Remove(int index) const {
+  const int count = Count();
+  if (index < 0 || count < 1) return;
+  for (int i = index; i <= count - 2; ++i) {
+    settings_.MoveEntry(kKeysSection, kKey, kModifiers, i + 1, i);  // "key%dmod", as it always was
+    settings_.MoveEntry(kKeysSection, kKey, "", i + 1, i);
+    settings_.MoveEntry(kKeysSection, kCommand, "", i + 1, i);
+  }
+  SetCount(count - 1);
+}
+
+std::string KeyAssignments::KeyText(int index) const {
+  return parlavox::KeyText(Modifiers(index), Key(index));
+}
+
+std::string KeyAssignments::CommandText(int32_t command) const {
+  if (command >= kFirstUserCall) return "Call: " + users_.DisplayName(command - kFirstUserCall);
+  return FixedCommandText(command);
+}
+
+std::string KeyAssignments::Line(int index, const std::string& desktop_binding) const {
+  const std::string key = KeyText(index);
+  std::string line = key + "  " + CommandText(Command(index));
+  if (!desktop_binding.empty() && desktop_binding != key) {
+    line += "  (desktop: " + desktop_binding + ")";
+  }
+  return line;
+}
+
+}  // namespace parlavox

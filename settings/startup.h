@@ -1,0 +1,28 @@
+#ifndef PARLAVOX_SETTINGS_STARTUP_H_
+#define PARLAVOX_SETTINGS_STARTUP_H_
+
+#include <string>
+
+#include "settings/folder_store.h"
+#include "settings/settings_file.h"
+
+namespace parlavox {
+
+// Where a user's copy keeps its data: $XDG_DATA_HOME/parlavox, by default
+// ~/.local/share/parlavox. It holds no programs, only settings and, unless another
+// folder is set, the inward folder.
+std::string ProgramFolder();
+
+// Makes the folder that holds the running program the current directory, so that a
+// folder given without a leading "/" always means the same place, wherever the
+// program was started from.
+void MakeProgramFolderCurrent();
+
+// Creates the program folder and locates settings.ini and the inward folder. On a
+// first start, when no inward folder is recorded and the default one is missing,
+// creates the default one too.
+SettingsFile LocateSettings(const FolderStore& folders);
+
+}  // namespace parlavox
+
+#endif  // PARLAVOX_SETTINGS_STARTUP_H_

@@ -1,0 +1,72 @@
+#include "settings/users_cache.h"
+
+#include "util/paths.h"
+
+namespace parlavox {
+namespace {
+
+constexpr std::string_view kFolder = "folder";
+constexpr std::string_view kName = "name";
+constexpr std::string_view kOn = "on";
+constexpr std::string_view kId = "id";
+
+}  // namespace
+
+int UsersCache::Count() const { return settings_.ReadCount(kUsersSection, kFolder); }
+
+std::string UsersCache::Folder(int index) const {
+  return settings_.ReadText(kUsersSection, ListKey(kFolder, index), "", kMaxPath);
+}
+
+std::optional<std::string> UsersCache::Name(int index) const {
+  return settings_.FindText(kUsersSection, ListKey(kName, index));
+}
+
+std::string UsersCache::DisplayName(int index) const {
+  return settings_.ReadText(kUsersSection, ListKey(kName, index), kPendingName);
+}
+
+bool UsersCache::IsOn(int index) const {
+  return settings_.ReadBool(kUsersSection, ListKey(kOn, index), false);
+}
+
+int32_t UsersCache::Id(int index, int32_t fallback) const {
+  return settings_.ReadInt(kUsersSection, ListKey(kId, index), fallback);
+}
+
+std::optional<int> UsersCache::FindById(int32_t id) const {
+  const int count = Count();
+  for (int i = 0; i < count; ++i) {
+    if (Id(i, 1) == id) return i;
+  }
+  return std::nullopt;
+}
+
+void UsersCache::SetName(int index, std::string_view name) const {
+  settings_.WriteText(kUsersSection, ListKey(kName, index), name);
+}
+
+void UsersCache::SetOn(int index, bool on) const {
+  settings_.WriteBool(kUsersSection, ListKey(kOn, index), on);
+}
+
+void UsersCache::SetId(int index, int32_t id) const {
+  settings_.WriteInt(kUsersSection, ListKey(kId, index), id);
+}
+
+void UsersCache::AddFolder(std::string_view folder) const {
+  const int index = Count();
+  settings_.WriteText(kUsersSection, ListKey(kFolder, index), folder);
+  settings_.WriteCount(kUsersSection, kFolder, index + 1);
+}
+
+void UsersCache::ChangeFolder(int index, std::string_view folder) const {
+  settings_.WriteText(kUsersSection, ListKey(kFolder, index), folder);
+}
+
+void UsersCache::RemoveFolder(int index) const {
+  if (index < 0 || Count() < 1) return;
+  settings_.RemoveListEntry(kUsersSection, kFolder, {kFolder}, index);
+}
+
+}  // namespace parlavox

@@ -1,0 +1,49 @@
+#include "share/background_share_access.h"
+
+#include "audio/queued_wave_file_writer.h"
+#include "share/message_file.h"
+#include "share/watched_message_writer.h"
+#include "util/paths.h"
+
+namespace parlavox {
+
+void BackgroundShareAccess::ReadRecord(const std::string& folder,
+                                       std::function<void(std::optional<UserRecord>)> done) {
+  worker_.Post([this, folder, done = std::move(done)]() mutable {
+    std::optional<UserRecord> record(std::in_place);
+    if (!ReadUserRecord(&*record, JoinPath(folder, kUserRecordFileName))) record.reset();
+    owner_.Post([done = std::move(done), record] { done(record); });
+  });
+}
+
+void BackgroundShareAccess::OpenMessage(const std::string& folder, const std::string& name,
+                                        std::function<void(MessageOpening)> done,
+                                        MessageReports reports) {
+  worker_.Post([this, path = JoinPath(folder, name), done = std::move(done),
+                reports = std::move(reports)]() mutable {
+    MessageOpening opening;
+    {
+      const FileLock lock = LockMessage(path, FileLock::Kind::kExclusive);
+      opening.still_playing = lock.refused();
+      std::shared_ptr<WaveFileWriter> file;
+      if (!opening.still_playing) file = CreateWaveFileWriter(path, 11025, 1, 16, 0);
+      opening.unwritable = file && !file->is_valid();
+      if (file && file->is_valid()) {
+        auto watched = std::make_shared<WatchedMessageWriter>(
+            std::move(file), path, [this, taken_away = std::move(reports.taken_away)] {
+              if (taken_away) owner_.Post(taken_away);
+            });
+        opening.writer = std::make_shared<QueuedWaveFileWriter>(
+            std::move(watched), worker_,
+            [this, finished = std::move(reports.finished)](bool whole) {
+              if (finished) owner_.Post([finished, whole] { finished(whole); });
+            });
+      }
+    }
+    owner_.Post([done = std::move(done), opening = std::move(opening)]() mutable {
+      done(std::move(opening));
+    });
+  });
+}
+
+}  // namespace parlavox

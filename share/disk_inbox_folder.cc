@@ -1,0 +1,79 @@
+#include "share/disk_inbox_folder.h"
+
+#include <strings.h>
+
+#include <filesystem>
+
+#include "util/paths.h"
+
+namespace parlavox {
+namespace {
+
+bool IsMessage(const std::filesystem::directory_entry& entry) {
+  const std::string name = entry.path().filename().string();
+  std::error_code error;
+  return name.size() >= 4 && strcasecmp(name.c_str() + name.size() - 4, ".wav") == 0 &&
+         entry.is_regular_file(error);
+}
+
+// Calls `use` with each message of `folder`, in the folder's own order.
+template <typename Use>
+void ForEachMessage(const std::string& folder, Use use) {
+  std::error_code error;
+  for (const auto& entry : std::filesystem::directory_iterator(folder, error)) {
+    if (IsMessage(entry)) use(entry);
+  }
+}
+
+}  // namespace
+
+std::string DiskInboxFolder::PathOf(const std::string& name) const {
+  return JoinPath(settings_.inward_folder(), name);
+}
+
+void DiskInboxFolder::Delete(const std::string& name) {
+  const std::string path = PathOf(name);
+  std::error_code error;
+  if (std::filesystem::remove(path, error) || !error) return;
+  if (const std::optional<MessageLook> look = LookAtMessage(path)) undeletable_[name] = *look;
+}
+
+void DiskInboxFolder::Clear() {
+  for (const std::string& name : Messages()) Delete(name);
+}
+
+std::vector<std::string> DiskInboxFolder::Messages() {
+  std::vector<std::string> names;
+  std::map<std::string, MessageLook> still_undeletable;
+  ForEachMessage(settings_.inward_folder(), [&](const std::filesystem::directory_entry& entry) {
+    std::string name = entry.path().filename().string();
+    if (const auto played = undeletable_.find(name); played != undeletable_.end()) {
+      if (LookAtMessage(entry.path()) == played->second) {
+        still_undeletable.insert(*played);
+        return;
+      }
+    }
+    names.push_back(std::move(name));
+  });
+  undeletable_ = std::move(still_undeletable);
+  return names;
+}
+
+std::shared_ptr<WaveFileReader> DiskInboxFolder::Open(const std::string& name) {
+  const std::string path = PathOf(name);
+  hold_.reset();
+  hold_.emplace(LockMessage(path, FileLock::Kind::kShared));
+  return OpenWaveFileReader(path);
+}
+
+bool DiskInboxFolder::IsStillComing(const std::string& name) {
+  return arrivals_.IsStillComing(name, LookAtMessage(PathOf(name)), clock_.Now());
+}
+
+void DiskInboxFolder::Remove(const std::string& name) {
+  Delete(name);
+  hold_.reset();
+  arrivals_.Forget(name);
+}
+
+}  // namespace parlavox

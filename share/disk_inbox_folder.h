@@ -1,0 +1,46 @@
+#ifndef PARLAVOX_SHARE_DISK_INBOX_FOLDER_H_
+#define PARLAVOX_SHARE_DISK_INBOX_FOLDER_H_
+
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "core/inbox_folder.h"
+#include "settings/settings_file.h"
+#include "share/message_file.h"
+#include "util/clock.h"
+
+namespace parlavox {
+
+// The InboxFolder on the file system: the inward folder that `settings` names at the
+// time of each call. Still-coming messages are told apart by MessageArrivals on
+// `clock`; a held message is locked shared (LockMessage).
+class DiskInboxFolder : public InboxFolder {
+ public:
+  DiskInboxFolder(const SettingsFile& settings, const Clock& clock)
+      : settings_(settings), clock_(clock) {}
+
+  void Clear() override;
+  std::vector<std::string> Messages() override;
+  std::shared_ptr<WaveFileReader> Open(const std::string& name) override;
+  bool IsStillComing(const std::string& name) override;
+  void Remove(const std::string& name) override;
+  void Release() override { hold_.reset(); }
+
+ private:
+  std::string PathOf(const std::string& name) const;
+  // Deletes a message; when that fails, remembers it as played as it stands now.
+  void Delete(const std::string& name);
+
+  const SettingsFile& settings_;
+  const Clock& clock_;
+  MessageArrivals arrivals_;
+  std::map<std::string, MessageLook> undeletable_;  // played, as they were then
+  std::optional<FileLock> hold_;
+};
+
+}  // namespace parlavox
+
+#endif  // PARLAVOX_SHARE_DISK_INBOX_FOLDER_H_

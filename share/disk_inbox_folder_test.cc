@@ -1,0 +1,111 @@
+#include "share/disk_inbox_folder.h"
+
+#include <cstdlib>
+#include <filesystem>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "util/fake_clock_test_util.h"
+#include "util/scratch_folder_test_util.h"
+
+namespace parlavox {
+namespace {
+
+using namespace std::chrono_literals;
+
+class DiskInboxFolderTest : public testing::Test {
+ protected:
+  DiskInboxFolderTest() {
+    settings_.LocateFolders(folders_, scratch_.path());
+    std::filesystem::create_directories(settings_.inward_folder());
+  }
+  std::string Path(const std::string& name) const { return settings_.inward_folder() + "/" + name; }
+
+  ScratchFolder scratch_;
+  FolderStore folders_{scratch_ / "user.ini", scratch_ / "machine.ini"};
+  SettingsFile settings_;
+  FakeClock clock_;
+  DiskInboxFolder folder_{settings_, clock_};
+};
+
+TEST_F(DiskInboxFolderTest, OnlyRegularFilesNamedWavAreMessages) {
+  std::filesystem::create_directory(Path("5.wav"));  // a folder, whatever its name
+  WriteFileText(Path("notes.txt"), "");
+  WriteFileText(Path("ParlavoxUserData"), "");
+  EXPECT_TRUE(folder_.Messages().empty());
+  WriteFileText(Path(".wav"), "");
+  EXPECT_EQ(folder_.Messages(), std::vector<std::string>{".wav"});
+  WriteFileText(Path("7.WAV"), "");
+
+  folder_.Clear();
+  EXPECT_TRUE(std::filesystem::is_directory(Path("5.wav")));
+  EXPECT_TRUE(std::filesystem::exists(Path("notes.txt")));
+  EXPECT_TRUE(std::filesystem::exists(Path("ParlavoxUserData")));
+  EXPECT_FALSE(std::filesystem::exists(Path(".wav")));
+  EXPECT_FALSE(std::filesystem::exists(Path("7.WAV")));
+}
+
+TEST_F(DiskInboxFolderTest, AMessageBeingPlayedIsHeldUntilItIsRemoved) {
+  CreateWaveFileWriter(Path("12.wav"), 11025, 1, 16, 0)->Finish();
+  ASSERT_NE(folder_.Open("12.wav"), nullptr);
+  EXPECT_TRUE(LockMessage(Path("12.wav"), FileLock::Kind::kExclusive).refused());
+  folder_.Release();
+  EXPECT_TRUE(LockMessage(Path("12.wav"), FileLock::Kind::kExclusive).held());
+
+  ASSERT_NE(folder_.Open("12.wav"), nullptr);
+  folder_.Remove("12.wav");
+  EXPECT_FALSE(std::filesystem::exists(Path("12.wav")));
+  EXPECT_EQ(folder_.Open("13.wav"), nullptr);
+}
+
+TEST_F(DiskInboxFolderTest, AMessageIsComingWhileItChangesOnThisCopysClock) {
+  WriteFileText(Path("12.wav"), "");  // created; the header is on its way
+  EXPECT_TRUE(folder_.IsStillComing("12.wav"));
+  clock_.Advance(1999ms);
+  EXPECT_TRUE(folder_.IsStillComing("12.wav"));
+  clock_.Advance(1ms);
+  EXPECT_FALSE(folder_.IsStillComing("12.wav"));
+  EXPECT_FALSE(folder_.IsStillComing("gone.wav"));
+}
+
+// An append-only folder (chattr +a) lets callers add and write messages but lets nobody
+// delete them, not even root: as a share that refuses deletion does.
+class AppendOnlyFolder {
+ public:
+  explicit AppendOnlyFolder(std::string path) : path_(std::move(path)) {
+    made_ = std::system(("chattr +a '" + path_ + "' 2>/dev/null").c_str()) == 0;
+  }
+  ~AppendOnlyFolder() {
+    if (made_ && std::system(("chattr -a '" + path_ + "'").c_str()) != 0) {
+      ADD_FAILURE() << "the folder stays append-only: " << path_;
+    }
+  }
+  bool made() const { return made_; }
+
+ private:
+  std::string path_;
+  bool made_;
+};
+
+TEST_F(DiskInboxFolderTest, AMessageThatCantBeDeletedIsHeardOncePerArrival) {
+  const AppendOnlyFolder append_only(settings_.inward_folder());
+  if (!append_only.made()) GTEST_SKIP() << "this file system has no append-only folders";
+  CreateWaveFileWriter(Path("12.wav"), 11025, 1, 16, 0)->Finish();
+  WriteFileText(Path("13.wav"), "junk");
+  folder_.Clear();  // what waited before the start is not heard either
+  EXPECT_TRUE(folder_.Messages().empty());
+
+  auto writer = CreateWaveFileWriter(Path("12.wav"), 11025, 1, 16, 0);  // a new call
+  const std::vector<int32_t> sound(100, 1000);
+  writer->Write(sound.data(), 100);
+  ASSERT_TRUE(writer->Finish());
+  EXPECT_EQ(folder_.Messages(), std::vector<std::string>{"12.wav"});
+  ASSERT_NE(folder_.Open("12.wav"), nullptr);
+  folder_.Remove("12.wav");
+  EXPECT_TRUE(std::filesystem::exists(Path("12.wav")));
+  EXPECT_TRUE(folder_.Messages().empty());
+}
+
+}  // namespace
+}  // namespace parlavox

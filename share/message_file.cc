@@ -1,0 +1,51 @@
+#include "share/message_file.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "audio/wave_chunks.h"
+
+namespace parlavox {
+
+std::optional<MessageLook> LookAtMessage(const std::string& path) {
+  const int fd = open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+  if (fd < 0) return std::nullopt;
+  struct stat status {};
+  std::optional<MessageLook> look;
+  if (fstat(fd, &status) == 0 && S_ISREG(status.st_mode)) {
+    const std::optional<WaveLayout> layout = WalkWaveChunks(fd);
+    look = MessageLook{status.st_size,
+                       int64_t{status.st_mtim.tv_sec} * 1'000'000'000 + status.st_mtim.tv_nsec,
+                       layout.has_value(),
+                       layout && layout->data_start + int64_t{layout->data_size} <= status.st_size};
+  }
+  close(fd);
+  return look;
+}
+
+bool MessageArrivals::IsStillComing(const std::string& name, const std::optional<MessageLook>& look,
+                                    Clock::TimePoint now) {
+  if (!look) {
+    Forget(name);
+    return false;
+  }
+  const auto [seen, first] = seen_.try_emplace(name, Seen{*look, now, now});
+  if (!first && seen->second.look != *look) {
+    seen->second.look = *look;
+    seen->second.changed = now;
+  }
+  if (look->complete) return false;
+  const auto quiet = now - seen->second.changed;
+  if (look->has_header) return quiet < kStalledCallerTime;
+  return quiet < kMessageSettleTime && now - seen->second.first_seen < kHeaderWaitLimit;
+}
+
+FileLock LockMessage(const std::string& path, FileLock::Kind kind) {
+  return FileLock(
+      path,
+      kind == FileLock::Kind::kShared ? O_RDONLY | O_NONBLOCK : O_WRONLY | O_CREAT | O_NONBLOCK,
+      kind, FileLock::Wait::kNo);
+}
+
+}  // namespace parlavox

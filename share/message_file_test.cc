@@ -1,0 +1,114 @@
+#include "share/message_file.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+
+#include <chrono>
+#include <filesystem>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "audio/wave_file.h"
+#include "util/scratch_folder_test_util.h"
+
+namespace parlavox {
+namespace {
+
+using namespace std::chrono_literals;
+
+// Sets a file's time stamp `behind` before this machine's clock, as a file server
+// whose clock runs late would.
+void StampBehind(const std::string& path, std::chrono::seconds behind) {
+  timespec now{};
+  clock_gettime(CLOCK_REALTIME, &now);
+  const timespec stamp[2] = {{now.tv_sec - behind.count(), now.tv_nsec},
+                             {now.tv_sec - behind.count(), now.tv_nsec}};
+  ASSERT_EQ(utimensat(AT_FDCWD, path.c_str(), stamp, 0), 0);
+}
+
+class MessageFileTest : public testing::Test {
+ protected:
+  bool Coming(const std::string& name) {
+    return arrivals_.IsStillComing(name, LookAtMessage(scratch_ / name), now_);
+  }
+
+  ScratchFolder scratch_;
+  MessageArrivals arrivals_;
+  Clock::TimePoint now_{std::chrono::hours(1)};
+  const std::vector<int32_t> sound_ = std::vector<int32_t>(11025, 1000);
+};
+
+TEST_F(MessageFileTest, AMessageIsComingUntilItsCallerFinishesIt) {
+  WriteFileText(scratch_ / "12.wav", "");
+  EXPECT_TRUE(Coming("12.wav"));  // created, header not yet written
+  auto writer = CreateWaveFileWriter(scratch_ / "12.wav", 11025, 1, 16, 0);
+  now_ += 1500ms;
+  EXPECT_TRUE(Coming("12.wav"));  // header only
+  writer->Write(sound_.data(), int64_t(sound_.size()));
+  now_ += 1500ms;
+  EXPECT_TRUE(Coming("12.wav"));  // the header still claims 32 s more
+  ASSERT_TRUE(writer->Finish());
+  EXPECT_FALSE(Coming("12.wav"));  // the exact header
+  EXPECT_FALSE(Coming("gone.wav"));
+}
+
+TEST_F(MessageFileTest, OnlyChangesSeenHereCountNotTheWritersClock) {
+  // A file server whose clock is 5 s late stamps every write 5 s in the past.
+  auto writer = CreateWaveFileWriter(scratch_ / "12.wav", 11025, 1, 16, 0);
+  for (int second = 0; second < 4; ++second) {
+    writer->Write(sound_.data(), int64_t(sound_.size()));
+    StampBehind(scratch_ / "12.wav", 5s);
+    EXPECT_TRUE(Coming("12.wav")) << second;
+    now_ += 1000ms;
+  }
+  // The caller stalls, as one on a slow share does: seconds without a change are not
+  // the end of its call. Only a caller silent for much longer counts as gone, and its
+  // message as complete, though its header still claims more.
+  now_ += 10s;
+  EXPECT_TRUE(Coming("12.wav"));
+  writer->Write(sound_.data(), int64_t(sound_.size()));  // it goes on
+  EXPECT_TRUE(Coming("12.wav"));
+  now_ += kStalledCallerTime - 1ms;
+  EXPECT_TRUE(Coming("12.wav"));
+  now_ += 1ms;
+  EXPECT_FALSE(Coming("12.wav"));
+
+  // A file that isn't a wave file at all settles after a short while, counted from
+  // when it was first seen, however old its time stamp...
+  WriteFileText(scratch_ / "13.wav", "not a wave file");
+  StampBehind(scratch_ / "13.wav", 3600s);
+  EXPECT_TRUE(Coming("13.wav"));
+  now_ += kMessageSettleTime;
+  EXPECT_FALSE(Coming("13.wav"));
+  // ...and one that keeps changing without ever becoming a wave file is not waited
+  // for beyond the limit.
+  for (int look = 0; look < 20; ++look) {
+    WriteFileText(scratch_ / "14.wav", std::string(look + 1, 'x'));
+    const bool coming = Coming("14.wav");
+    EXPECT_EQ(coming, look < 10) << look;
+    now_ += 1s;
+  }
+}
+
+TEST_F(MessageFileTest, AHeldMessageCanNotBeTakenForANewCall) {
+  const std::string path = scratch_ / "12.wav";
+  CreateWaveFileWriter(path, 11025, 1, 16, 0)->Finish();
+  {
+    const FileLock playing = LockMessage(path, FileLock::Kind::kShared);
+    ASSERT_TRUE(playing.held());
+    const FileLock caller = LockMessage(path, FileLock::Kind::kExclusive);
+    EXPECT_FALSE(caller.held());
+    EXPECT_TRUE(caller.refused());
+  }
+  const FileLock caller = LockMessage(path, FileLock::Kind::kExclusive);
+  EXPECT_TRUE(caller.held());
+
+  // A folder that can't be written is no refusal: the call goes on and writes nothing.
+  const FileLock nowhere = LockMessage(scratch_ / "missing/12.wav", FileLock::Kind::kExclusive);
+  EXPECT_FALSE(nowhere.held());
+  EXPECT_FALSE(nowhere.refused());
+}
+
+}  // namespace
+}  // namespace parlavox

@@ -1,0 +1,45 @@
+#ifndef PARLAVOX_SHARE_PRESENCE_POLLER_H_
+#define PARLAVOX_SHARE_PRESENCE_POLLER_H_
+
+#include <chrono>
+#include <functional>
+
+#include "core/workers.h"
+#include "settings/users_cache.h"
+#include "util/task_poster.h"
+#include "util/worker_thread.h"
+
+namespace parlavox {
+
+// Reads the record of every listed user and copies what it says into the users
+// cache: the on/off state and the name when they differ, the id always. A user whose
+// record can't be read is set off and keeps the last known name and id. Returns
+// whether a name or an on/off state changed.
+bool RefreshPresence(const UsersCache& users);
+
+// A worker that refreshes presence every 5 s at the lowest priority and posts
+// `changed` to the owner.
+class PresencePoller : public WorkerThread, public PresencePolling {
+ public:
+  static constexpr std::chrono::milliseconds kPollInterval{5000};
+
+  PresencePoller(const UsersCache& users, TaskPoster& poster);
+  ~PresencePoller() override;
+
+  void StartPolling(std::function<void()> changed) override;
+  void AskToStop() override { RequestStop(); }
+  void StopPolling() override { Stop(); }
+
+ protected:
+  void Run() override;
+  void OnThreadStart() override;
+
+ private:
+  const UsersCache& users_;
+  TaskPoster& poster_;
+  std::function<void()> changed_;
+};
+
+}  // namespace parlavox
+
+#endif  // PARLAVOX_SHARE_PRESENCE_POLLER_H_

@@ -1,0 +1,111 @@
+#include "share/presence_poller.h"
+
+#include <atomic>
+#include <filesystem>
+#include <thread>
+
+#include <gtest/gtest.h>
+
+#include "settings/profile_file.h"
+#include "util/counting_poster_test_util.h"
+#include "util/paths.h"
+#include "util/scratch_folder_test_util.h"
+#include "words/user_record.h"
+
+namespace parlavox {
+namespace {
+
+using namespace std::chrono_literals;
+
+class PresenceTest : public testing::Test {
+ protected:
+  PresenceTest() { settings_.LocateFolders(folders_, scratch_.path()); }
+
+  // Lists a user whose inward folder is `folder`; a null record leaves it without one.
+  void ListUser(const std::string& folder, const UserRecord* record) {
+    const int i = settings_.TakeNextIndex(kUsersSection, "folder");
+    settings_.WriteText(kUsersSection, ListKey("folder", i), folder);
+    if (record) {
+      std::filesystem::create_directories(folder);
+      ASSERT_TRUE(WriteUserRecord(*record, JoinPath(folder, kUserRecordFileName)));
+    }
+  }
+
+  std::optional<std::string> Cached(const std::string& key) {
+    return FindProfileString(settings_.settings_path(), "users", key);
+  }
+
+  static UserRecord Record(const char* name, int32_t id, bool on) {
+    UserRecord record;
+    record.SetName(name);
+    record.id = id;
+    record.set_on(on);
+    return record;
+  }
+
+  ScratchFolder scratch_;
+  FolderStore folders_{scratch_ / "u.ini", scratch_ / "m.ini"};
+  SettingsFile settings_;
+  UsersCache users_{settings_};
+};
+
+TEST_F(PresenceTest, CopiesRecordsIntoTheCacheAndKeepsNamesOfUnreachableUsers) {
+  const UserRecord alice = Record("Alice", 11, true), bob = Record("Bob", 22, false);
+  ListUser(scratch_ / "alice", &alice);
+  ListUser(scratch_ / "bob", &bob);
+  ListUser(scratch_ / "gone", nullptr);
+
+  EXPECT_TRUE(RefreshPresence(users_));
+  EXPECT_EQ(Cached("on0"), "true");
+  EXPECT_EQ(Cached("name0"), "Alice");
+  EXPECT_EQ(Cached("id0"), "11");
+  EXPECT_EQ(Cached("on1"), std::nullopt);  // off and already read as off: not written
+  EXPECT_EQ(Cached("name1"), "Bob");
+  EXPECT_EQ(Cached("id1"), "22");
+  EXPECT_EQ(Cached("on2"), std::nullopt);
+  EXPECT_EQ(Cached("name2"), std::nullopt);
+  EXPECT_EQ(Cached("id2"), std::nullopt);
+
+  settings_.DeleteKey("users", "id1");
+  EXPECT_FALSE(RefreshPresence(users_));  // ids are written on every pass, silently
+  EXPECT_EQ(Cached("id1"), "22");
+
+  std::filesystem::remove_all(scratch_ / "alice");
+  EXPECT_TRUE(RefreshPresence(users_));
+  EXPECT_EQ(Cached("on0"), "false");
+  EXPECT_EQ(Cached("name0"), "Alice");
+  EXPECT_EQ(Cached("id0"), "11");
+
+  const UserRecord renamed = Record("Robert", 22, false);
+  ASSERT_TRUE(WriteUserRecord(renamed, scratch_ / "bob/ParlavoxUserData"));
+  EXPECT_TRUE(RefreshPresence(users_));
+  EXPECT_EQ(Cached("name1"), "Robert");
+  EXPECT_FALSE(RefreshPresence(users_));
+}
+
+TEST_F(PresenceTest, PollerPostsTheFirstPassAndEveryChangeAndStopsPromptly) {
+  CountingPoster poster;
+  PresencePoller poller(users_, poster);
+  int changes = 0;  // touched only by posted tasks, which run on the poller's thread here
+  poller.StartPolling([&] { ++changes; });
+  std::this_thread::sleep_for(300ms);
+  EXPECT_EQ(poster.posts, 1);  // an empty list still reports its first pass
+
+  const UserRecord carol = Record("Carol", 33, true);
+  ListUser(scratch_ / "carol", &carol);
+  const auto deadline = std::chrono::steady_clock::now() + PresencePoller::kPollInterval + 2s;
+  while (poster.posts < 2 && std::chrono::steady_clock::now() < deadline) {
+    std::this_thread::sleep_for(20ms);
+  }
+  EXPECT_EQ(poster.posts, 2);
+  EXPECT_EQ(Cached("on0"), "true");
+
+  const auto began = std::chrono::steady_clock::now();
+  poller.Stop();
+  EXPECT_LT(std::chrono::steady_clock::now() - began, 1s);
+  EXPECT_FALSE(poller.IsRunning());
+  EXPECT_EQ(changes, 2);
+}
+
+}  // namespace
+}  // namespace parlavox

@@ -1,0 +1,44 @@
+#ifndef PARLAVOX_SHARE_WATCHED_MESSAGE_WRITER_H_
+#define PARLAVOX_SHARE_WATCHED_MESSAGE_WRITER_H_
+
+#include <sys/types.h>
+
+#include <chrono>
+#include <functional>
+#include <memory>
+#include <string>
+
+#include "audio/wave_file.h"
+
+namespace parlavox {
+
+// A message writer that notices when its file is taken from the callee's folder while
+// the call goes on (the callee's copy took it for finished, or somebody deleted it):
+// at most once a second it checks that `path` still names the file it writes, and
+// calls `taken_away` once when not. Everything else goes to `target`. Used on one
+// thread only.
+class WatchedMessageWriter : public WaveFileWriter {
+ public:
+  static constexpr std::chrono::seconds kCheckInterval{1};
+
+  WatchedMessageWriter(std::shared_ptr<WaveFileWriter> target, std::string path,
+                       std::function<void()> taken_away);
+
+  void Truncate(int64_t frame) override { target_->Truncate(frame); }
+  bool Finish() override { return target_->Finish(); }
+
+ protected:
+  void WriteBlock(const int32_t* samples, int frames) override;
+
+ private:
+  std::shared_ptr<WaveFileWriter> target_;
+  std::string path_;
+  std::function<void()> taken_away_;
+  dev_t device_ = 0;
+  ino_t inode_ = 0;
+  std::chrono::steady_clock::time_point next_check_;
+};
+
+}  // namespace parlavox
+
+#endif  // PARLAVOX_SHARE_WATCHED_MESSAGE_WRITER_H_

@@ -1,0 +1,51 @@
+#ifndef PARLAVOX_UTIL_SCRATCH_FOLDER_TEST_UTIL_H_
+#define PARLAVOX_UTIL_SCRATCH_FOLDER_TEST_UTIL_H_
+
+#include <stdlib.h>
+
+#include <filesystem>
+#include <fstream>
+#include <string>
+
+namespace parlavox {
+
+// A fresh folder under the system's temporary folder, removed with everything in it
+// when the object goes.
+class ScratchFolder {
+ public:
+  ScratchFolder() {
+    std::string pattern = (std::filesystem::temp_directory_path() / "parlavox-XXXXXX").string();
+    path_ = mkdtemp(pattern.data());
+  }
+  ~ScratchFolder() {
+    std::error_code ignored;
+    std::filesystem::remove_all(path_, ignored);
+  }
+  ScratchFolder(const ScratchFolder&) = delete;
+  ScratchFolder& operator=(const ScratchFolder&) = delete;
+
+  const std::string& path() const { return path_; }
+  std::string operator/(const std::string& name) const { return path_ + "/" + name; }
+
+ private:
+  std::string path_;
+};
+
+inline void WriteFileText(const std::string& path, const std::string& text) {
+  std::ofstream(path, std::ios::binary) << text;
+}
+
+inline std::string FileText(const std::string& path) {
+  std::ifstream in(path, std::ios::binary);
+  return std::string(std::istreambuf_iterator<char>(in), {});
+}
+
+// Whether the file's owner may run it.
+inline bool IsExecutable(const std::string& path) {
+  return (std::filesystem::status(path).permissions() & std::filesystem::perms::owner_exec) !=
+         std::filesystem::perms::none;
+}
+
+}  // namespace parlavox
+
+#endif  // PARLAVOX_UTIL_SCRATCH_FOLDER_TEST_UTIL_H_
