@@ -132,7 +132,9 @@ TEST_F(SoundPlayerTest, PlaysAToneAfterTheLeadInThenReportsTheStop) {
     }
     EXPECT_EQ(listener_.positions.back(), 10000);
   }
-  EXPECT_NEAR(delay[1] - delay[0], 1653, 441) << delay[0] << " " << delay[1];
+  // Timed by the monitor's samples, which arrive late and unevenly on a busy machine
+  // (the sanitizers): 100 ms either way still tells the silence from none.
+  EXPECT_NEAR(delay[1] - delay[0], 1653, 1102) << delay[0] << " " << delay[1];
 
   // The second tone: 1 kHz, at the level it was written, for one second.
   const int64_t onset = Onset(monitor.samples, play_at);
