@@ -53,19 +53,33 @@ std::vector<std::string> IdleTexts() {
           "F6 replies to your last caller"};
 }
 
-// Whether this start shows the window: there is a display, and it was not started
-// "/service" or with a control option.
-bool WantsWindow(int argc, char** argv) {
-  if (!HasDisplay()) return false;
+// How the intercom was asked to start, read once from the command line: whether it
+// shows its window (there is a display, and it was not started "/service" or with an
+// option of another kind) and how the window begins.
+struct Start {
+  bool windowed = false;
+  MainWindow::StartedAs started_as = MainWindow::StartedAs::kUsual;
+};
+
+Start ReadStart(int argc, char** argv) {
+  Start start;
+  start.windowed = HasDisplay();
   for (int i = 1; i < argc; ++i) {
     const std::string argument = argv[i];
-    if (argument != "/logon" && argument != "/install") return false;
+    if (argument == "/logon") {
+      start.started_as = MainWindow::StartedAs::kLogon;
+    } else if (argument == "/install") {
+      start.started_as = MainWindow::StartedAs::kInstall;
+    } else {
+      start.windowed = false;
+    }
   }
-  return true;
+  return start;
 }
 
 // Runs the intercom unless a copy runs already, which is then asked to show itself.
-int RunIntercom(QCoreApplication& application, const sigset_t& termination, bool windowed) {
+int RunIntercom(QCoreApplication& application, const sigset_t& termination, const Start& start) {
+  const bool windowed = start.windowed;
   const std::string socket_path = ControlSocketPath();
   std::optional<FileLock> claim(ClaimRunningCopy(socket_path));
   if (!claim->held()) {
@@ -106,10 +120,12 @@ int RunIntercom(QCoreApplication& application, const sigset_t& termination, bool
     session.Run(termination);
   } else {
     QApplication::setQuitOnLastWindowClosed(false);  // a hidden window keeps running
-    MainWindow window;
-    FanOutView views({&window, &log});
+    // The window shows the session's intercom and outlives it, so that the session's
+    // end can still show on it; it is made once the session is.
+    std::optional<MainWindow> window;
+    FanOutView views({&log});
     Session session(application, settings, views, IdleTexts(),
-                    [&window] { window.CloseWithoutAsking(); });
+                    [&window] { window->CloseWithoutAsking(); });
     // What the settings sheet works on.
     MixerControl mixer;
     PersonsStartAtLogin login = PersonsStartAtLogin::ForUser();
@@ -120,9 +136,10 @@ int RunIntercom(QCoreApplication& application, const sigset_t& termination, bool
                                     const HotKeySystem* hot_keys = session.hot_key_system();
                                     return hot_keys ? hot_keys->DesktopBinding(index) : "";
                                   }};
-    window.Attach(session.intercom(), session.clock(), session.activation(),
-                  [&] { session.RunSettings([&] { RunSettingsSheet(&window, context); }); });
-    session.Run(termination, [&] { window.Begin(QCoreApplication::arguments()); });
+    window.emplace(session.intercom(), session.clock(), session.activation(),
+                   [&] { session.RunSettings([&] { RunSettingsSheet(&*window, context); }); });
+    views.Add(&*window);
+    session.Run(termination, [&] { window->Begin(start.started_as); });
   }
   std::fprintf(stderr, "parlavox: stopped\n");
   return 0;
@@ -145,10 +162,10 @@ int main(int argc, char** argv) {
   const sigset_t termination = TerminationSignals();
   pthread_sigmask(SIG_BLOCK, &termination, nullptr);
 
-  const bool windowed = WantsWindow(argc, argv);
+  const Start start = ReadStart(argc, argv);
   const std::unique_ptr<QCoreApplication> application =
-      windowed ? std::make_unique<QApplication>(argc, argv)
-               : std::make_unique<QCoreApplication>(argc, argv);
+      start.windowed ? std::make_unique<QApplication>(argc, argv)
+                     : std::make_unique<QCoreApplication>(argc, argv);
   QCoreApplication::setApplicationName("parlavox");
   QCoreApplication::setApplicationVersion(PARLAVOX_VERSION);
 
@@ -189,5 +206,5 @@ int main(int argc, char** argv) {
     return 2;
   }
   if (requested.size() == 1) return RunControlOption(requested[0].first, requested[0].second);
-  return RunIntercom(*application, termination, windowed);
+  return RunIntercom(*application, termination, start);
 }

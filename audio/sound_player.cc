@@ -98,7 +98,7 @@ void LSoundPlayer::Run() {
     block_done_.Reset();
     bool wait = false;
     {
-      std::lock_guard lock(player_lock_);
+      MutexLock lock(player_lock_);
       PlayBlock& block = blocks_[static_cast<size_t>(next_block_)];
       if (wave_out_.failed()) {
         // The server dropped the stream: nothing is fed until it takes a new one.
@@ -205,7 +205,7 @@ void LSoundPlayer::OnNotification() {
     if (events_.fetch_and(static_cast<uint16_t>(~kLevelsChanged)) & kLevelsChanged) {
       ChannelLevels levels;
       {
-        std::lock_guard lock(player_lock_);
+        MutexLock lock(player_lock_);
         levels = levels_;
       }
       if (metering_ && listener_ != nullptr) listener_->OnPlayLevels(levels, cookie_);
@@ -214,7 +214,7 @@ void LSoundPlayer::OnNotification() {
   }
   int64_t end;
   {
-    std::lock_guard lock(player_lock_);
+    MutexLock lock(player_lock_);
     end = reader_->GetLength();
   }
   if (listener_ != nullptr) listener_->OnPlayPosition(FramesToTime(end, rate()), cookie_);

@@ -5,7 +5,6 @@
 #include <atomic>
 #include <cstdint>
 #include <memory>
-#include <mutex>
 #include <vector>
 
 #include "audio/channel_levels.h"
@@ -14,6 +13,7 @@
 #include "audio/wave_out.h"
 #include "util/lifetime.h"
 #include "util/manual_reset_event.h"
+#include "util/mutex.h"
 #include "util/task_poster.h"
 #include "util/worker_thread.h"
 
@@ -63,19 +63,19 @@ class LSoundPlayer : public WorkerThread, public Player {
     int64_t reached = kNoPosition;  // reader position at the end of this buffer
   };
 
-  void MeasureLevels(PlayBlock& block, int frames);
+  void MeasureLevels(PlayBlock& block, int frames) REQUIRES(player_lock_);
   // Feeds one free block; false when the feeding is over.
-  bool FeedBlock(PlayBlock& block);
+  bool FeedBlock(PlayBlock& block) REQUIRES(player_lock_);
   // Opens the device again after the server dropped it, to go on from where playback
   // had got to; false when it can't be opened (yet).
-  bool Reopen();
+  bool Reopen() REQUIRES(player_lock_);
   int QueuedBlocks() const;
   void Notify(uint16_t events);
   void OnNotification();
   int32_t rate() const { return reader_ ? reader_->sample_rate() : 44100; }
 
   TaskPoster& poster_;
-  std::mutex player_lock_;
+  Mutex player_lock_;  // between the feeding thread and the owner
   ManualResetEvent block_done_;
   WaveOut wave_out_;
   DeviceChoice device_;
@@ -90,7 +90,7 @@ class LSoundPlayer : public WorkerThread, public Player {
   std::atomic<uint16_t> state_{0};
   std::atomic<uint16_t> events_{0};
   std::shared_ptr<WaveFileReader> reader_;
-  ChannelLevels levels_;
+  ChannelLevels levels_ GUARDED_BY(player_lock_);
   std::vector<int32_t> scratch_;
   int frames_per_block_ = 0;
   int channels_ = 1;

@@ -91,9 +91,10 @@ void Calls::OnMessageOpened(const UserRecord& callee, Done done, MessageOpening 
   if (opening.still_playing) return Refuse(CallRefusal::kPreviousMessagePlaying, done);
   if (opening.unwritable) return Refuse(CallRefusal::kFolderNotWritable, done);
   starting_ = false;
-  const int source = static_cast<int8_t>(settings_.ReadInt(kSettingsSection, "soundinchannel", -1));
-  const DeviceChoice device = ReadDeviceChoice(settings_, "soundindevice");
-  const int level = settings_.ReadDecibels(kSettingsSection, "soundinvolume", 0);
+  const int source =
+      static_cast<int8_t>(settings_.ReadInt(kSettingsSection, settings_key::kRecordSource, -1));
+  const DeviceChoice device = ReadDeviceChoice(settings_, settings_key::kInputDevice);
+  const int level = settings_.ReadDecibels(kSettingsSection, settings_key::kInputLevel, 0);
   recorder_.set_device(device);
   recorder_.set_level(level);
   mixer_.SelectRecordSource(device, source);

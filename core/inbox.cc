@@ -73,9 +73,9 @@ void Inbox::PlayNext() {
     // there when the sound arrives.
     playing_ = name;
     reader->Seek(TimeToFrames(player_.LeadIn(), reader->sample_rate()));
-    player_.set_device(ReadDeviceChoice(settings_, "soundoutdevice"));
+    player_.set_device(ReadDeviceChoice(settings_, settings_key::kOutputDevice));
     // Every message at the level set when it starts, on its own stream.
-    player_.set_level(settings_.ReadDecibels(kSettingsSection, "soundoutvolume", 0));
+    player_.set_level(settings_.ReadDecibels(kSettingsSection, settings_key::kOutputLevel, 0));
     Play(std::move(reader));
     return;
   }

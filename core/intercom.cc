@@ -1,5 +1,7 @@
 #include "core/intercom.h"
 
+#include "words/hot_key_commands.h"
+
 namespace parlavox {
 
 Intercom::Intercom(const SettingsFile& settings, IntercomParts parts, IntercomView& view,
@@ -150,25 +152,25 @@ void Intercom::ToggleReply() {
 }
 
 void Intercom::HotKey(int32_t command) {
-  constexpr int32_t kFirstUserCall = 32;
+  using namespace hot_key_command;
   switch (command) {
-    case 1:
+    case kOpen:
       return view_.ShowMainWindow();
-    case 2:
+    case kClose:
       return view_.HideMainWindow();
-    case 3:
+    case kCallSelected:
       CallSelected();
       break;
-    case 4:
+    case kReply:
       Reply();
       break;
-    case 5:
+    case kTurnOn:
       return TurnOn();
-    case 6:
+    case kTurnOff:
       return TurnOff();
     default:
-      if (command < kFirstUserCall || command - kFirstUserCall >= users_cache_.Count()) return;
-      StartCall(command - kFirstUserCall);
+      if (command < kCallUser || command - kCallUser >= users_cache_.Count()) return;
+      StartCall(command - kCallUser);
   }
   if (!hold_.is_held()) view_.TakeActivationForHotKey();
   hold_.Renew();

@@ -97,9 +97,9 @@ class Intercom {
   void ToggleCallSelected();
   void ToggleReply();
 
-  // A hot key fired with `command`: 1 brings the window up, 2 hides it, 3 calls the
-  // selected user, 4 replies, 5 and 6 turn the intercom on and off, 32 + n calls user
-  // n of the users list; other commands do nothing. A call lasts while the hot key
+  // A hot key fired with `command` (words/hot_key_commands.h): it brings the window up,
+  // hides it, calls the selected user, replies, turns the intercom on or off, or calls
+  // a user of the list; other numbers do nothing. A call lasts while the hot key
   // keeps firing (PushToTalkHold); meanwhile the window holds the activation.
   void HotKey(int32_t command);
 
@@ -113,9 +113,6 @@ class Intercom {
 
   // Shows a status text of the program's own on the status line.
   void ShowStatus(const std::string& text) { status_.ShowStatus(text); }
-
-  // Plays the first waiting message unless one is playing already.
-  void PlayNextMessage() { inbox_.PlayNext(); }
 
   IntercomSnapshot Snapshot() const;
   const UserList& users() const { return users_; }

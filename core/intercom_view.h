@@ -56,6 +56,8 @@ class IntercomView {
 class FanOutView : public IntercomView {
  public:
   explicit FanOutView(std::vector<IntercomView*> views) : views_(std::move(views)) {}
+  // Shows on `view` too from now on; it must outlive this object's use.
+  void Add(IntercomView* view) { views_.push_back(view); }
 
   void ShowUsers(const UserList& users) override { Each(&IntercomView::ShowUsers, users); }
   void ShowOnOff(bool on) override { Each(&IntercomView::ShowOnOff, on); }

@@ -12,7 +12,7 @@ const QEvent::Type kTaskEvent = static_cast<QEvent::Type>(QEvent::registerEventT
 
 void QtTaskPoster::Post(std::function<void()> task) {
   {
-    std::lock_guard lock(mutex_);
+    MutexLock lock(mutex_);
     tasks_.push_back(std::move(task));
   }
   QCoreApplication::postEvent(&receiver_, new QEvent(kTaskEvent));
@@ -27,7 +27,7 @@ bool QtTaskPoster::Receiver::event(QEvent* event) {
 void QtTaskPoster::RunNext() {
   std::function<void()> task;
   {
-    std::lock_guard lock(mutex_);
+    MutexLock lock(mutex_);
     if (tasks_.empty()) return;
     task = std::move(tasks_.front());
     tasks_.pop_front();

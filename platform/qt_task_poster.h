@@ -4,8 +4,8 @@
 #include <QObject>
 #include <deque>
 #include <functional>
-#include <mutex>
 
+#include "util/mutex.h"
 #include "util/task_poster.h"
 
 namespace parlavox {
@@ -37,8 +37,8 @@ class QtTaskPoster : public TaskPoster {
 
   void RunNext();
 
-  std::mutex mutex_;
-  std::deque<std::function<void()>> tasks_;
+  Mutex mutex_;
+  std::deque<std::function<void()>> tasks_ GUARDED_BY(mutex_);
   Receiver receiver_;  // last: destroyed first, taking its events along
 };
 

@@ -7,6 +7,8 @@ packages=(
   # build
   cmake ninja-build g++ pkg-config qt6-base-dev qt6-svg-dev libpulse-dev libsndfile1-dev
   libx11-dev libgtest-dev libgmock-dev libbenchmark-dev clang-format
+  # the thread-safety analysis
+  clang
   # tests: a private sound server, a virtual desktop (display, window manager, tray)
   # with real key presses and screenshots, audio tools
   pulseaudio pulseaudio-utils xvfb openbox trayer xdotool x11-utils x11-xkb-utils imagemagick

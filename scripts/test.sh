@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
-# Installs what is needed, checks the formatting, then builds and runs every test three
-# times: as released, under AddressSanitizer and UndefinedBehaviorSanitizer, and under
-# ThreadSanitizer.
+# Installs what is needed, checks the formatting and that includes go only down the
+# layers, then builds and runs every test three times: as released (then clang's
+# thread-safety analysis runs over the same sources), under AddressSanitizer and
+# UndefinedBehaviorSanitizer, and under ThreadSanitizer.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 scripts/setup.sh
@@ -18,6 +19,7 @@ run_suite() {
 }
 
 run_suite build -DCMAKE_BUILD_TYPE=RelWithDebInfo
+scripts/check_thread_safety.py build
 ASAN_OPTIONS=detect_leaks=1:abort_on_error=1 UBSAN_OPTIONS=print_stacktrace=1 \
   LSAN_OPTIONS="suppressions=$PWD/scripts/lsan.supp" \
   run_suite build-sanitize -DCMAKE_BUILD_TYPE=Debug -DPARLAVOX_SANITIZE=ON

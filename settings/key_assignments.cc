@@ -1,28 +1,18 @@
 #include "settings/key_assignments.h"
 
+#include "words/hot_key_commands.h"
+
 #include "words/key_names.h"
 #include "words/virtual_keys.h"
 
 namespace parlavox {
 namespace {
 
-constexpr std::string_view kKey = "key";
-constexpr std::string_view kModifiers = "mod";
-constexpr std::string_view kCommand = "command";
-constexpr int32_t kFirstUserCall = 32;
+using keys_key::kCommand;
+using keys_key::kKey;
+using keys_key::kModifiers;
 
 }  // namespace
-
-const char* FixedCommandText(int32_t command) {
-  static const char* const kTexts[] = {"",
-                                       "Open Parlavox",
-                                       "Close Parlavox",
-                                       "Call selected user",
-                                       "Reply to previous caller",
-                                       "Turn Parlavox On",
-                                       "Turn Parlavox Off"};
-  return command >= 1 && command <= 6 ? kTexts[command] : "";
-}
 
 int KeyAssignments::Count() const { return settings_.ReadCount(kKeysSection, kKey); }
 
@@ -65,8 +55,10 @@ std::string KeyAssignments::KeyText(int index) const {
 }
 
 std::string KeyAssignments::CommandText(int32_t command) const {
-  if (command >= kFirstUserCall) return "Call: " + users_.DisplayName(command - kFirstUserCall);
-  return FixedCommandText(command);
+  if (command >= hot_key_command::kCallUser) {
+    return "Call: " + users_.DisplayName(command - hot_key_command::kCallUser);
+  }
+  return hot_key_command::FixedText(command);
 }
 
 std::string KeyAssignments::Line(int index, const std::string& desktop_binding) const {

@@ -45,9 +45,6 @@ class KeyAssignments {
   const UsersCache& users_;
 };
 
-// The fixed commands' texts, by code 1 to 6.
-const char* FixedCommandText(int32_t command);
-
 }  // namespace parlavox
 
 #endif  // PARLAVOX_SETTINGS_KEY_ASSIGNMENTS_H_

@@ -14,6 +14,7 @@
 
 #include "util/atomic_file.h"
 #include "util/file_lock.h"
+#include "util/mutex.h"
 
 namespace parlavox {
 namespace {
@@ -243,7 +244,7 @@ class ProfileCache {
     if (stat(path.c_str(), &status) != 0 || !S_ISREG(status.st_mode)) return nullptr;
     const uint64_t generation = generation_.load();
     {
-      std::lock_guard lock(mutex_);
+      MutexLock lock(mutex_);
       const auto found = files_.find(path);
       if (found != files_.end() && found->second->identity == IdentityOf(status) &&
           found->second->generation == generation) {
@@ -258,7 +259,7 @@ class ProfileCache {
     close(fd);
     if (!text || !known) return nullptr;
     std::shared_ptr<const ParsedProfile> parsed = Parse(*text, IdentityOf(status), generation);
-    std::lock_guard lock(mutex_);
+    MutexLock lock(mutex_);
     files_[path] = parsed;
     return parsed;
   }
@@ -266,8 +267,8 @@ class ProfileCache {
   void CountWrite() { ++generation_; }
 
  private:
-  std::mutex mutex_;
-  std::map<std::string, std::shared_ptr<const ParsedProfile>> files_;
+  Mutex mutex_;
+  std::map<std::string, std::shared_ptr<const ParsedProfile>> files_ GUARDED_BY(mutex_);
   std::atomic<uint64_t> generation_{0};
 };
 

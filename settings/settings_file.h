@@ -9,14 +9,12 @@
 
 #include "settings/folder_store.h"
 #include "settings/profile_file.h"
+#include "settings/settings_schema.h"
 #include "words/decibels.h"
 
 namespace parlavox {
 
 // Sections of settings.ini.
-inline constexpr std::string_view kSettingsSection = "settings";
-inline constexpr std::string_view kUsersSection = "users";
-inline constexpr std::string_view kKeysSection = "keys";
 
 // The key of a numbered list entry: prefix, zero-based index and suffix ("folder3").
 std::string ListKey(std::string_view prefix, int index, std::string_view suffix = "");

@@ -5,10 +5,10 @@
 namespace parlavox {
 namespace {
 
-constexpr std::string_view kFolder = "folder";
-constexpr std::string_view kName = "name";
-constexpr std::string_view kOn = "on";
-constexpr std::string_view kId = "id";
+using users_key::kFolder;
+using users_key::kId;
+using users_key::kName;
+using users_key::kOn;
 
 }  // namespace
 

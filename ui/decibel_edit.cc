@@ -28,7 +28,6 @@ LDBEdit::LDBEdit(QWidget* parent)
     const Decibels before = model_.level();
     if (!model_.Typed(text.toStdString())) return;
     UpdateBar(before, model_.level());  // the text stays as typed
-    if (changed_) changed_();
   });
 }
 
@@ -88,7 +87,6 @@ void LDBEdit::wheelEvent(QWheelEvent* event) {
 void LDBEdit::ChangedByHand(int before) {
   UpdateBar(before, model_.level());
   text_->setText(QString::fromStdString(model_.Text()));
-  if (changed_) changed_();
 }
 
 void LDBEdit::changeEvent(QEvent* event) {

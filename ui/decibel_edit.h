@@ -3,7 +3,6 @@
 
 #include <QLineEdit>
 #include <QWidget>
-#include <functional>
 
 #include "ui/decibel_edit_model.h"
 
@@ -14,8 +13,7 @@ namespace parlavox {
 // red from 0 dB to a level above it, black beyond, with a light grey thumb at the
 // level; grey throughout while disabled. The text field is wide enough for the longest
 // level it shows. Like a slider, Up and Down step 1 dB, Page Up and Page Down 6 dB,
-// Home and End go to the ends, and so does the mouse wheel, a notch a decibel.
-// `changed` hears every change the person makes, and only real ones.
+// Home and End go to the ends, and the mouse wheel steps a decibel a notch.
 class LDBEdit : public QWidget {
  public:
   explicit LDBEdit(QWidget* parent = nullptr);
@@ -23,7 +21,6 @@ class LDBEdit : public QWidget {
   void SetLevel(int level);
   Decibels level() const { return model_.level(); }
   void SetRange(int minimum, int maximum) { model_.SetRange(minimum, maximum); }
-  void OnChanged(std::function<void()> changed) { changed_ = std::move(changed); }
   // The name assistive technology reads for the control and its text field.
   void SetName(const QString& name);
 
@@ -50,7 +47,6 @@ class LDBEdit : public QWidget {
   DecibelEditModel model_;
   QLineEdit* text_;
   int text_width_;
-  std::function<void()> changed_;
   int wheel_angle_ = 0;  // eighths of a degree not yet turned into a step
 };
 

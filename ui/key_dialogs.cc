@@ -1,5 +1,7 @@
 #include "ui/key_dialogs.h"
 
+#include "words/hot_key_commands.h"
+
 #include <QComboBox>
 #include <QDialog>
 #include <QDialogButtonBox>
@@ -77,12 +79,14 @@ bool RunSelectCommandDialog(QWidget* owner, const KeyAssignments& keys, const Us
     key->setText(QString::fromStdString(keys.KeyText(index)));
   });
   auto* commands = new QComboBox;
-  for (int32_t command = 1; command <= 6; ++command) {
-    commands->addItem(FixedCommandText(command), command);
+  for (int32_t command = hot_key_command::kOpen; command <= hot_key_command::kLastFixed;
+       ++command) {
+    commands->addItem(hot_key_command::FixedText(command), command);
   }
   const int users_count = users.Count();
   for (int user = 0; user < users_count; ++user) {
-    commands->addItem(QString::fromStdString(keys.CommandText(32 + user)), 32 + user);
+    const int32_t command = hot_key_command::kCallUser + user;
+    commands->addItem(QString::fromStdString(keys.CommandText(command)), command);
   }
   commands->setCurrentIndex(commands->findData(keys.Command(index)));
   // The list has the focus when the dialog shows: it is what the person came for.

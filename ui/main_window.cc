@@ -19,7 +19,12 @@
 
 namespace parlavox {
 
-MainWindow::MainWindow() {
+MainWindow::MainWindow(Intercom& intercom, Clock& clock, DesktopActivation* activation,
+                       std::function<void()> settings)
+    : intercom_(intercom),
+      keys_(intercom, clock, [this] { OpenHelpAt(help::kContents); }),
+      settings_(std::move(settings)),
+      activation_(activation) {
   setWindowTitle("Parlavox");
   setWindowIcon(ProgramIcon());
   BuildMenus();
@@ -28,8 +33,8 @@ MainWindow::MainWindow() {
   setWindowFlag(Qt::WindowMaximizeButtonHint, false);
   setFixedSize(QSize(380, 260).expandedTo(sizeHint()));
   tray_ = std::make_unique<TrayIcon>(
-      TrayIcon::Commands{[this] { ShowMainWindow(); }, [this] { intercom_->TurnOn(); },
-                         [this] { intercom_->TurnOff(); }, [this] { close(); }});
+      TrayIcon::Commands{[this] { ShowMainWindow(); }, [this] { intercom_.TurnOn(); },
+                         [this] { intercom_.TurnOff(); }, [this] { close(); }});
   qApp->installEventFilter(this);
   // The desktop session is ending: the window closes without asking.
   connect(qApp, &QGuiApplication::commitDataRequest, this,
@@ -40,15 +45,16 @@ MainWindow::~MainWindow() { qApp->removeEventFilter(this); }
 
 void MainWindow::BuildMenus() {
   QMenu* intercom = menuBar()->addMenu("&Intercom");
-  on_action_ = intercom->addAction("&On\tCtrl+O", [this] { intercom_->TurnOn(); });
-  off_action_ = intercom->addAction("O&ff\tCtrl+F", [this] { intercom_->TurnOff(); });
+  on_action_ = intercom->addAction("&On\tCtrl+O", [this] { intercom_.TurnOn(); });
+  off_action_ = intercom->addAction("O&ff\tCtrl+F", [this] { intercom_.TurnOff(); });
   on_action_->setCheckable(true);
   off_action_->setCheckable(true);
   intercom->addSeparator();
-  intercom->addAction("Call\tF5", [this] { intercom_->ToggleCallSelected(); });
-  intercom->addAction("Reply\tF6", [this] { intercom_->ToggleReply(); });
+  intercom->addAction("Call\tF5", [this] { intercom_.ToggleCallSelected(); });
+  intercom->addAction("Reply\tF6", [this] { intercom_.ToggleReply(); });
   intercom->addSeparator();
   settings_action_ = intercom->addAction("Settings...", [this] { settings_(); });
+  settings_action_->setEnabled(static_cast<bool>(settings_));
   intercom->addSeparator();
   intercom->addAction("&Close (Run in Background)", [this] { HideMainWindow(); });
   intercom->addAction("E&xit\tAlt+F4", [this] { close(); });
@@ -78,17 +84,16 @@ QWidget* MainWindow::BuildFace() {
   reply_->setToolTip("Reply to previous caller (hold down F6)");
   for (QPushButton* button : {call_, reply_}) button->setFocusPolicy(Qt::NoFocus);
   // Push-to-talk: a press starts the call, the release ends it.
-  connect(call_, &QPushButton::pressed, this, [this] { intercom_->CallSelected(); });
-  connect(reply_, &QPushButton::pressed, this, [this] { intercom_->Reply(); });
+  connect(call_, &QPushButton::pressed, this, [this] { intercom_.CallSelected(); });
+  connect(reply_, &QPushButton::pressed, this, [this] { intercom_.Reply(); });
   for (QPushButton* button : {call_, reply_}) {
-    connect(button, &QPushButton::released, this, [this] { intercom_->StopCall(); });
+    connect(button, &QPushButton::released, this, [this] { intercom_.StopCall(); });
   }
   // The intercom's choice follows the highlight, not the list's current row: a list
   // that gets the focus makes its first row current without highlighting anybody.
   connect(users_, &QListWidget::itemSelectionChanged, this, [this] {
-    if (intercom_ == nullptr) return;
     const QModelIndexList chosen = users_->selectionModel()->selectedRows();
-    intercom_->Select(chosen.isEmpty() ? -1 : chosen.first().row());
+    intercom_.Select(chosen.isEmpty() ? -1 : chosen.first().row());
   });
 
   playback_meter_ = new LevelMeter(true);
@@ -123,24 +128,14 @@ QWidget* MainWindow::BuildFace() {
   return face;
 }
 
-void MainWindow::Attach(Intercom& intercom, Clock& clock, DesktopActivation* activation,
-                        std::function<void()> settings) {
-  intercom_ = &intercom;
-  activation_ = activation;
-  keys_.emplace(intercom, clock, [this] { OpenHelpAt(help::kContents); });
-  settings_ = std::move(settings);
-  settings_action_->setEnabled(static_cast<bool>(settings_));
-}
-
-void MainWindow::Begin(const QStringList& arguments) {
+void MainWindow::Begin(StartedAs started_as) {
   show();
   splash_.Show(this);
-  if (arguments.size() < 2) return;
-  if (arguments[1] == "/logon") {
+  if (started_as == StartedAs::kLogon) {
     // Started with the desktop session: straight to the tray.
     QMetaObject::invokeMethod(
         this, [this] { HideMainWindow(); }, Qt::QueuedConnection);
-  } else if (arguments[1] == "/install") {
+  } else if (started_as == StartedAs::kInstall) {
     OpenHelpAt(help::kAfterInstalling);
   }
 }
@@ -155,7 +150,6 @@ void MainWindow::OpenHelpAt(int topic) {
 }
 
 bool MainWindow::eventFilter(QObject* watched, QEvent* event) {
-  if (intercom_ == nullptr) return false;
   const QEvent::Type type = event->type();
   if (watched == users_->viewport()) {
     // Holding the mouse on a user selects them and calls; letting go ends that call.
@@ -167,13 +161,13 @@ bool MainWindow::eventFilter(QObject* watched, QEvent* event) {
     auto* mouse = static_cast<QMouseEvent*>(event);
     if (mouse->button() == Qt::LeftButton) {
       if (!press) {
-        intercom_->StopCall();
+        intercom_.StopCall();
       } else if (const QModelIndex under = users_->indexAt(mouse->position().toPoint());
                  under.isValid()) {
-        intercom_->Select(under.row());
-        intercom_->CallSelected();
+        intercom_.Select(under.row());
+        intercom_.CallSelected();
       } else {
-        intercom_->Select(-1);  // as in a file manager, blank space chooses nobody
+        intercom_.Select(-1);  // as in a file manager, blank space chooses nobody
       }
     }
     return false;
@@ -185,9 +179,9 @@ bool MainWindow::eventFilter(QObject* watched, QEvent* event) {
   const std::optional<uint32_t> virtual_key = VirtualKeyOf(*key);
   if (!virtual_key) return false;
   if (type == QEvent::KeyPress) {
-    return keys_->OnKeyDown(*virtual_key, key->isAutoRepeat(), key->timestamp());
+    return keys_.OnKeyDown(*virtual_key, key->isAutoRepeat(), key->timestamp());
   }
-  return keys_->OnKeyUp(*virtual_key, key->isAutoRepeat(), key->timestamp());
+  return keys_.OnKeyUp(*virtual_key, key->isAutoRepeat(), key->timestamp());
 }
 
 StopGuard::Answer MainWindow::AskBeforeStopping() {

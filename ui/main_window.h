@@ -32,17 +32,20 @@ namespace parlavox {
 // window is minimised instead of hidden, so that it can always be got back.
 class MainWindow : public QMainWindow, public IntercomView {
  public:
-  MainWindow();
+  // The window of `intercom`, made before the intercom starts; `intercom`, `clock` and
+  // `activation` must outlive it. `activation` tells which window a hot-key call took
+  // the activation from (may be null); `settings` runs the Settings sequence (the menu
+  // item is disabled without it).
+  MainWindow(Intercom& intercom, Clock& clock, DesktopActivation* activation,
+             std::function<void()> settings);
   ~MainWindow() override;
-
-  // Connects the window to the intercom it shows; before the intercom starts.
-  // `activation` tells which window a hot-key call took the activation from (may be
-  // null); `settings` runs the Settings sequence (the menu item is disabled without it).
-  void Attach(Intercom& intercom, Clock& clock, DesktopActivation* activation,
-              std::function<void()> settings = {});
+  // How the program was started: as usual, "/logon" (with the desktop session) or
+  // "/install" (the first start after installing).
+  enum class StartedAs { kUsual, kLogon, kInstall };
   // After the intercom has started: the window shows with the splash over it, or,
-  // with "/logon", goes straight to the tray; "/install" opens the first-run help.
-  void Begin(const QStringList& arguments);
+  // started at logon, goes straight to the tray; after installing the first-run help
+  // opens too.
+  void Begin(StartedAs started_as);
   // Closes without asking, as the command line's --quit or an installer asks.
   void CloseWithoutAsking();
 
@@ -71,8 +74,8 @@ class MainWindow : public QMainWindow, public IntercomView {
   void OpenHelpAt(int topic);
   StopGuard::Answer AskBeforeStopping();
 
-  Intercom* intercom_ = nullptr;
-  std::optional<WindowKeys> keys_;
+  Intercom& intercom_;
+  WindowKeys keys_;
   StopGuard stop_guard_;
   LSplashScreen splash_;
   QAction* on_action_ = nullptr;
@@ -85,8 +88,8 @@ class MainWindow : public QMainWindow, public IntercomView {
   LevelMeter* record_meter_ = nullptr;
   QLabel* status_ = nullptr;
   std::unique_ptr<TrayIcon> tray_;
-  std::function<void()> settings_;
-  DesktopActivation* activation_ = nullptr;
+  const std::function<void()> settings_;
+  DesktopActivation* const activation_;
   std::optional<DesktopActivation::Window> activation_before_hot_key_;
   bool ending_ = false;  // the close is allowed: the window goes for good
 };

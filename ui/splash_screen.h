@@ -13,7 +13,6 @@ class LSplashScreen {
  public:
   void Show(QWidget* owner);
   void Close();
-  bool is_showing() const { return window_ != nullptr; }
 
  private:
   QPointer<QWidget> window_;

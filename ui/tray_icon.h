@@ -21,7 +21,6 @@ class TrayIcon {
   explicit TrayIcon(Commands commands);
 
   void ShowOnOff(bool on);
-  bool is_visible() const { return icon_.isVisible(); }
 
  private:
   Commands commands_;

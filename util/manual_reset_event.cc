@@ -6,31 +6,37 @@ namespace parlavox {
 
 void ManualResetEvent::Set() {
   {
-    std::lock_guard lock(mutex_);
+    MutexLock lock(mutex_);
     set_ = true;
   }
   changed_.notify_all();
 }
 
 void ManualResetEvent::Reset() {
-  std::lock_guard lock(mutex_);
+  MutexLock lock(mutex_);
   set_ = false;
 }
 
 bool ManualResetEvent::IsSet() const {
-  std::lock_guard lock(mutex_);
+  MutexLock lock(mutex_);
   return set_;
 }
 
 bool ManualResetEvent::WaitFor(std::chrono::milliseconds timeout) const {
-  return WaitUninterrupted([&](std::unique_lock<std::mutex>& lock) {
-    return changed_.wait_for(lock, timeout, [this] { return set_; });
+  return WaitUninterrupted([&](MutexLock& lock) {
+    return changed_.wait_for(lock, timeout, [this] {
+      mutex_.AssertHeld();
+      return set_;
+    });
   });
 }
 
 void ManualResetEvent::Wait() const {
-  WaitUninterrupted([&](std::unique_lock<std::mutex>& lock) {
-    changed_.wait(lock, [this] { return set_; });
+  WaitUninterrupted([&](MutexLock& lock) {
+    changed_.wait(lock, [this] {
+      mutex_.AssertHeld();
+      return set_;
+    });
     return true;
   });
 }
@@ -44,7 +50,7 @@ bool ManualResetEvent::WaitUninterrupted(Waiting waiting) const {
   pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &old_state);
   bool result;
   {
-    std::unique_lock lock(mutex_);
+    MutexLock lock(mutex_);
     result = waiting(lock);
   }
   pthread_setcancelstate(old_state, nullptr);

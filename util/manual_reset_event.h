@@ -3,7 +3,8 @@
 
 #include <chrono>
 #include <condition_variable>
-#include <mutex>
+
+#include "util/mutex.h"
 
 namespace parlavox {
 
@@ -29,9 +30,9 @@ class ManualResetEvent {
   template <typename Waiting>
   bool WaitUninterrupted(Waiting waiting) const;
 
-  mutable std::mutex mutex_;
-  mutable std::condition_variable changed_;
-  bool set_ = false;
+  mutable Mutex mutex_;
+  mutable std::condition_variable_any changed_;
+  bool set_ GUARDED_BY(mutex_) = false;
 };
 
 }  // namespace parlavox

@@ -9,13 +9,13 @@ SerialWorker::SerialWorker(std::string name) : name_(std::move(name)) {}
 SerialWorker::~SerialWorker() { Stop(); }
 
 void SerialWorker::Post(std::function<void()> task) {
-  std::lock_guard lock(mutex_);
+  MutexLock lock(mutex_);
   tasks_.push_back(std::move(task));
   work_.Set();
 }
 
 std::function<void()> SerialWorker::Take() {
-  std::lock_guard lock(mutex_);
+  MutexLock lock(mutex_);
   if (tasks_.empty()) {
     // Under the lock, so that a task posted from now on sets the event again.
     if (!StopRequested()) work_.Reset();

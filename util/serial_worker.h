@@ -3,10 +3,10 @@
 
 #include <deque>
 #include <functional>
-#include <mutex>
 #include <string>
 
 #include "util/manual_reset_event.h"
+#include "util/mutex.h"
 #include "util/task_poster.h"
 #include "util/worker_thread.h"
 
@@ -35,8 +35,8 @@ class SerialWorker : public WorkerThread, public TaskPoster {
   std::function<void()> Take();
 
   std::string name_;
-  std::mutex mutex_;
-  std::deque<std::function<void()>> tasks_;
+  Mutex mutex_;
+  std::deque<std::function<void()>> tasks_ GUARDED_BY(mutex_);
   ManualResetEvent work_;  // set while tasks wait, and by a stop request
 };
 

@@ -73,16 +73,12 @@ class WorkerThread {
   // waits on something of its own can be woken.
   virtual void OnStopRequested() {}
 
-  // Guards data that the derived class shares between its thread and its owner.
-  std::mutex& lock() { return lock_; }
-
  private:
   struct Launch;
   static void* ThreadEntry(void* launch);
   void StopWithin(std::chrono::milliseconds grace);
 
   ManualResetEvent stop_event_;
-  std::mutex lock_;
   std::optional<pthread_t> thread_;
   std::atomic<bool> finished_{false};
   std::atomic<pid_t> thread_id_{0};
