@@ -11,8 +11,8 @@ namespace parlavox {
 
 // The hot-key assignments of the "keys" section: entry i is a key ("key%d", default 13),
 // its modifiers ("mod%d", default 0) and a command ("command%d", default 0), counted by
-// "keycount". An entry's place is also its hot key's identifier. Every call reads or
-// writes settings.ini afresh.
+// "keycount". An entry's place is also its hot key's identifier. Every call goes
+// through the profile file, so it sees what any thread or process wrote.
 class KeyAssignments {
  public:
   KeyAssignments(const SettingsFile& settings, const UsersCache& users)

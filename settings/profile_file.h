@@ -12,7 +12,9 @@ namespace parlavox {
 // sections and keys match without regard to ASCII case, the first matching section
 // and the first matching key win, blanks around names and values are ignored, and
 // anything else in the file (comments, stray lines, binary bytes) is kept as it is.
-// The file is read afresh on every call; there is no cache.
+// A parsed copy of each file is reused while the file stays the same version (its
+// identity, size and time stamps) and this process has written nothing since, so a
+// read sees every write made before it, in any thread or process.
 
 // Longest value a read hands back; longer values are cut.
 inline constexpr size_t kMaxProfileValue = 258;

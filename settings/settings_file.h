@@ -25,7 +25,7 @@ std::string ListKey(std::string_view prefix, int index, std::string_view suffix 
 int32_t ParseInteger(std::string_view text);
 
 // The program's settings: where settings.ini and the inward folder are, and typed
-// reads and writes of settings.ini. The file is read afresh on every call, so what
+// reads and writes of settings.ini. Every call goes through the profile file, so what
 // one thread or process writes is seen by the next read anywhere. Reads of a missing
 // file, section or key give the caller's default; failed writes are ignored.
 //

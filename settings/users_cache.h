@@ -13,8 +13,9 @@ namespace parlavox {
 // The "users" section of settings.ini, and the one place that knows its keys: the
 // other users' inward folders ("foldercount", "folder%d"), which the person enters,
 // and what the presence poller last read from each user's record ("name%d", "on%d",
-// "id%d"). Users are addressed by their place in that list, from 0. Every call reads
-// or writes settings.ini afresh, so any thread may use it.
+// "id%d"). Users are addressed by their place in that list, from 0. Every call goes
+// through the profile file (which reuses its parsed copy while the file is unchanged),
+// so any thread may use it and sees what any other wrote.
 class UsersCache {
  public:
   // What readers that display a name show until the user's record has been read.
