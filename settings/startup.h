@@ -9,8 +9,8 @@
 namespace parlavox {
 
 // Where a user's copy keeps its data: $XDG_DATA_HOME/parlavox, by default
-// ~/.local/share/parlavox. It holds no programs, only settings and, unless another
-// folder is set, the inward folder.
+// ~/.local/share/parlavox: settings.ini and, unless another folder is set, the inward
+// folder; a one-file install for the person puts the program there too.
 std::string ProgramFolder();
 
 // Makes the folder that holds the running program the current directory, so that a
@@ -18,9 +18,8 @@ std::string ProgramFolder();
 // program was started from.
 void MakeProgramFolderCurrent();
 
-// Creates the program folder and locates settings.ini and the inward folder. On a
-// first start, when no inward folder is recorded and the default one is missing,
-// creates the default one too.
+// Creates the program folder and locates settings.ini and the inward folder; when no
+// inward folder is recorded, the default one is used and made where it is missing.
 SettingsFile LocateSettings(const FolderStore& folders);
 
 }  // namespace parlavox
