@@ -129,9 +129,9 @@ int RunIntercom(QCoreApplication& application, const sigset_t& termination, cons
     // What the settings sheet works on.
     MixerControl mixer;
     PersonsStartAtLogin login = PersonsStartAtLogin::ForUser();
-    const FolderStore folders = FolderStore::FromEnvironment();
-    const UsersCache users(settings);
-    const KeyAssignments keys(settings, users);
+    FolderStore folders = FolderStore::FromEnvironment();
+    UsersCache users(settings);
+    KeyAssignments keys(settings, users);
     const SettingsContext context{settings, folders, users, keys, mixer, login, [&](int index) {
                                     const HotKeySystem* hot_keys = session.hot_key_system();
                                     return hot_keys ? hot_keys->DesktopBinding(index) : "";

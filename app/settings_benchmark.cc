@@ -41,7 +41,7 @@ class LargeOffice {
     settings_.LocateFolders(FolderStore(scratch_ / "u.ini", scratch_ / "m.ini"), scratch_.path());
   }
 
-  const SettingsFile& settings() const { return settings_; }
+  SettingsFile& settings() { return settings_; }
 
  private:
   ScratchFolder scratch_;
@@ -86,7 +86,7 @@ BENCHMARK(BM_WriteUnchangedValue);
 // One poll of every user when nothing changed, the steady state of an office.
 void BM_PresencePass(benchmark::State& state) {
   LargeOffice office;
-  const UsersCache users(office.settings());
+  UsersCache users(office.settings());
   RefreshPresence(users);
   for (auto _ : state) benchmark::DoNotOptimize(RefreshPresence(users));
   state.SetItemsProcessed(state.iterations() * kUsers);
@@ -95,7 +95,7 @@ BENCHMARK(BM_PresencePass)->Unit(benchmark::kMillisecond);
 
 void BM_UserListRefill(benchmark::State& state) {
   LargeOffice office;
-  const UsersCache users(office.settings());
+  UsersCache users(office.settings());
   UserList list;
   for (auto _ : state) list.Refill(users);
   state.SetItemsProcessed(state.iterations() * kUsers);

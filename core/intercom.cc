@@ -4,7 +4,7 @@
 
 namespace parlavox {
 
-Intercom::Intercom(const SettingsFile& settings, IntercomParts parts, IntercomView& view,
+Intercom::Intercom(SettingsFile& settings, IntercomParts parts, IntercomView& view,
                    std::vector<std::string> idle_texts)
     : settings_(settings),
       parts_(parts),

@@ -62,7 +62,7 @@ class Intercom {
   using CallDone = Calls::Done;
 
   // `idle_texts` take turns on the status line between status texts.
-  Intercom(const SettingsFile& settings, IntercomParts parts, IntercomView& view,
+  Intercom(SettingsFile& settings, IntercomParts parts, IntercomView& view,
            std::vector<std::string> idle_texts);
   Intercom(const Intercom&) = delete;
   Intercom& operator=(const Intercom&) = delete;
@@ -129,7 +129,7 @@ class Intercom {
   // Runs a call start and shows the pushed look of `button` when it started.
   void StartCallWith(int index, CallButton button, CallDone done);
 
-  const SettingsFile& settings_;
+  SettingsFile& settings_;
   IntercomParts parts_;
   IntercomView& view_;
   UsersCache users_cache_;

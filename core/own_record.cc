@@ -13,7 +13,7 @@ void OwnRecord::Load() {
   loaded_ = true;
 }
 
-bool OwnRecord::Publish() const {
+bool OwnRecord::Publish() {
   return WriteUserRecord(record_, JoinPath(settings_.inward_folder(), kUserRecordFileName));
 }
 

@@ -20,7 +20,7 @@ class OwnRecord {
   // name. Nothing is written.
   void Load();
   // Writes the record as it stands; false when it could not be written.
-  bool Publish() const;
+  bool Publish();
 
   bool is_on() const { return record_.is_on(); }
   void set_on(bool on) { record_.set_on(on); }

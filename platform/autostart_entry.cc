@@ -23,7 +23,7 @@ void AutostartEntry::Set(bool on) {
   }
 }
 
-bool AutostartEntry::Enable(const std::string& program) const {
+bool AutostartEntry::Enable(const std::string& program) {
   DesktopEntry entry;
   entry.name = "Parlavox";
   entry.comment = "Push-to-talk intercom, started in the tray";
@@ -32,7 +32,7 @@ bool AutostartEntry::Enable(const std::string& program) const {
   return WriteDesktopEntry(path(), entry, /*launchable=*/false);
 }
 
-bool AutostartEntry::Hide() const {
+bool AutostartEntry::Hide() {
   DesktopEntry entry;
   entry.name = "Parlavox";
   entry.comment = "Not started at login";
@@ -50,7 +50,7 @@ bool AutostartEntry::Starts() const {
   return true;
 }
 
-void AutostartEntry::Disable() const {
+void AutostartEntry::Disable() {
   std::error_code error;
   std::filesystem::remove(path(), error);
 }

@@ -19,12 +19,12 @@ class AutostartEntry : public StartAtLogin {
   bool IsOn() const override;
   void Set(bool on) override;
   // Writes the entry for `program`, started with "/logon"; false when it can't.
-  bool Enable(const std::string& program) const;
+  bool Enable(const std::string& program);
   // Removes the entry; nothing when there is none.
-  void Disable() const;
+  void Disable();
 
   // Writes an entry that keeps a machine-wide one of the same name from starting.
-  bool Hide() const;
+  bool Hide();
   // Whether the entry exists and is not hidden.
   bool Starts() const;
 

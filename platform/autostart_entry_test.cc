@@ -64,7 +64,7 @@ TEST_F(StartAtLoginTest, AMachineWideEntryCountsAndThePersonCanTurnItOff) {
 
 TEST_F(StartAtLoginTest, AServiceIsRegisteredOnceAndSaysWhatIsLeftToDo) {
   // A systemd that can't be reached: the person is told what finishes the job.
-  const ServiceUnit unit(folder_ + "/systemd/user", "false");
+  ServiceUnit unit(folder_ + "/systemd/user", "false");
   EXPECT_FALSE(unit.IsRegistered());
   const std::string left = unit.Register("/usr/bin/parlavox");
   EXPECT_TRUE(unit.IsRegistered());

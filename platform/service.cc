@@ -14,7 +14,7 @@ bool ServiceUnit::IsRegistered() const {
   return std::filesystem::exists(path(), error);
 }
 
-std::string ServiceUnit::Register(const std::string& program) const {
+std::string ServiceUnit::Register(const std::string& program) {
   if (IsRegistered()) return "";
   std::error_code error;
   std::filesystem::create_directories(folder_, error);

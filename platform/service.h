@@ -23,7 +23,7 @@ class ServiceUnit {
   // Writes the unit for `program` (nothing when one is registered already) and asks the
   // person's systemd to start it with every login. Returns what the person should
   // know: empty when all went well, else the command that finishes the job.
-  std::string Register(const std::string& program) const;
+  std::string Register(const std::string& program);
 
   std::string path() const { return folder_ + "/parlavox.service"; }
 

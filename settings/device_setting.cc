@@ -15,8 +15,7 @@ DeviceChoice ReadDeviceChoice(const SettingsFile& settings, std::string_view key
           settings.ReadText(kSettingsSection, NameKey(key), "")};
 }
 
-void WriteDeviceChoice(const SettingsFile& settings, std::string_view key,
-                       const DeviceChoice& device) {
+void WriteDeviceChoice(SettingsFile& settings, std::string_view key, const DeviceChoice& device) {
   settings.WriteInt(kSettingsSection, key, static_cast<int8_t>(device.position));
   settings.WriteText(kSettingsSection, NameKey(key), device.name);
 }

@@ -13,8 +13,7 @@ namespace parlavox {
 // program reads it, and beside it, under `key` + "name", the sound server's name of
 // the device, which Linux copies use to find it again wherever it is in the list.
 DeviceChoice ReadDeviceChoice(const SettingsFile& settings, std::string_view key);
-void WriteDeviceChoice(const SettingsFile& settings, std::string_view key,
-                       const DeviceChoice& device);
+void WriteDeviceChoice(SettingsFile& settings, std::string_view key, const DeviceChoice& device);
 
 }  // namespace parlavox
 

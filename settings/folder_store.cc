@@ -26,7 +26,7 @@ std::optional<std::string> FolderStore::Read(FolderScope scope, std::string_view
   return FindProfileString(FileOf(scope), kSection, name, kMaxPath);
 }
 
-void FolderStore::Write(FolderScope scope, std::string_view name, std::string_view value) const {
+void FolderStore::Write(FolderScope scope, std::string_view name, std::string_view value) {
   const std::string& file = FileOf(scope);
   std::error_code ignored;
   std::filesystem::create_directories(std::filesystem::path(file).parent_path(), ignored);
@@ -44,7 +44,7 @@ bool FolderStore::CanWrite(FolderScope scope) const {
   return access(place.c_str(), W_OK) == 0;
 }
 
-void FolderStore::Delete(FolderScope scope, std::string_view name) const {
+void FolderStore::Delete(FolderScope scope, std::string_view name) {
   WriteProfileString(FileOf(scope), kSection, name, std::nullopt);
 }
 

@@ -23,8 +23,8 @@ class FolderStore {
 
   // The value in one store, cut at 259 characters; nullopt when missing.
   std::optional<std::string> Read(FolderScope scope, std::string_view name) const;
-  void Write(FolderScope scope, std::string_view name, std::string_view value) const;
-  void Delete(FolderScope scope, std::string_view name) const;
+  void Write(FolderScope scope, std::string_view name, std::string_view value);
+  void Delete(FolderScope scope, std::string_view name);
   // Whether this process may write the store of `scope` (or make it where it is
   // missing): a person's own store always, the machine's only with the right to.
   bool CanWrite(FolderScope scope) const;

@@ -22,8 +22,8 @@ GeneralSettings LoadGeneralSettings(const SettingsFile& settings, const FolderSt
   return page;
 }
 
-void SaveGeneralSettings(const GeneralSettings& page, SettingsFile& settings,
-                         const FolderStore& folders, StartAtLogin& login) {
+void SaveGeneralSettings(const GeneralSettings& page, SettingsFile& settings, FolderStore& folders,
+                         StartAtLogin& login) {
   WriteDeviceChoice(settings, settings_key::kOutputDevice, page.output_device);
   settings.WriteDecibels(kSettingsSection, settings_key::kOutputLevel, page.output_level);
   WriteDeviceChoice(settings, settings_key::kInputDevice, page.input_device);

@@ -37,8 +37,8 @@ GeneralSettings LoadGeneralSettings(const SettingsFile& settings, const FolderSt
 // ("soundinchannel" -1 for the mixer line, -2 for none), the levels as decibels; the
 // inward folder only when its path was changed (a change of "for all users" or "for
 // me only" alone writes nothing); start at login only when it differs.
-void SaveGeneralSettings(const GeneralSettings& page, SettingsFile& settings,
-                         const FolderStore& folders, StartAtLogin& login);
+void SaveGeneralSettings(const GeneralSettings& page, SettingsFile& settings, FolderStore& folders,
+                         StartAtLogin& login);
 
 }  // namespace parlavox
 

@@ -82,7 +82,7 @@ TEST_F(GeneralSettingsTest, AFolderForAllUsersIsOfferedOnlyWhereItCanBeKept) {
   // stands in for /etc/xdg: not even root may write there).
   const std::string machine = scratch_ / "etc/parlavox";
   std::filesystem::create_directories(machine);
-  const FolderStore folders(scratch_ / "user.ini", machine + "/folders.ini");
+  FolderStore folders(scratch_ / "user.ini", machine + "/folders.ini");
   if (std::system(("chattr +i '" + machine + "' 2>/dev/null").c_str()) != 0) {
     GTEST_SKIP() << "this file system has no immutable folders";
   }

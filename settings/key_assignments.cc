@@ -16,7 +16,7 @@ using keys_key::kModifiers;
 
 int KeyAssignments::Count() const { return settings_.ReadCount(kKeysSection, kKey); }
 
-void KeyAssignments::SetCount(int count) const { settings_.WriteCount(kKeysSection, kKey, count); }
+void KeyAssignments::SetCount(int count) { settings_.WriteCount(kKeysSection, kKey, count); }
 
 uint32_t KeyAssignments::Key(int index) const {
   return static_cast<uint32_t>(settings_.ReadInt(kKeysSection, ListKey(kKey, index), vk::kReturn));
@@ -30,16 +30,16 @@ int32_t KeyAssignments::Command(int index) const {
   return settings_.ReadInt(kKeysSection, ListKey(kCommand, index), 0);
 }
 
-void KeyAssignments::SetKey(int index, uint32_t virtual_key, uint32_t modifiers) const {
+void KeyAssignments::SetKey(int index, uint32_t virtual_key, uint32_t modifiers) {
   settings_.WriteInt(kKeysSection, ListKey(kKey, index), static_cast<int32_t>(virtual_key));
   settings_.WriteInt(kKeysSection, ListKey(kModifiers, index), static_cast<int32_t>(modifiers));
 }
 
-void KeyAssignments::SetCommand(int index, int32_t command) const {
+void KeyAssignments::SetCommand(int index, int32_t command) {
   settings_.WriteInt(kKeysSection, ListKey(kCommand, index), command);
 }
 
-void KeyAssignments::Remove(int index) const {
+void KeyAssignments::Remove(int index) {
   const int count = Count();
   if (index < 0 || count < 1) return;
   for (int i = index; i <= count - 2; ++i) {

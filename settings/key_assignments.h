@@ -15,21 +15,21 @@ namespace parlavox {
 // through the profile file, so it sees what any thread or process wrote.
 class KeyAssignments {
  public:
-  KeyAssignments(const SettingsFile& settings, const UsersCache& users)
+  KeyAssignments(SettingsFile& settings, const UsersCache& users)
       : settings_(settings), users_(users) {}
 
   int Count() const;
-  void SetCount(int count) const;
+  void SetCount(int count);
   uint32_t Key(int index) const;
   uint32_t Modifiers(int index) const;
   int32_t Command(int index) const;
-  void SetKey(int index, uint32_t virtual_key, uint32_t modifiers) const;
-  void SetCommand(int index, int32_t command) const;
+  void SetKey(int index, uint32_t virtual_key, uint32_t modifiers);
+  void SetCommand(int index, int32_t command);
 
   // Removes entry `index`: the later entries' "key%dmod", "key%d" and "command%d" move
   // down one place; "mod%d" stays where it is, so that they take over the modifiers
   // of their new places. Nothing happens without entries.
-  void Remove(int index) const;
+  void Remove(int index);
 
   // "Ctrl+Alt+F9" for entry `index`.
   std::string KeyText(int index) const;
@@ -41,7 +41,7 @@ class KeyAssignments {
   std::string Line(int index, const std::string& desktop_binding) const;
 
  private:
-  const SettingsFile& settings_;
+  SettingsFile& settings_;
   const UsersCache& users_;
 };
 

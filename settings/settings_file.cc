@@ -59,7 +59,7 @@ void SettingsFile::LocateFolders(const FolderStore& folders, const std::string& 
   }
 }
 
-void SettingsFile::SetInwardFolder(const FolderStore& folders, std::string_view path,
+void SettingsFile::SetInwardFolder(FolderStore& folders, std::string_view path,
                                    bool current_user_only) {
   inward_folder_ = Truncated(StripTrailingSeparators(path));
   if (current_user_only) {
@@ -82,11 +82,11 @@ std::optional<std::string> SettingsFile::FindText(std::string_view section,
 }
 
 void SettingsFile::WriteText(std::string_view section, std::string_view key,
-                             std::string_view value) const {
+                             std::string_view value) {
   WriteProfileString(settings_path_, section, key, value);
 }
 
-void SettingsFile::DeleteKey(std::string_view section, std::string_view key) const {
+void SettingsFile::DeleteKey(std::string_view section, std::string_view key) {
   WriteProfileString(settings_path_, section, key, std::nullopt);
 }
 
@@ -95,7 +95,7 @@ int32_t SettingsFile::ReadInt(std::string_view section, std::string_view key,
   return ParseInteger(ReadText(section, key, std::to_string(fallback)));
 }
 
-void SettingsFile::WriteInt(std::string_view section, std::string_view key, int32_t value) const {
+void SettingsFile::WriteInt(std::string_view section, std::string_view key, int32_t value) {
   WriteText(section, key, std::to_string(value));
 }
 
@@ -103,7 +103,7 @@ bool SettingsFile::ReadBool(std::string_view section, std::string_view key, bool
   return strcasecmp(ReadText(section, key, fallback ? "true" : "").c_str(), "true") == 0;
 }
 
-void SettingsFile::WriteBool(std::string_view section, std::string_view key, bool value) const {
+void SettingsFile::WriteBool(std::string_view section, std::string_view key, bool value) {
   WriteText(section, key, value ? "true" : "false");
 }
 
@@ -112,7 +112,7 @@ Decibels SettingsFile::ReadDecibels(std::string_view section, std::string_view k
   return ParseDecibels(ReadText(section, key, FormatDecibels(fallback)));
 }
 
-void SettingsFile::WriteDecibels(std::string_view section, std::string_view key, int level) const {
+void SettingsFile::WriteDecibels(std::string_view section, std::string_view key, int level) {
   WriteText(section, key, FormatDecibels(level));
 }
 
@@ -120,19 +120,18 @@ int32_t SettingsFile::ReadCount(std::string_view section, std::string_view prefi
   return std::clamp(ReadInt(section, CountKey(prefix), 0), 0, kMaxListCount);
 }
 
-void SettingsFile::WriteCount(std::string_view section, std::string_view prefix,
-                              int32_t count) const {
+void SettingsFile::WriteCount(std::string_view section, std::string_view prefix, int32_t count) {
   WriteInt(section, CountKey(prefix), count);
 }
 
-int32_t SettingsFile::TakeNextIndex(std::string_view section, std::string_view prefix) const {
+int32_t SettingsFile::TakeNextIndex(std::string_view section, std::string_view prefix) {
   const int32_t count = ReadCount(section, prefix);
   WriteCount(section, prefix, count + 1);
   return count;
 }
 
 void SettingsFile::MoveEntry(std::string_view section, std::string_view prefix,
-                             std::string_view suffix, int from, int to) const {
+                             std::string_view suffix, int from, int to) {
   const std::string from_key = ListKey(prefix, from, suffix);
   const std::string text = ReadText(section, from_key);
   DeleteKey(section, from_key);
@@ -140,8 +139,7 @@ void SettingsFile::MoveEntry(std::string_view section, std::string_view prefix,
 }
 
 void SettingsFile::RemoveListEntry(std::string_view section, std::string_view count_prefix,
-                                   std::initializer_list<std::string_view> prefixes,
-                                   int index) const {
+                                   std::initializer_list<std::string_view> prefixes, int index) {
   const int32_t count = ReadCount(section, count_prefix);
   for (int i = index; i <= count - 2; ++i) {
     for (const std::string_view prefix : prefixes) MoveEntry(section, prefix, "", i + 1, i);
@@ -149,7 +147,7 @@ void SettingsFile::RemoveListEntry(std::string_view section, std::string_view co
   WriteCount(section, count_prefix, count - 1);
 }
 
-void SettingsFile::Flush() const {
+void SettingsFile::Flush() {
   if (!settings_path_.empty()) FlushProfileFile(settings_path_);
 }
 

@@ -41,7 +41,7 @@ class SettingsFile {
   // Makes `path`, without trailing separators, the inward folder and records it in
   // the per-user store (current-user-only) or in the machine-wide store, in which
   // case the per-user value is deleted so that the machine-wide one applies.
-  void SetInwardFolder(const FolderStore& folders, std::string_view path, bool current_user_only);
+  void SetInwardFolder(FolderStore& folders, std::string_view path, bool current_user_only);
 
   const std::string& settings_path() const { return settings_path_; }
   const std::string& data_folder() const { return data_folder_; }
@@ -53,37 +53,37 @@ class SettingsFile {
                        std::string_view fallback = "", size_t limit = kMaxProfileValue) const;
   // The text, or nullopt when the key (or section, or file) is missing.
   std::optional<std::string> FindText(std::string_view section, std::string_view key) const;
-  void WriteText(std::string_view section, std::string_view key, std::string_view value) const;
-  void DeleteKey(std::string_view section, std::string_view key) const;
+  void WriteText(std::string_view section, std::string_view key, std::string_view value);
+  void DeleteKey(std::string_view section, std::string_view key);
 
   // Integers are decimal text; a present but non-numeric value reads as 0.
   int32_t ReadInt(std::string_view section, std::string_view key, int32_t fallback) const;
-  void WriteInt(std::string_view section, std::string_view key, int32_t value) const;
+  void WriteInt(std::string_view section, std::string_view key, int32_t value);
 
   // Booleans are "true" and "false"; only "true" in any letter case reads as true.
   bool ReadBool(std::string_view section, std::string_view key, bool fallback) const;
-  void WriteBool(std::string_view section, std::string_view key, bool value) const;
+  void WriteBool(std::string_view section, std::string_view key, bool value);
 
   Decibels ReadDecibels(std::string_view section, std::string_view key, Decibels fallback) const;
-  void WriteDecibels(std::string_view section, std::string_view key, int level) const;
+  void WriteDecibels(std::string_view section, std::string_view key, int level);
 
   // Numbered lists keep their length under "<prefix>count", read as 0 to
   // kMaxListCount whatever the file says.
   static constexpr int32_t kMaxListCount = 4096;
   int32_t ReadCount(std::string_view section, std::string_view prefix) const;
-  void WriteCount(std::string_view section, std::string_view prefix, int32_t count) const;
+  void WriteCount(std::string_view section, std::string_view prefix, int32_t count);
   // Raises the count by one and returns the old count: the index for a new entry.
-  int32_t TakeNextIndex(std::string_view section, std::string_view prefix) const;
+  int32_t TakeNextIndex(std::string_view section, std::string_view prefix);
   // Moves one entry's text to another index; a missing source leaves an empty entry.
   void MoveEntry(std::string_view section, std::string_view prefix, std::string_view suffix,
-                 int from, int to) const;
+                 int from, int to);
   // Removes entry `index` of a list whose count is "<count_prefix>count" and whose
   // entries are the key families `prefixes`: later entries move down one place.
   void RemoveListEntry(std::string_view section, std::string_view count_prefix,
-                       std::initializer_list<std::string_view> prefixes, int index) const;
+                       std::initializer_list<std::string_view> prefixes, int index);
 
   // Makes every write so far durable on disk.
-  void Flush() const;
+  void Flush();
 
  private:
   std::string settings_path_;

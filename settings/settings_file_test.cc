@@ -147,7 +147,7 @@ TEST_F(SettingsFileTest, SettingTheInwardFolderForAllUsersDropsThePerUserValue) 
 
   // A store that can't be written is passed over without complaint.
   WriteFileText(scratch_ / "blocker", "");
-  const FolderStore unwritable(scratch_ / "blocker/user.ini", scratch_ / "blocker/machine.ini");
+  FolderStore unwritable(scratch_ / "blocker/user.ini", scratch_ / "blocker/machine.ini");
   settings_.SetInwardFolder(unwritable, "/", true);
   EXPECT_EQ(settings_.inward_folder(), "/");
   EXPECT_TRUE(settings_.current_user_only());

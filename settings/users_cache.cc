@@ -42,29 +42,29 @@ std::optional<int> UsersCache::FindById(int32_t id) const {
   return std::nullopt;
 }
 
-void UsersCache::SetName(int index, std::string_view name) const {
+void UsersCache::SetName(int index, std::string_view name) {
   settings_.WriteText(kUsersSection, ListKey(kName, index), name);
 }
 
-void UsersCache::SetOn(int index, bool on) const {
+void UsersCache::SetOn(int index, bool on) {
   settings_.WriteBool(kUsersSection, ListKey(kOn, index), on);
 }
 
-void UsersCache::SetId(int index, int32_t id) const {
+void UsersCache::SetId(int index, int32_t id) {
   settings_.WriteInt(kUsersSection, ListKey(kId, index), id);
 }
 
-void UsersCache::AddFolder(std::string_view folder) const {
+void UsersCache::AddFolder(std::string_view folder) {
   const int index = Count();
   settings_.WriteText(kUsersSection, ListKey(kFolder, index), folder);
   settings_.WriteCount(kUsersSection, kFolder, index + 1);
 }
 
-void UsersCache::ChangeFolder(int index, std::string_view folder) const {
+void UsersCache::ChangeFolder(int index, std::string_view folder) {
   settings_.WriteText(kUsersSection, ListKey(kFolder, index), folder);
 }
 
-void UsersCache::RemoveFolder(int index) const {
+void UsersCache::RemoveFolder(int index) {
   if (index < 0 || Count() < 1) return;
   settings_.RemoveListEntry(kUsersSection, kFolder, {kFolder}, index);
 }

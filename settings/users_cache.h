@@ -21,7 +21,7 @@ class UsersCache {
   // What readers that display a name show until the user's record has been read.
   static constexpr std::string_view kPendingName = "Pending Connection";
 
-  explicit UsersCache(const SettingsFile& settings) : settings_(settings) {}
+  explicit UsersCache(SettingsFile& settings) : settings_(settings) {}
 
   int Count() const;
   // The user's inward folder, at most 259 characters; empty when missing.
@@ -39,18 +39,18 @@ class UsersCache {
   std::optional<int> FindById(int32_t id) const;
 
   // What the presence poller copies from a record.
-  void SetName(int index, std::string_view name) const;
-  void SetOn(int index, bool on) const;
-  void SetId(int index, int32_t id) const;
+  void SetName(int index, std::string_view name);
+  void SetOn(int index, bool on);
+  void SetId(int index, int32_t id);
 
   // The person's own list of folders. Removing moves only the later folders down one
   // place: the cached names, states and ids keep their places until the next poll.
-  void AddFolder(std::string_view folder) const;
-  void ChangeFolder(int index, std::string_view folder) const;
-  void RemoveFolder(int index) const;
+  void AddFolder(std::string_view folder);
+  void ChangeFolder(int index, std::string_view folder);
+  void RemoveFolder(int index);
 
  private:
-  const SettingsFile& settings_;
+  SettingsFile& settings_;
 };
 
 }  // namespace parlavox

@@ -37,7 +37,7 @@ DesktopEntry ProgramEntry(const InstallPlaces& places) {
 
 }  // namespace
 
-void PrepareSetup(const InstallPlaces& places, const FolderStore& folders) {
+void PrepareSetup(const InstallPlaces& places, FolderStore& folders) {
   RegisterFolder(folders, places.folder_scope, "ProgramFiles", places.program_folder,
                  FolderAccess::kOwner);
   RegisterFolder(folders, places.folder_scope, "DataFiles", places.data_folder,

@@ -19,7 +19,7 @@ struct InstallTexts {
 
 // Before either task: the program and data folders exist and are stored as
 // "ProgramFiles" and "DataFiles".
-void PrepareSetup(const InstallPlaces& places, const FolderStore& folders);
+void PrepareSetup(const InstallPlaces& places, FolderStore& folders);
 
 // Installs from the package `package` (the running file) into `places`: the person
 // accepts the terms (a person's inward folder is made and stored as "Incoming"; a
@@ -33,8 +33,8 @@ void PrepareSetup(const InstallPlaces& places, const FolderStore& folders);
 class InstallTask {
  public:
   // `agreed` runs once the terms are accepted, before anything is changed.
-  InstallTask(InstallPlaces places, const FolderStore& folders, Launcher& launcher,
-              std::string package, InstallTexts texts, std::function<void()> agreed = {})
+  InstallTask(InstallPlaces places, FolderStore& folders, Launcher& launcher, std::string package,
+              InstallTexts texts, std::function<void()> agreed = {})
       : places_(std::move(places)),
         folders_(folders),
         launcher_(launcher),
@@ -48,7 +48,7 @@ class InstallTask {
   void Finish();
 
   const InstallPlaces places_;
-  const FolderStore& folders_;
+  FolderStore& folders_;
   Launcher& launcher_;
   const std::string package_;
   const InstallTexts texts_;

@@ -8,7 +8,7 @@
 
 namespace parlavox {
 
-void RegisterFolder(const FolderStore& folders, FolderScope scope, std::string_view name,
+void RegisterFolder(FolderStore& folders, FolderScope scope, std::string_view name,
                     const std::string& folder, FolderAccess access) {
   std::error_code error;
   if (!std::filesystem::exists(folder, error)) {
@@ -36,9 +36,8 @@ bool IsParlavoxFile(const std::string& name) {
 
 }  // namespace
 
-std::string DeleteRegisteredFolder(const FolderStore& folders, FolderScope scope,
-                                   std::string_view name, FolderContents contents,
-                                   const std::string& installed) {
+std::string DeleteRegisteredFolder(FolderStore& folders, FolderScope scope, std::string_view name,
+                                   FolderContents contents, const std::string& installed) {
   const std::optional<std::string> folder = folders.Read(scope, name);
   if (!folder || folder->empty()) return "";
   if (*folder == installed) folders.Delete(scope, name);

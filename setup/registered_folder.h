@@ -20,7 +20,7 @@ enum class FolderAccess {
 
 // Creates `folder` and its parents with `access` (an existing folder is left as it is)
 // and stores it in `folders` under `name`. Failures are ignored.
-void RegisterFolder(const FolderStore& folders, FolderScope scope, std::string_view name,
+void RegisterFolder(FolderStore& folders, FolderScope scope, std::string_view name,
                     const std::string& folder, FolderAccess access);
 
 // Which files of a registered folder the uninstaller may take.
@@ -35,9 +35,8 @@ enum class FolderContents {
 // is dropped when it still names `installed`, the folder the install stored. Returns a
 // sentence naming the folder when it was left because other files remain; empty
 // otherwise. Other failures are ignored.
-std::string DeleteRegisteredFolder(const FolderStore& folders, FolderScope scope,
-                                   std::string_view name, FolderContents contents,
-                                   const std::string& installed);
+std::string DeleteRegisteredFolder(FolderStore& folders, FolderScope scope, std::string_view name,
+                                   FolderContents contents, const std::string& installed);
 
 }  // namespace parlavox
 

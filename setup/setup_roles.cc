@@ -51,7 +51,7 @@ bool RunSetupTask(Role role, const SetupOptions& options, const std::string& own
     view.ShowError(kInstallErrorCaption, kCorruptPackageText);  // nothing touched
     return false;
   }
-  const FolderStore folders = FolderStore::FromEnvironment();
+  FolderStore folders = FolderStore::FromEnvironment();
   // Nothing changes, and a running copy goes on, until the person has agreed.
   const auto agreed = [&places, &folders, &view, role] {
     if (SendControlRequest(ControlSocketPath(), "quit", std::chrono::seconds(5))) {

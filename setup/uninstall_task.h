@@ -23,7 +23,7 @@ namespace parlavox {
 class UninstallTask {
  public:
   // `agreed` runs once the person has agreed, before anything is removed.
-  UninstallTask(InstallPlaces places, const FolderStore& folders, Launcher& launcher,
+  UninstallTask(InstallPlaces places, FolderStore& folders, Launcher& launcher,
                 std::string own_file, std::string temporary_folder,
                 std::function<void()> agreed = {})
       : places_(std::move(places)),
@@ -43,7 +43,7 @@ class UninstallTask {
   void Remove(SetupView& view);
 
   const InstallPlaces places_;
-  const FolderStore& folders_;
+  FolderStore& folders_;
   Launcher& launcher_;
   const std::string own_file_;
   const std::string temporary_folder_;

@@ -7,7 +7,7 @@
 
 namespace parlavox {
 
-bool RefreshPresence(const UsersCache& users) {
+bool RefreshPresence(UsersCache& users) {
   bool changed = false;
   const int count = users.Count();
   for (int i = 0; i < count; ++i) {
@@ -30,7 +30,7 @@ bool RefreshPresence(const UsersCache& users) {
   return changed;
 }
 
-PresencePoller::PresencePoller(const UsersCache& users, TaskPoster& poster)
+PresencePoller::PresencePoller(UsersCache& users, TaskPoster& poster)
     : users_(users), poster_(poster) {}
 
 PresencePoller::~PresencePoller() { Stop(); }

@@ -15,7 +15,7 @@ namespace parlavox {
 // cache: the on/off state and the name when they differ, the id always. A user whose
 // record can't be read is set off and keeps the last known name and id. Returns
 // whether a name or an on/off state changed.
-bool RefreshPresence(const UsersCache& users);
+bool RefreshPresence(UsersCache& users);
 
 // A worker that refreshes presence every 5 s at the lowest priority and posts
 // `changed` to the owner.
@@ -23,7 +23,7 @@ class PresencePoller : public WorkerThread, public PresencePolling {
  public:
   static constexpr std::chrono::milliseconds kPollInterval{5000};
 
-  PresencePoller(const UsersCache& users, TaskPoster& poster);
+  PresencePoller(UsersCache& users, TaskPoster& poster);
   ~PresencePoller() override;
 
   void StartPolling(std::function<void()> changed) override;
@@ -35,7 +35,7 @@ class PresencePoller : public WorkerThread, public PresencePolling {
   void OnThreadStart() override;
 
  private:
-  const UsersCache& users_;
+  UsersCache& users_;
   TaskPoster& poster_;
   std::function<void()> changed_;
 };

@@ -20,7 +20,7 @@ namespace {
 // Sees every key pressed in the dialog before its button does.
 class PressKeyDialog : public QDialog {
  public:
-  PressKeyDialog(QWidget* owner, const KeyAssignments& keys, int index)
+  PressKeyDialog(QWidget* owner, KeyAssignments& keys, int index)
       : QDialog(owner), keys_(keys), index_(index) {
     setWindowTitle("Press Key");
     auto* layout = new QVBoxLayout(this);
@@ -58,17 +58,17 @@ class PressKeyDialog : public QDialog {
     return true;
   }
 
-  const KeyAssignments& keys_;
+  KeyAssignments& keys_;
   int index_;
 };
 
 }  // namespace
 
-void RunPressKeyDialog(QWidget* owner, const KeyAssignments& keys, int index) {
+void RunPressKeyDialog(QWidget* owner, KeyAssignments& keys, int index) {
   PressKeyDialog(owner, keys, index).exec();
 }
 
-bool RunSelectCommandDialog(QWidget* owner, const KeyAssignments& keys, const UsersCache& users,
+bool RunSelectCommandDialog(QWidget* owner, KeyAssignments& keys, const UsersCache& users,
                             int index) {
   QDialog dialog(owner);
   dialog.setWindowTitle("Select Command");

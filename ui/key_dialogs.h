@@ -10,12 +10,12 @@ namespace parlavox {
 // "Press Key": waits for a key or key combination and writes it for assignment
 // `index` as soon as it is pressed (before the dialog ends). Enter does nothing,
 // Shift, Ctrl and Alt alone are waited past, Esc cancels.
-void RunPressKeyDialog(QWidget* owner, const KeyAssignments& keys, int index);
+void RunPressKeyDialog(QWidget* owner, KeyAssignments& keys, int index);
 
 // "Select Command": the key of assignment `index`, which "Change Key" can press anew,
 // and the command to give it: the six fixed commands, then "Call: " each user. OK
 // writes the command (-1 when none is chosen); Cancel writes nothing. True for OK.
-bool RunSelectCommandDialog(QWidget* owner, const KeyAssignments& keys, const UsersCache& users,
+bool RunSelectCommandDialog(QWidget* owner, KeyAssignments& keys, const UsersCache& users,
                             int index);
 
 }  // namespace parlavox

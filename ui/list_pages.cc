@@ -100,7 +100,7 @@ class UsersPage : public ListPage {
     }
   }
 
-  const UsersCache& users_;
+  UsersCache& users_;
 };
 
 class KeysPage : public ListPage {
@@ -132,8 +132,8 @@ class KeysPage : public ListPage {
     if (line >= 0) RunSelectCommandDialog(this, keys_, users_, line);
   }
 
-  const KeyAssignments& keys_;
-  const UsersCache& users_;
+  KeyAssignments& keys_;
+  UsersCache& users_;
   std::function<std::string(int)> desktop_binding_;
 };
 

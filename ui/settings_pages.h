@@ -17,9 +17,9 @@ namespace parlavox {
 // What the settings sheet works on.
 struct SettingsContext {
   SettingsFile& settings;
-  const FolderStore& folders;
-  const UsersCache& users;
-  const KeyAssignments& keys;
+  FolderStore& folders;
+  UsersCache& users;
+  KeyAssignments& keys;
   Mixer& mixer;
   StartAtLogin& login;
   // The keys the desktop bound for hot key i, where it chooses them itself ("" else).
