@@ -15,6 +15,7 @@
 #include "audio/wave_file.h"
 #include "core/calls.h"
 #include "share/message_file.h"
+#include "share/samba_server_test_util.h"
 
 namespace parlavox {
 namespace {
@@ -247,6 +248,24 @@ TEST_F(CallProcessTest, AMessageGrowingLiveIsHeardWholeAtTheLevelSetOnAQuietDesk
   EXPECT_GT(double(loud) / 100, kSeconds * 0.97) << heard.size() << " samples\n" << ben_.log();
   const double gain = std::sqrt(energy / std::max<int64_t>(loud * kWindow, 1) * 2) / kAmplitude;
   EXPECT_NEAR(20 * std::log10(gain), -10, 1.0);
+}
+
+// The two copies know each other only by their folders on a Samba server, named as
+// Windows copies name them and as Linux desktops do: nothing is mounted.
+TEST_F(CallProcessTest, CopiesReachEachOtherThroughASambaServerByBothNameForms) {
+  SambaServer samba(scratch_ / "samba",
+                    {{"ann", ann_.inward_folder()}, {"ben", ben_.inward_folder()}});
+  ASSERT_TRUE(samba.Answers(10s)) << samba.log();
+  ann_.Set("users", "folder0", "\\\\127.0.0.1\\ben");
+  ben_.Set("users", "folder0", "smb://127.0.0.1/ann");
+  ASSERT_TRUE(BothSeeEachOtherOn()) << ann_.log() << ben_.log();
+  ASSERT_TRUE(Eventually(
+      [&] { return ann_.Status()["users"].toArray()[0].toObject()["name"] == "Ben"; }, 12s));
+
+  SpeakerRecording ben_speaker(ben_server_, scratch_ / "ben-heard.raw");
+  Speak(ann_, ann_server_, {"--call", "0"});
+  ASSERT_TRUE(AllPlayed(ben_, 10s)) << ben_.log();
+  EXPECT_GT(SpeechFound(RawSamples(speech_ + ".raw"), ben_speaker.Heard()), 0.6) << ben_.log();
 }
 
 TEST_F(CallProcessTest, CallsToUsersWhoAreOffOrUnreachableWriteNothing) {

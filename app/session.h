@@ -28,6 +28,7 @@
 #include "settings/settings_file.h"
 #include "share/background_share_access.h"
 #include "share/disk_inbox_folder.h"
+#include "share/folder_access.h"
 #include "share/presence_poller.h"
 #include "util/serial_worker.h"
 
@@ -80,10 +81,13 @@ class Session {
   LSoundRecorder recorder_{poster_};
   NiceProcessPriority priority_;
   DiskInboxFolder inbox_folder_{settings_, clock_};
-  BackgroundShareAccess share_{share_worker_, poster_};
+  SmbConnections smb_{CredentialsFile::ForUser()};
+  BackgroundShareAccess share_{share_worker_, poster_, smb_};
   UsersCache users_{settings_};
   InboxWatcher watcher_{poster_};
-  PresencePoller poller_{users_, poster_};
+  PresencePoller poller_{users_, poster_, [this](UserRecord* record, const std::string& folder) {
+                           return ReadRecordInFolder(smb_, record, folder);
+                         }};
   Intercom intercom_;
   KeyAssignments keys_{settings_, users_};
   std::unique_ptr<X11HotKeys> x11_hot_keys_;

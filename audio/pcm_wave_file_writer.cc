@@ -1,14 +1,10 @@
 #include "audio/pcm_wave_file_writer.h"
 
-#include <fcntl.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <array>
 #include <cstring>
 
 #include "audio/sample_conversion.h"
-#include "util/file_io.h"
 #include "util/little_endian.h"
 
 namespace parlavox {
@@ -19,30 +15,29 @@ constexpr int64_t kRefreshSeconds = 16;
 
 }  // namespace
 
-PcmWaveFileWriter::PcmWaveFileWriter(const std::string& path, uint32_t sample_rate, int channels,
-                                     int bits_per_sample, int64_t start_frame)
+PcmWaveFileWriter::PcmWaveFileWriter(std::unique_ptr<WritableFile> file, uint32_t sample_rate,
+                                     int channels, int bits_per_sample, int64_t start_frame)
     : WaveFileWriter(sample_rate, channels, std::max<int64_t>(start_frame, 0)),
       bytes_per_sample_(bits_per_sample <= 8    ? 1
                         : bits_per_sample <= 16 ? 2
                                                 : 4),
+      file_(std::move(file)),
       buffer_(static_cast<size_t>(frame_bytes()) * kMaxBlockFrames) {
-  fd_ = open(path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0666);
-  if (fd_ < 0) {
+  if (!file_) {
     MarkInvalid();
     return;
   }
-  send_on_ = IsOnNetworkFileSystem(fd_);
   written_ = WriteHeader(true);
-  if (ftruncate(fd_, kHeaderSize + length() * frame_bytes()) != 0) MarkInvalid();
+  if (!file_->Resize(kHeaderSize + length() * frame_bytes())) MarkInvalid();
 }
 
 PcmWaveFileWriter::~PcmWaveFileWriter() { Finish(); }
 
 bool PcmWaveFileWriter::Finish() {
-  if (fd_ < 0) return false;
+  if (!file_) return false;
   const bool header = WriteHeader(false);
-  const bool closed = close(fd_) == 0;
-  fd_ = -1;
+  const bool closed = file_->Close();
+  file_.reset();
   MarkInvalid();  // nothing more goes into the file
   return written_ && header && closed;
 }
@@ -66,8 +61,8 @@ bool PcmWaveFileWriter::WriteHeader(bool provisional) {
   PutLittleEndian16(&header[36], 0);
   std::memcpy(&header[38], "data", 4);
   PutLittleEndian32(&header[42], data_size);
-  const bool written = WriteFullyAt(fd_, header.data(), header.size(), 0);
-  const bool synced = !send_on_ || fdatasync(fd_) == 0;
+  const bool written = file_->WriteAt(header.data(), header.size(), 0);
+  const bool synced = file_->SendOn();
   refresh_countdown_ = int64_t{sample_rate()} * kRefreshSeconds;
   return written && synced;
 }
@@ -78,8 +73,7 @@ void PcmWaveFileWriter::WriteBlock(const int32_t* samples, int frames) {
     EncodePcm(samples, count, bytes_per_sample_, buffer_.data());
     const int64_t end = kHeaderSize + length() * frame_bytes();
     const int64_t block_bytes = count * bytes_per_sample_;
-    written_ &= WriteFullyAt(fd_, buffer_.data(), static_cast<size_t>(block_bytes),
-                             static_cast<off_t>(end - block_bytes));
+    written_ &= file_->WriteAt(buffer_.data(), static_cast<size_t>(block_bytes), end - block_bytes);
   }
   refresh_countdown_ -= frames;
   if (refresh_countdown_ < 0 && is_valid()) written_ &= WriteHeader(true);
@@ -90,7 +84,7 @@ void PcmWaveFileWriter::Truncate(int64_t frame) {
   set_length(std::max<int64_t>(frame, 0));
   if (!is_valid()) return;
   written_ &= WriteHeader(true);
-  written_ &= ftruncate(fd_, kHeaderSize + length() * frame_bytes()) == 0;
+  written_ &= file_->Resize(kHeaderSize + length() * frame_bytes());
 }
 
 }  // namespace parlavox

@@ -5,19 +5,21 @@
 #include <vector>
 
 #include "audio/wave_file.h"
+#include "audio/writable_file.h"
 
 namespace parlavox {
 
 // Writes 8-, 16- or 32-bit PCM behind the 46-byte header (an 18-byte "fmt " chunk).
 // While the file grows the header claims 32 seconds beyond the written end and is
-// rewritten after every 16 seconds of audio; others may read the file meanwhile. On a
-// network file system each header written is sent on to the server at once, so that
-// readers on other machines see a valid header.
+// rewritten after every 16 seconds of audio; others may read the file meanwhile. Each
+// header written is sent on at once (WritableFile::SendOn), so that readers on other
+// machines see a valid header.
 class PcmWaveFileWriter : public WaveFileWriter {
  public:
   static constexpr int kHeaderSize = 46;
 
-  PcmWaveFileWriter(const std::string& path, uint32_t sample_rate, int channels,
+  // Writes into `file` (null: an invalid writer that only counts).
+  PcmWaveFileWriter(std::unique_ptr<WritableFile> file, uint32_t sample_rate, int channels,
                     int bits_per_sample, int64_t start_frame);
   ~PcmWaveFileWriter() override;
 
@@ -34,11 +36,10 @@ class PcmWaveFileWriter : public WaveFileWriter {
   bool WriteHeader(bool provisional);
 
   int bytes_per_sample_;
-  int fd_ = -1;
+  std::unique_ptr<WritableFile> file_;
   int64_t refresh_countdown_ = 0;
   std::vector<uint8_t> buffer_;
-  bool written_ = true;   // every write so far succeeded
-  bool send_on_ = false;  // the file is on a network file system
+  bool written_ = true;  // every write so far succeeded
 };
 
 }  // namespace parlavox

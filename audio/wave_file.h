@@ -6,6 +6,7 @@
 #include <string>
 
 #include "audio/wave_format.h"
+#include "audio/writable_file.h"
 
 namespace parlavox {
 
@@ -99,6 +100,10 @@ class WaveFileWriter {
 std::shared_ptr<WaveFileWriter> CreateWaveFileWriter(const std::string& path, uint32_t sample_rate,
                                                      int channels, int bits_per_sample,
                                                      int64_t start_frame);
+// The same into a file opened elsewhere (a share's); invalid when `file` is null.
+std::shared_ptr<WaveFileWriter> CreateWaveFileWriter(std::unique_ptr<WritableFile> file,
+                                                     uint32_t sample_rate, int channels,
+                                                     int bits_per_sample, int64_t start_frame);
 
 }  // namespace parlavox
 

@@ -26,8 +26,15 @@ void WaveFileWriter::Write(const int32_t* samples, int64_t frames) {
 std::shared_ptr<WaveFileWriter> CreateWaveFileWriter(const std::string& path, uint32_t sample_rate,
                                                      int channels, int bits_per_sample,
                                                      int64_t start_frame) {
-  return std::make_shared<PcmWaveFileWriter>(path, sample_rate, channels, bits_per_sample,
-                                             start_frame);
+  return CreateWaveFileWriter(OpenWritableFile(path), sample_rate, channels, bits_per_sample,
+                              start_frame);
+}
+
+std::shared_ptr<WaveFileWriter> CreateWaveFileWriter(std::unique_ptr<WritableFile> file,
+                                                     uint32_t sample_rate, int channels,
+                                                     int bits_per_sample, int64_t start_frame) {
+  return std::make_shared<PcmWaveFileWriter>(std::move(file), sample_rate, channels,
+                                             bits_per_sample, start_frame);
 }
 
 }  // namespace parlavox

@@ -6,7 +6,7 @@ set -euo pipefail
 packages=(
   # build
   cmake ninja-build g++ pkg-config qt6-base-dev qt6-svg-dev libpulse-dev libsndfile1-dev
-  libx11-dev libgtest-dev libgmock-dev libbenchmark-dev clang-format
+  libx11-dev libsmbclient-dev libgtest-dev libgmock-dev libbenchmark-dev clang-format
   # the thread-safety analysis
   clang
   # tests: a private sound server, a virtual desktop (display, window manager, tray)
@@ -15,6 +15,8 @@ packages=(
   espeak-ng sox python3
   # a private session bus for the desktop-portal tests
   dbus-daemon
+  # a private Samba server for the office-network tests
+  samba smbclient
   # the Debian package: dependencies from dpkg-shlibdeps, checked by lintian
   dpkg-dev lintian
 )

@@ -1,17 +1,30 @@
 #include "share/background_share_access.h"
 
 #include "audio/queued_wave_file_writer.h"
+#include "share/folder_access.h"
 #include "share/message_file.h"
 #include "share/watched_message_writer.h"
 #include "util/paths.h"
 
 namespace parlavox {
 
+TaskPoster& BackgroundShareAccess::WorkerFor(const std::string& folder) {
+  const std::optional<ShareLocation> share = ParseShareName(folder);
+  if (!share) return worker_;
+  const std::string server = share->host + ":" + std::to_string(share->port);
+  std::unique_ptr<SerialWorker>& worker = server_workers_[server];
+  if (!worker) {
+    worker = std::make_unique<SerialWorker>("parlavox-smb");
+    worker->Start(0);
+  }
+  return *worker;
+}
+
 void BackgroundShareAccess::ReadRecord(const std::string& folder,
                                        std::function<void(std::optional<UserRecord>)> done) {
-  worker_.Post([this, folder, done = std::move(done)]() mutable {
+  WorkerFor(folder).Post([this, folder, done = std::move(done)]() mutable {
     std::optional<UserRecord> record(std::in_place);
-    if (!ReadUserRecord(&*record, JoinPath(folder, kUserRecordFileName))) record.reset();
+    if (!ReadRecordInFolder(smb_, &*record, folder)) record.reset();
     owner_.Post([done = std::move(done), record] { done(record); });
   });
 }
@@ -19,6 +32,9 @@ void BackgroundShareAccess::ReadRecord(const std::string& folder,
 void BackgroundShareAccess::OpenMessage(const std::string& folder, const std::string& name,
                                         std::function<void(MessageOpening)> done,
                                         MessageReports reports) {
+  if (const std::optional<ShareLocation> share = ParseShareName(folder)) {
+    return OpenOnShare(*share, name, std::move(done), std::move(reports));
+  }
   worker_.Post([this, path = JoinPath(folder, name), done = std::move(done),
                 reports = std::move(reports)]() mutable {
     MessageOpening opening;
@@ -39,6 +55,28 @@ void BackgroundShareAccess::OpenMessage(const std::string& folder, const std::st
               if (finished) owner_.Post([finished, whole] { finished(whole); });
             });
       }
+    }
+    owner_.Post([done = std::move(done), opening = std::move(opening)]() mutable {
+      done(std::move(opening));
+    });
+  });
+}
+
+void BackgroundShareAccess::OpenOnShare(const ShareLocation& share, const std::string& name,
+                                        std::function<void(MessageOpening)> done,
+                                        MessageReports reports) {
+  TaskPoster& worker = WorkerFor(SmbUrl(share));
+  worker.Post([this, &worker, url = SmbUrl(share, name), share, done = std::move(done),
+               reports = std::move(reports)]() mutable {
+    MessageOpening opening;
+    std::shared_ptr<WaveFileWriter> file =
+        CreateWaveFileWriter(smb_.For(share).OpenForWriting(url), 11025, 1, 16, 0);
+    opening.unwritable = !file->is_valid();
+    if (file->is_valid()) {
+      opening.writer = std::make_shared<QueuedWaveFileWriter>(
+          std::move(file), worker, [this, finished = std::move(reports.finished)](bool whole) {
+            if (finished) owner_.Post([finished, whole] { finished(whole); });
+          });
     }
     owner_.Post([done = std::move(done), opening = std::move(opening)]() mutable {
       done(std::move(opening));

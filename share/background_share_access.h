@@ -1,16 +1,26 @@
 #ifndef PARLAVOX_SHARE_BACKGROUND_SHARE_ACCESS_H_
 #define PARLAVOX_SHARE_BACKGROUND_SHARE_ACCESS_H_
 
+#include <map>
+#include <memory>
+#include <string>
+
 #include "core/share_access.h"
+#include "share/smb_connection.h"
+#include "util/serial_worker.h"
 #include "util/task_poster.h"
 
 namespace parlavox {
 
-// The ShareAccess on the file system: reads, opens and writes happen on `worker`'s
-// thread (one after another, in the order asked), answers are posted to `owner`.
+// The ShareAccess over the file system and SMB shares. Folders on the file system (local
+// or mounted) are worked on `worker`'s thread, one thing after another in the order
+// asked; folders named as on an SMB share ("\\host\share\path", "smb://host/share/path")
+// through `smb`, on a thread of each server's own, so that a slow or dead server holds up
+// nobody else. Answers are posted to `owner`. All three outlive this object.
 class BackgroundShareAccess : public ShareAccess {
  public:
-  BackgroundShareAccess(TaskPoster& worker, TaskPoster& owner) : worker_(worker), owner_(owner) {}
+  BackgroundShareAccess(TaskPoster& worker, TaskPoster& owner, SmbConnections& smb)
+      : worker_(worker), owner_(owner), smb_(smb) {}
 
   void ReadRecord(const std::string& folder,
                   std::function<void(std::optional<UserRecord>)> done) override;
@@ -18,8 +28,15 @@ class BackgroundShareAccess : public ShareAccess {
                    std::function<void(MessageOpening)> done, MessageReports reports) override;
 
  private:
+  // The thread that works on `folder`'s server, or the file system's.
+  TaskPoster& WorkerFor(const std::string& folder);
+  void OpenOnShare(const ShareLocation& share, const std::string& name,
+                   std::function<void(MessageOpening)> done, MessageReports reports);
+
   TaskPoster& worker_;
   TaskPoster& owner_;
+  SmbConnections& smb_;
+  std::map<std::string, std::unique_ptr<SerialWorker>> server_workers_;  // owner's thread only
 };
 
 }  // namespace parlavox

@@ -2,17 +2,16 @@
 
 #include <sys/prctl.h>
 
-#include "util/paths.h"
 #include "words/user_record.h"
 
 namespace parlavox {
 
-bool RefreshPresence(UsersCache& users) {
+bool RefreshPresence(UsersCache& users, const RecordReader& read) {
   bool changed = false;
   const int count = users.Count();
   for (int i = 0; i < count; ++i) {
     UserRecord record;
-    if (ReadUserRecord(&record, JoinPath(users.Folder(i), kUserRecordFileName))) {
+    if (read(&record, users.Folder(i))) {
       if (users.IsOn(i) != record.is_on()) {
         users.SetOn(i, record.is_on());
         changed = true;
@@ -30,8 +29,8 @@ bool RefreshPresence(UsersCache& users) {
   return changed;
 }
 
-PresencePoller::PresencePoller(UsersCache& users, TaskPoster& poster)
-    : users_(users), poster_(poster) {}
+PresencePoller::PresencePoller(UsersCache& users, TaskPoster& poster, RecordReader read)
+    : users_(users), poster_(poster), read_(std::move(read)) {}
 
 PresencePoller::~PresencePoller() { Stop(); }
 
@@ -46,7 +45,7 @@ void PresencePoller::OnThreadStart() { prctl(PR_SET_NAME, "parlavox-poll"); }
 void PresencePoller::Run() {
   bool changed = true;  // the owner always hears of the first pass
   do {
-    if (RefreshPresence(users_)) changed = true;
+    if (RefreshPresence(users_, read_)) changed = true;
     if (changed && changed_) poster_.Post(changed_);
     changed = false;
   } while (!WaitForStop(kPollInterval));

@@ -15,6 +15,10 @@
 namespace parlavox {
 namespace {
 
+bool ReadLocalRecord(UserRecord* record, const std::string& folder) {
+  return ReadUserRecord(record, JoinPath(folder, kUserRecordFileName));
+}
+
 using namespace std::chrono_literals;
 
 class PresenceTest : public testing::Test {
@@ -55,7 +59,7 @@ TEST_F(PresenceTest, CopiesRecordsIntoTheCacheAndKeepsNamesOfUnreachableUsers) {
   ListUser(scratch_ / "bob", &bob);
   ListUser(scratch_ / "gone", nullptr);
 
-  EXPECT_TRUE(RefreshPresence(users_));
+  EXPECT_TRUE(RefreshPresence(users_, ReadLocalRecord));
   EXPECT_EQ(Cached("on0"), "true");
   EXPECT_EQ(Cached("name0"), "Alice");
   EXPECT_EQ(Cached("id0"), "11");
@@ -67,25 +71,26 @@ TEST_F(PresenceTest, CopiesRecordsIntoTheCacheAndKeepsNamesOfUnreachableUsers) {
   EXPECT_EQ(Cached("id2"), std::nullopt);
 
   settings_.DeleteKey("users", "id1");
-  EXPECT_FALSE(RefreshPresence(users_));  // ids are written on every pass, silently
+  EXPECT_FALSE(
+      RefreshPresence(users_, ReadLocalRecord));  // ids are written on every pass, silently
   EXPECT_EQ(Cached("id1"), "22");
 
   std::filesystem::remove_all(scratch_ / "alice");
-  EXPECT_TRUE(RefreshPresence(users_));
+  EXPECT_TRUE(RefreshPresence(users_, ReadLocalRecord));
   EXPECT_EQ(Cached("on0"), "false");
   EXPECT_EQ(Cached("name0"), "Alice");
   EXPECT_EQ(Cached("id0"), "11");
 
   const UserRecord renamed = Record("Robert", 22, false);
   ASSERT_TRUE(WriteUserRecord(renamed, scratch_ / "bob/ParlavoxUserData"));
-  EXPECT_TRUE(RefreshPresence(users_));
+  EXPECT_TRUE(RefreshPresence(users_, ReadLocalRecord));
   EXPECT_EQ(Cached("name1"), "Robert");
-  EXPECT_FALSE(RefreshPresence(users_));
+  EXPECT_FALSE(RefreshPresence(users_, ReadLocalRecord));
 }
 
 TEST_F(PresenceTest, PollerPostsTheFirstPassAndEveryChangeAndStopsPromptly) {
   CountingPoster poster;
-  PresencePoller poller(users_, poster);
+  PresencePoller poller(users_, poster, ReadLocalRecord);
   int changes = 0;  // touched only by posted tasks, which run on the poller's thread here
   poller.StartPolling([&] { ++changes; });
   std::this_thread::sleep_for(300ms);

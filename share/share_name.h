@@ -1,0 +1,29 @@
+#ifndef PARLAVOX_SHARE_SHARE_NAME_H_
+#define PARLAVOX_SHARE_SHARE_NAME_H_
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace parlavox {
+
+// A folder on an SMB share, as a person names it: "\\host\share\path" (as the Windows
+// copies keep it) or "smb://host[:port]/share/path".
+struct ShareLocation {
+  std::string host;
+  int port = 0;  // 0: the usual one
+  std::string share;
+  std::string path;  // inside the share, "/"-separated, without a leading "/"
+};
+
+// The location a folder name means; nullopt for a local (or mounted) folder. Host and
+// share must not be empty.
+std::optional<ShareLocation> ParseShareName(std::string_view folder);
+
+// The smb:// address of `name` inside the location's folder ("" for the folder
+// itself), as libsmbclient takes it.
+std::string SmbUrl(const ShareLocation& location, std::string_view name = "");
+
+}  // namespace parlavox
+
+#endif  // PARLAVOX_SHARE_SHARE_NAME_H_
