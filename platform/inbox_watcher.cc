@@ -4,6 +4,7 @@
 #include <sys/eventfd.h>
 #include <sys/inotify.h>
 #include <sys/prctl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <filesystem>
@@ -13,12 +14,18 @@
 namespace parlavox {
 
 std::set<std::string> ListFolder(const std::string& folder) {
-  std::set<std::string> names;
+  std::set<std::string> entries;
   std::error_code error;
   for (const auto& entry : std::filesystem::directory_iterator(folder, error)) {
-    names.insert(entry.path().filename().string());
+    struct stat status {};
+    std::string line = entry.path().filename().string();
+    if (stat(entry.path().c_str(), &status) == 0) {
+      line += " " + std::to_string(status.st_size) + " " + std::to_string(status.st_mtim.tv_sec) +
+              "." + std::to_string(status.st_mtim.tv_nsec);
+    }
+    entries.insert(std::move(line));
   }
-  return names;
+  return entries;
 }
 
 InboxWatcher::InboxWatcher(TaskPoster& poster, ListingPoll listing_poll, Lister lister)

@@ -12,7 +12,8 @@
 
 namespace parlavox {
 
-// The names in a folder, subfolders included, not what lies below them.
+// What a folder holds, as "name size time" lines, subfolders included but not what lies
+// below them: a message sent again under the same name changes the listing too.
 std::set<std::string> ListFolder(const std::string& folder);
 
 // Watches the inward folder (not its subfolders) at the lowest priority and posts
