@@ -1,10 +1,17 @@
 #include "share/share_name.h"
 
+#include <arpa/inet.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
 #include <sys/stat.h>
+#include <unistd.h>
+
+#include <chrono>
 
 #include <gtest/gtest.h>
 
 #include "share/credentials.h"
+#include "share/smb_connection.h"
 #include "util/scratch_folder_test_util.h"
 
 namespace parlavox {
@@ -56,6 +63,31 @@ TEST(CredentialsTest, AreReadPerHostAndRefusedWhenOthersMayReadThem) {
   chmod(path.c_str(), 0644);  // as ssh refuses a key that others may read
   EXPECT_TRUE(file.For("fileserver", &refusal).username.empty());
   EXPECT_NE(refusal.find("may be read by others"), std::string::npos) << refusal;
+}
+
+// A server that accepts the connection and never answers, as a machine that hangs: the
+// read gives up after the time-out instead of holding its thread for good.
+TEST(SmbConnectionTest, AServerThatNeverAnswersIsGivenUpOnAfterTheTimeOut) {
+  const int listener = socket(AF_INET, SOCK_STREAM, 0);
+  ASSERT_GE(listener, 0);
+  sockaddr_in address{};
+  address.sin_family = AF_INET;
+  address.sin_addr.s_addr = htonl(0x7f000005);  // 127.0.0.5
+  ASSERT_EQ(bind(listener, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
+  ASSERT_EQ(listen(listener, 4), 0);
+  socklen_t length = sizeof address;
+  getsockname(listener, reinterpret_cast<sockaddr*>(&address), &length);
+  const std::string folder = "smb://127.0.0.5:" + std::to_string(ntohs(address.sin_port)) + "/s";
+
+  SmbConnections connections{CredentialsFile("/nonexistent/credentials.ini")};
+  const ShareLocation location = *ParseShareName(folder);
+  const auto began = std::chrono::steady_clock::now();
+  int error = 0;
+  EXPECT_FALSE(
+      connections.For(location).ReadFile(SmbUrl(location, "ParlavoxUserData"), 128, &error));
+  EXPECT_LT(std::chrono::steady_clock::now() - began, 3 * SmbConnection::kTimeout);
+  EXPECT_NE(error, 0);
+  close(listener);
 }
 
 }  // namespace
