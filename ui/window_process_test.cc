@@ -3,6 +3,7 @@
 
 #include <cmath>
 #include <filesystem>
+#include <map>
 #include <sstream>
 
 #include <gtest/gtest.h>
@@ -209,7 +210,19 @@ TEST_F(WindowTest, APictureOfTheWindowShowsUsersAndAPlayingMessage) {
   const char* target = std::getenv("PARLAVOX_SCREENSHOT");
   const std::string path = target != nullptr ? target : scratch_ / "window.png";
   ASSERT_EQ(desktop_.Run("import -window " + window_ + " -frame '" + path + "'"), 0);
-  EXPECT_TRUE(std::filesystem::file_size(path) > 1000);
+  // What the picture shows, by its colours: the playback meter lit, a row highlighted,
+  // and on it the selected user's light icon with its green "on" dot.
+  std::map<std::string, long> colours;
+  std::istringstream histogram(
+      desktop_.Output("convert '" + path + "' -format %c histogram:info:-"));
+  for (std::string line; std::getline(histogram, line);) {
+    const size_t hash = line.find('#');
+    if (hash != std::string::npos) colours[line.substr(hash, 7)] = std::stol(line);
+  }
+  EXPECT_GT(colours["#22C022"], 300) << "the playback meter is not lit";
+  EXPECT_GT(colours["#308CC6"] + colours["#2F8AC3"] + colours["#3190CB"], 1000)
+      << "no row is highlighted";
+  EXPECT_GT(colours["#40C057"], 10) << "the selected user's on dot does not show";
 }
 
 }  // namespace
