@@ -268,6 +268,34 @@ TEST_F(CallProcessTest, CopiesReachEachOtherThroughASambaServerByBothNameForms) 
   EXPECT_GT(SpeechFound(RawSamples(speech_ + ".raw"), ben_speaker.Heard()), 0.6) << ben_.log();
 }
 
+// Ben keeps his inward folder on the server itself: his record is published there, and
+// Ann's message is noticed, heard while it grows and deleted there, all through Samba.
+TEST_F(CallProcessTest, AnInwardFolderKeptOnASambaServerWorksThroughIt) {
+  const std::string on_server = scratch_ / "server-ben";
+  std::filesystem::create_directory(on_server);
+  SambaServer samba(scratch_ / "samba", {{"ben", on_server}});
+  ASSERT_TRUE(samba.Answers(10s)) << samba.log();
+  ASSERT_EQ(ben_.Control({"--quit"}).first, 0);
+  ben_.process().WaitForExit(10s);
+  ben_.SetOwnInwardFolder("smb://127.0.0.1/ben");
+  ann_.Set("users", "folder0", "\\\\127.0.0.1\\ben");
+  ben_.Start();
+  ASSERT_TRUE(ben_.WaitUntilAnswering()) << ben_.log();
+  ASSERT_TRUE(Eventually([&] { return FirstUserOn(ann_); }, 12s)) << ben_.log();
+  UserRecord published;
+  ASSERT_TRUE(ReadUserRecord(&published, on_server + "/ParlavoxUserData"));
+  EXPECT_TRUE(published.is_on());
+
+  SpeakerRecording ben_speaker(ben_server_, scratch_ / "ben-heard.raw");
+  Speak(ann_, ann_server_, {"--call", "0"});
+  const std::string message = on_server + "/" + std::to_string(ann_.OwnRecord().id) + ".wav";
+  ASSERT_TRUE(Eventually(
+      [&] { return !std::filesystem::exists(message) && !ben_.Status()["playing"].toBool(); }, 10s))
+      << ben_.log();
+  EXPECT_GT(SpeechFound(RawSamples(speech_ + ".raw"), ben_speaker.Heard()), 0.6) << ben_.log();
+  EXPECT_EQ(ben_.Status()["previous_caller"].toInt(), ann_.OwnRecord().id);
+}
+
 TEST_F(CallProcessTest, CallsToUsersWhoAreOffOrUnreachableWriteNothing) {
   ASSERT_TRUE(BothSeeEachOtherOn());
   ASSERT_EQ(ben_.Control({"--off"}).first, 0);

@@ -150,6 +150,12 @@ class IntercomCopy {
     WriteProfileString(settings(), section, key, value);
   }
 
+  // Names the copy's own inward folder in the person's folder store.
+  void SetOwnInwardFolder(const std::string& folder) const {
+    std::filesystem::create_directories(home_ + "/.config/parlavox");
+    WriteProfileString(home_ + "/.config/parlavox/folders.ini", "Folders", "Incoming", folder);
+  }
+
   // Writes the "keys" section: one {virtual key, modifiers, command} per hot key.
   void SetHotKeys(const std::vector<std::array<int, 3>>& keys) const {
     for (size_t i = 0; i < keys.size(); ++i) {

@@ -205,6 +205,10 @@ int main(int argc, char** argv) {
     std::fprintf(stderr, "parlavox: give one control option at a time\n");
     return 2;
   }
-  if (requested.size() == 1) return RunControlOption(requested[0].first, requested[0].second);
+  if (requested.size() == 1) {
+    SmbConnections smb(CredentialsFile::ForUser());
+    FolderRecordStore records(smb);
+    return RunControlOption(requested[0].first, requested[0].second, records);
+  }
   return RunIntercom(*application, termination, start);
 }

@@ -15,10 +15,10 @@ Session::Session(QCoreApplication& application, SettingsFile& settings, Intercom
                  std::vector<std::string> idle_texts, std::function<void()> quit)
     : application_(application),
       settings_(settings),
-      intercom_(
-          settings,
-          {clock_, player_, recorder_, mixer_, priority_, inbox_folder_, share_, watcher_, poller_},
-          view, std::move(idle_texts)),
+      intercom_(settings,
+                {clock_, player_, recorder_, mixer_, priority_, inbox_folder_, records_, share_,
+                 watcher_, poller_},
+                view, std::move(idle_texts)),
       x11_hot_keys_(X11HotKeys::Connect()),
       quit_(std::move(quit)),
       control_([this](std::string_view request, ControlServer::Reply reply) {

@@ -30,6 +30,7 @@
 #include "share/disk_inbox_folder.h"
 #include "share/folder_access.h"
 #include "share/presence_poller.h"
+#include "share/share_inbox_watcher.h"
 #include "util/serial_worker.h"
 
 namespace parlavox {
@@ -82,9 +83,11 @@ class Session {
   NiceProcessPriority priority_;
   DiskInboxFolder inbox_folder_{settings_, clock_};
   SmbConnections smb_{CredentialsFile::ForUser()};
+  FolderRecordStore records_{smb_};
   BackgroundShareAccess share_{share_worker_, poster_, smb_};
   UsersCache users_{settings_};
-  InboxWatcher watcher_{poster_};
+  InboxWatcher local_watcher_{poster_};
+  ShareInboxWatcher watcher_{local_watcher_, smb_, poster_};
   PresencePoller poller_{users_, poster_, [this](UserRecord* record, const std::string& folder) {
                            return ReadRecordInFolder(smb_, record, folder);
                          }};

@@ -19,14 +19,15 @@ void Complain(const std::string& message) {
   std::fprintf(stderr, "parlavox: %s\n", message.c_str());
 }
 
-int ChangeIdentityDirectly(const IdentityChange& change, const std::string& socket_path) {
+int ChangeIdentityDirectly(const IdentityChange& change, const std::string& socket_path,
+                           RecordStore& records) {
   const FileLock claim = ClaimRunningCopy(socket_path);  // held while the record is changed
   if (!claim.held()) {
     Complain("another copy is running but does not answer");
     return 1;
   }
   const SettingsFile settings = LocateSettings(FolderStore::FromEnvironment());
-  OwnRecord own(settings);
+  OwnRecord own(settings, records);
   own.Load();
   own.Change(change);
   if (!own.Publish()) {
@@ -38,7 +39,7 @@ int ChangeIdentityDirectly(const IdentityChange& change, const std::string& sock
 
 }  // namespace
 
-int RunControlOption(std::string_view option, std::string_view value) {
+int RunControlOption(std::string_view option, std::string_view value, RecordStore& records) {
   if (const std::optional<std::string> wrong = CheckControlValue(option, value)) {
     Complain(*wrong);
     return 2;
@@ -49,7 +50,7 @@ int RunControlOption(std::string_view option, std::string_view value) {
   const std::optional<std::string> answer = SendControlRequest(socket_path, request, kPatience);
   if (!answer) {
     if (const std::optional<IdentityChange> change = IdentityChangeFor(option, value)) {
-      return ChangeIdentityDirectly(*change, socket_path);
+      return ChangeIdentityDirectly(*change, socket_path, records);
     }
     Complain("no running copy");
     return 1;

@@ -10,7 +10,7 @@ Intercom::Intercom(SettingsFile& settings, IntercomParts parts, IntercomView& vi
       parts_(parts),
       view_(view),
       users_cache_(settings),
-      own_(settings),
+      own_(settings, parts.records),
       status_(parts.clock, std::move(idle_texts),
               [this](const std::string& text, bool idle) { view_.ShowStatus(text, idle); }),
       inbox_(parts.inbox_folder, parts.player, settings, users_cache_, parts.share, parts.clock,

@@ -16,6 +16,7 @@
 #include "core/own_record.h"
 #include "core/process_priority.h"
 #include "core/push_to_talk_hold.h"
+#include "core/record_store.h"
 #include "core/share_access.h"
 #include "core/status_line.h"
 #include "core/user_list.h"
@@ -36,6 +37,7 @@ struct IntercomParts {
   Mixer& mixer;
   ProcessPriority& priority;
   InboxFolder& inbox_folder;
+  RecordStore& records;
   ShareAccess& share;
   InboxWatching& watcher;
   PresencePolling& poller;

@@ -62,13 +62,14 @@ class IntercomBench : public testing::Test {
   FakeMixer mixer_;
   FakePriority priority_;
   FakeInboxFolder folder_;
+  DiskRecordStore records_;
   FakeShare share_;
   FakeWatcher watcher_;
   FakePoller poller_;
   RecordingView view_;
   Intercom intercom_{
       settings_,
-      {clock_, player_, recorder_, mixer_, priority_, folder_, share_, watcher_, poller_},
+      {clock_, player_, recorder_, mixer_, priority_, folder_, records_, share_, watcher_, poller_},
       view_,
       {"first idle", "second idle"}};
 };

@@ -22,6 +22,7 @@
 #include "core/inbox_folder.h"
 #include "core/intercom_view.h"
 #include "core/process_priority.h"
+#include "core/record_store.h"
 #include "core/share_access.h"
 #include "core/workers.h"
 
@@ -284,6 +285,17 @@ class FakeWatcher : public InboxWatching {
   std::string watching;
   std::function<void()> changed;
   std::function<void(bool)> usable;
+};
+
+// The record files of folders on this machine only.
+class DiskRecordStore : public RecordStore {
+ public:
+  bool Read(UserRecord* record, const std::string& folder) override {
+    return ReadUserRecord(record, folder + "/" + std::string(kUserRecordFileName));
+  }
+  bool Write(const UserRecord& record, const std::string& folder) override {
+    return WriteUserRecord(record, folder + "/" + std::string(kUserRecordFileName));
+  }
 };
 
 class FakePoller : public PresencePolling {

@@ -52,9 +52,10 @@ TEST_F(IntercomTest, IdentitySurvivesInTheRecordFile) {
   intercom_.End();
 
   FakeClock clock;
-  Intercom again(settings_,
-                 {clock, player_, recorder_, mixer_, priority_, folder_, share_, watcher_, poller_},
-                 view_, {});
+  Intercom again(
+      settings_,
+      {clock, player_, recorder_, mixer_, priority_, folder_, records_, share_, watcher_, poller_},
+      view_, {});
   again.Start();
   EXPECT_EQ(again.Snapshot().own.id, 77);
   EXPECT_EQ(again.Snapshot().own.Email(), "dana@example.org");

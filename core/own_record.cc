@@ -1,20 +1,17 @@
 #include "core/own_record.h"
 
-#include "util/paths.h"
-
 namespace parlavox {
 
 void OwnRecord::Load() {
   if (loaded_) {
-    ReadUserRecord(&record_, JoinPath(settings_.inward_folder(), kUserRecordFileName));
+    store_.Read(&record_, settings_.inward_folder());
     return;
   }
-  record_ = LoadOrCreateOwnRecord(settings_.inward_folder());
+  record_ = UserRecord();
+  if (!store_.Read(&record_, settings_.inward_folder())) record_ = NewOwnRecord();
   loaded_ = true;
 }
 
-bool OwnRecord::Publish() {
-  return WriteUserRecord(record_, JoinPath(settings_.inward_folder(), kUserRecordFileName));
-}
+bool OwnRecord::Publish() { return store_.Write(record_, settings_.inward_folder()); }
 
 }  // namespace parlavox

@@ -1,6 +1,7 @@
 #ifndef PARLAVOX_CORE_OWN_RECORD_H_
 #define PARLAVOX_CORE_OWN_RECORD_H_
 
+#include "core/record_store.h"
 #include "settings/settings_file.h"
 #include "words/identity.h"
 #include "words/user_record.h"
@@ -9,10 +10,12 @@ namespace parlavox {
 
 // The person's own record, which others read to see whether this intercom is on and
 // who its person is. It lives in the own inward folder (the one `settings` names at
-// the time of each call), where it is the only copy of the name, id and e-mail.
+// the time of each call), where it is the only copy of the name, id and e-mail; it is
+// read and written through `store`, which outlives this object.
 class OwnRecord {
  public:
-  explicit OwnRecord(const SettingsFile& settings) : settings_(settings) {}
+  OwnRecord(const SettingsFile& settings, RecordStore& store)
+      : settings_(settings), store_(store) {}
 
   // Reads the record from the inward folder over the one held; a short file changes
   // only what it holds. When there is none, the record held stays, except on the
@@ -31,6 +34,7 @@ class OwnRecord {
 
  private:
   const SettingsFile& settings_;
+  RecordStore& store_;
   UserRecord record_;
   bool loaded_ = false;
 };

@@ -4,6 +4,7 @@
 
 #include <filesystem>
 
+#include "share/inward_mirror.h"
 #include "util/paths.h"
 
 namespace parlavox {
@@ -28,7 +29,7 @@ void ForEachMessage(const std::string& folder, Use use) {
 }  // namespace
 
 std::string DiskInboxFolder::PathOf(const std::string& name) const {
-  return JoinPath(settings_.inward_folder(), name);
+  return JoinPath(LocalInwardFolder(settings_.inward_folder()), name);
 }
 
 void DiskInboxFolder::Delete(const std::string& name) {
@@ -45,16 +46,17 @@ void DiskInboxFolder::Clear() {
 std::vector<std::string> DiskInboxFolder::Messages() {
   std::vector<std::string> names;
   std::map<std::string, MessageLook> still_undeletable;
-  ForEachMessage(settings_.inward_folder(), [&](const std::filesystem::directory_entry& entry) {
-    std::string name = entry.path().filename().string();
-    if (const auto played = undeletable_.find(name); played != undeletable_.end()) {
-      if (LookAtMessage(entry.path()) == played->second) {
-        still_undeletable.insert(*played);
-        return;
-      }
-    }
-    names.push_back(std::move(name));
-  });
+  ForEachMessage(LocalInwardFolder(settings_.inward_folder()),
+                 [&](const std::filesystem::directory_entry& entry) {
+                   std::string name = entry.path().filename().string();
+                   if (const auto played = undeletable_.find(name); played != undeletable_.end()) {
+                     if (LookAtMessage(entry.path()) == played->second) {
+                       still_undeletable.insert(*played);
+                       return;
+                     }
+                   }
+                   names.push_back(std::move(name));
+                 });
   undeletable_ = std::move(still_undeletable);
   return names;
 }

@@ -15,8 +15,9 @@
 namespace parlavox {
 
 // The InboxFolder on the file system: the inward folder that `settings` names at the
-// time of each call. Still-coming messages are told apart by MessageArrivals on
-// `clock`; a held message is locked shared (LockMessage).
+// time of each call, or the local copy of one on a server (LocalInwardFolder). Still-coming
+// messages are told apart by MessageArrivals on `clock`; a held message is locked shared
+// (LockMessage).
 class DiskInboxFolder : public InboxFolder {
  public:
   DiskInboxFolder(const SettingsFile& settings, const Clock& clock)

@@ -10,7 +10,7 @@ bool ReadRecordInFolder(SmbConnections& smb, UserRecord* record, const std::stri
   const std::optional<ShareLocation> share = ParseShareName(folder);
   if (!share) return ReadUserRecord(record, JoinPath(folder, kUserRecordFileName));
   const std::optional<std::string> bytes =
-      smb.For(*share).ReadFile(SmbUrl(*share, kUserRecordFileName), kUserRecordSize);
+      smb.For(*share).ReadAt(SmbUrl(*share, kUserRecordFileName), 0, kUserRecordSize);
   if (!bytes) return false;
   auto fields = record->ToBytes();  // bytes past a short file keep their values
   std::copy(bytes->begin(), bytes->end(), fields.begin());
@@ -18,6 +18,15 @@ bool ReadRecordInFolder(SmbConnections& smb, UserRecord* record, const std::stri
   record->name.back() = '\0';
   record->email.back() = '\0';
   return true;
+}
+
+bool WriteRecordInFolder(SmbConnections& smb, const UserRecord& record, const std::string& folder) {
+  const std::optional<ShareLocation> share = ParseShareName(folder);
+  if (!share) return WriteUserRecord(record, JoinPath(folder, kUserRecordFileName));
+  const auto bytes = record.ToBytes();
+  return smb.For(*share).WriteWhole(
+      SmbUrl(*share, kUserRecordFileName),
+      std::string_view(reinterpret_cast<const char*>(bytes.data()), bytes.size()));
 }
 
 }  // namespace parlavox

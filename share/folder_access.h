@@ -3,6 +3,7 @@
 
 #include <string>
 
+#include "core/record_store.h"
 #include "share/smb_connection.h"
 #include "words/user_record.h"
 
@@ -13,6 +14,23 @@ namespace parlavox {
 // "smb://host/share/path") through `smb`. As ReadUserRecord: the bytes read replace
 // the record's; false when it can't be read.
 bool ReadRecordInFolder(SmbConnections& smb, UserRecord* record, const std::string& folder);
+// Writes the record into `folder`, named either way; false when it can't be written.
+bool WriteRecordInFolder(SmbConnections& smb, const UserRecord& record, const std::string& folder);
+
+// The RecordStore of folders named either way, over `smb`, which outlives it.
+class FolderRecordStore : public RecordStore {
+ public:
+  explicit FolderRecordStore(SmbConnections& smb) : smb_(smb) {}
+  bool Read(UserRecord* record, const std::string& folder) override {
+    return ReadRecordInFolder(smb_, record, folder);
+  }
+  bool Write(const UserRecord& record, const std::string& folder) override {
+    return WriteRecordInFolder(smb_, record, folder);
+  }
+
+ private:
+  SmbConnections& smb_;
+};
 
 }  // namespace parlavox
 

@@ -84,7 +84,7 @@ TEST(SmbConnectionTest, AServerThatNeverAnswersIsGivenUpOnAfterTheTimeOut) {
   const auto began = std::chrono::steady_clock::now();
   int error = 0;
   EXPECT_FALSE(
-      connections.For(location).ReadFile(SmbUrl(location, "ParlavoxUserData"), 128, &error));
+      connections.For(location).ReadAt(SmbUrl(location, "ParlavoxUserData"), 0, 128, &error));
   EXPECT_LT(std::chrono::steady_clock::now() - began, 3 * SmbConnection::kTimeout);
   EXPECT_NE(error, 0);
   close(listener);

@@ -24,6 +24,12 @@ void GiveCredentials(SMBCCTX* context, const char*, const char*, char* workgroup
   CopyInto(password, password_size, credentials->password);
 }
 
+// Keeps `code` for the caller that asked for it; false, so that it can end a failure.
+bool Failed(int* error, int code) {
+  if (error != nullptr) *error = code;
+  return false;
+}
+
 }  // namespace
 
 // A file open on the connection; every operation takes the connection's turn.
@@ -90,40 +96,97 @@ SmbConnection::~SmbConnection() {
   if (context_ != nullptr) smbc_free_context(context_, 1);
 }
 
-std::optional<std::string> SmbConnection::ReadFile(const std::string& url, size_t limit,
-                                                   int* error) {
+std::optional<std::string> SmbConnection::ReadAt(const std::string& url, int64_t offset,
+                                                 size_t size, int* error) {
   MutexLock lock(mutex_);
-  if (context_ == nullptr) {
-    if (error != nullptr) *error = ENOMEM;
-    return std::nullopt;
-  }
+  if (context_ == nullptr) return Failed(error, ENOMEM), std::nullopt;
   SMBCFILE* file = smbc_getFunctionOpen(context_)(context_, url.c_str(), O_RDONLY, 0);
-  if (file == nullptr) {
-    if (error != nullptr) *error = errno;
-    return std::nullopt;
-  }
-  std::string bytes(limit, '\0');
+  if (file == nullptr) return Failed(error, errno), std::nullopt;
+  std::string bytes(size, '\0');
   size_t got = 0;
-  while (got < limit) {
-    const ssize_t read =
-        smbc_getFunctionRead(context_)(context_, file, bytes.data() + got, limit - got);
-    if (read <= 0) break;
-    got += static_cast<size_t>(read);
+  if (offset == 0 || smbc_getFunctionLseek(context_)(context_, file, static_cast<off_t>(offset),
+                                                     SEEK_SET) == static_cast<off_t>(offset)) {
+    while (got < size) {
+      const ssize_t read =
+          smbc_getFunctionRead(context_)(context_, file, bytes.data() + got, size - got);
+      if (read <= 0) break;
+      got += static_cast<size_t>(read);
+    }
   }
   smbc_getFunctionClose(context_)(context_, file);
   bytes.resize(got);
   return bytes;
 }
 
+bool SmbConnection::WriteWhole(const std::string& url, std::string_view bytes, int* error) {
+  MutexLock lock(mutex_);
+  if (context_ == nullptr) return Failed(error, ENOMEM);
+  SMBCFILE* file =
+      smbc_getFunctionOpen(context_)(context_, url.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0666);
+  if (file == nullptr) return Failed(error, errno);
+  const ssize_t wrote = smbc_getFunctionWrite(context_)(context_, file, bytes.data(), bytes.size());
+  const int write_error = errno;
+  const bool closed = smbc_getFunctionClose(context_)(context_, file) == 0;
+  if (wrote != static_cast<ssize_t>(bytes.size())) return Failed(error, write_error);
+  return closed || Failed(error, errno);
+}
+
+bool SmbConnection::Remove(const std::string& url, int* error) {
+  MutexLock lock(mutex_);
+  if (context_ == nullptr) return Failed(error, ENOMEM);
+  return smbc_getFunctionUnlink(context_)(context_, url.c_str()) == 0 || Failed(error, errno);
+}
+
+std::optional<std::vector<SmbConnection::Entry>> SmbConnection::List(const std::string& folder_url,
+                                                                     int* error) {
+  MutexLock lock(mutex_);
+  if (context_ == nullptr) return Failed(error, ENOMEM), std::nullopt;
+  SMBCFILE* folder = smbc_getFunctionOpendir(context_)(context_, folder_url.c_str());
+  if (folder == nullptr) return Failed(error, errno), std::nullopt;
+  std::vector<Entry> entries;
+  while (const libsmb_file_info* info = smbc_getFunctionReaddirPlus(context_)(context_, folder)) {
+    const std::string name = info->name != nullptr ? info->name : "";
+    if (name.empty() || name == "." || name == "..") continue;
+    constexpr uint16_t kDirectoryAttribute = 0x10;
+    entries.push_back({.name = name,
+                       .size = static_cast<int64_t>(info->size),
+                       .modified_ns = info->mtime_ts.tv_sec * 1000000000LL + info->mtime_ts.tv_nsec,
+                       .is_folder = (info->attrs & kDirectoryAttribute) != 0});
+  }
+  smbc_getFunctionClosedir(context_)(context_, folder);
+  return entries;
+}
+
+namespace {
+
+// Ends the wait at the first change, or when the time is up.
+int EndWait(const smbc_notify_callback_action*, size_t, void*) { return 1; }
+
+}  // namespace
+
+bool SmbConnection::WaitForChange(const std::string& folder_url, std::chrono::milliseconds limit) {
+  MutexLock lock(mutex_);
+  if (context_ == nullptr) return false;
+  SMBCFILE* folder = smbc_getFunctionOpendir(context_)(context_, folder_url.c_str());
+  if (folder == nullptr) return false;
+  const int waited = smbc_getFunctionNotify(context_)(
+      context_, folder, 0,
+      SMBC_NOTIFY_CHANGE_FILE_NAME | SMBC_NOTIFY_CHANGE_SIZE | SMBC_NOTIFY_CHANGE_LAST_WRITE,
+      static_cast<unsigned>(limit.count()), &EndWait, nullptr);
+  smbc_getFunctionClosedir(context_)(context_, folder);
+  return waited == 0;
+}
+
 std::unique_ptr<WritableFile> SmbConnection::OpenForWriting(const std::string& url, int* error) {
   MutexLock lock(mutex_);
-  if (context_ == nullptr) return nullptr;
+  if (context_ == nullptr) return Failed(error, ENOMEM), nullptr;
   SMBCFILE* file = smbc_getFunctionOpen(context_)(context_, url.c_str(), O_WRONLY | O_CREAT, 0666);
-  if (file == nullptr) {
-    if (error != nullptr) *error = errno;
-    return nullptr;
-  }
+  if (file == nullptr) return Failed(error, errno), nullptr;
   return std::make_unique<File>(*this, file);
+}
+
+std::unique_ptr<SmbConnection> SmbConnections::NewPrivate(const ShareLocation& location) const {
+  return std::make_unique<SmbConnection>(location, credentials_.For(location.host, nullptr));
 }
 
 SmbConnection& SmbConnections::For(const ShareLocation& location) {

@@ -6,6 +6,8 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
+#include <vector>
 
 #include "audio/writable_file.h"
 #include "share/credentials.h"
@@ -29,9 +31,27 @@ class SmbConnection {
   SmbConnection(const SmbConnection&) = delete;
   SmbConnection& operator=(const SmbConnection&) = delete;
 
-  // The first `limit` bytes of the file at `url`; nullopt (and `error`) when it can't
-  // be read.
-  std::optional<std::string> ReadFile(const std::string& url, size_t limit, int* error = nullptr);
+  // What a folder holds, one entry a name ("." and ".." left out).
+  struct Entry {
+    std::string name;
+    int64_t size = 0;
+    int64_t modified_ns = 0;
+    bool is_folder = false;
+  };
+
+  // At most `size` bytes of the file at `url` from `offset` on (fewer at its end);
+  // nullopt (and `error`) when it can't be read.
+  std::optional<std::string> ReadAt(const std::string& url, int64_t offset, size_t size,
+                                    int* error = nullptr);
+  // Replaces the file at `url` with `bytes`.
+  bool WriteWhole(const std::string& url, std::string_view bytes, int* error = nullptr);
+  bool Remove(const std::string& url, int* error = nullptr);
+  std::optional<std::vector<Entry>> List(const std::string& folder_url, int* error = nullptr);
+  // Waits up to `limit` for the server to report a change in the folder at `folder_url`:
+  // a name made, removed or renamed, or a file written. Returns false at once when the
+  // server can't report changes. It holds the connection while it waits: use a
+  // connection of its own for it.
+  bool WaitForChange(const std::string& folder_url, std::chrono::milliseconds limit);
   // The file at `url` for writing, made when missing; null when it can't be opened. It
   // uses this connection, which must outlive it.
   std::unique_ptr<WritableFile> OpenForWriting(const std::string& url, int* error = nullptr);
@@ -49,6 +69,8 @@ class SmbConnections {
  public:
   explicit SmbConnections(CredentialsFile credentials) : credentials_(std::move(credentials)) {}
   SmbConnection& For(const ShareLocation& location);
+  // A connection that is not shared, for work that holds it long (WaitForChange).
+  std::unique_ptr<SmbConnection> NewPrivate(const ShareLocation& location) const;
 
  private:
   const CredentialsFile credentials_;

@@ -17,9 +17,8 @@ std::string AccountName() {
   return full_name.empty() ? account->pw_name : full_name;
 }
 
-UserRecord LoadOrCreateOwnRecord(const std::string& inward_folder) {
+UserRecord NewOwnRecord() {
   UserRecord record;
-  if (ReadUserRecord(&record, JoinPath(inward_folder, kUserRecordFileName))) return record;
   std::random_device entropy;
   record.id = std::uniform_int_distribution<int32_t>(1, 2147483647)(entropy);
   record.SetName(AccountName());

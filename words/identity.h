@@ -13,10 +13,9 @@ namespace parlavox {
 // account's GECOS field, else the login name.
 std::string AccountName();
 
-// Loads the own record from `inward_folder`. When there is none yet (a first start),
-// makes one: off, a random id from 1 to 2^31 - 1 and the account's name. The new
-// record is not written; turning the intercom on writes it.
-UserRecord LoadOrCreateOwnRecord(const std::string& inward_folder);
+// The own record of a person who has none yet (a first start): off, a random id from
+// 1 to 2^31 - 1 and the account's name.
+UserRecord NewOwnRecord();
 
 // A change of the person's name, id or e-mail text; fields left empty stay as they are.
 struct IdentityChange {

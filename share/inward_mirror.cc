@@ -1,0 +1,119 @@
+#include "share/inward_mirror.h"
+
+#include <fcntl.h>
+#include <strings.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+
+#include "share/message_file.h"
+#include "share/share_name.h"
+#include "util/paths.h"
+
+namespace parlavox {
+namespace {
+
+// Room enough for any header the writers of messages make; read again with every pass
+// that finds more, as the writer refreshes its header.
+constexpr int64_t kHeaderBytes = 4096;
+constexpr size_t kReadPiece = 64 * 1024;
+
+bool IsMessageName(const std::string& name) {
+  return name.size() >= 4 && strcasecmp(name.c_str() + name.size() - 4, ".wav") == 0;
+}
+
+bool Exists(const std::string& path) {
+  struct stat status {};
+  return lstat(path.c_str(), &status) == 0;
+}
+
+bool WriteAt(int fd, const std::string& bytes, int64_t offset) {
+  return pwrite(fd, bytes.data(), bytes.size(), static_cast<off_t>(offset)) ==
+         static_cast<ssize_t>(bytes.size());
+}
+
+}  // namespace
+
+std::string LocalInwardFolder(const std::string& inward_folder) {
+  if (!ParseShareName(inward_folder)) return inward_folder;
+  std::string place = SmbUrl(*ParseShareName(inward_folder)).substr(6);  // past "smb://"
+  std::replace_if(
+      place.begin(), place.end(), [](char c) { return c == '/' || c == ':'; }, '_');
+  const std::string runtime = XdgRuntimeDir();
+  return JoinPath(runtime.empty() ? XdgDataHome() : runtime, "parlavox/inward/" + place);
+}
+
+void InwardMirror::ClearRemote() {
+  const std::optional<std::vector<RemoteFolder::File>> files = remote_.Files();
+  if (!files) return;
+  for (const RemoteFolder::File& file : *files) {
+    if (IsMessageName(file.name)) remote_.Remove(file.name);
+  }
+}
+
+bool InwardMirror::Sync() {
+  const std::optional<std::vector<RemoteFolder::File>> files = remote_.Files();
+  if (!files) return false;
+  copied_ = false;
+  std::map<std::string, Copy> copies;
+  for (const RemoteFolder::File& file : *files) {
+    if (!IsMessageName(file.name)) continue;
+    const std::string local = JoinPath(local_folder_, file.name);
+    std::optional<Copy> known;
+    if (const auto found = copies_.find(file.name); found != copies_.end()) known = found->second;
+    const bool unchanged =
+        known && known->size == file.size && known->modified_ns == file.modified_ns;
+    const bool local_exists = Exists(local);
+    if (known && !local_exists) {
+      // The inbox is done with it: it goes from the server too, unless a new message
+      // came under its name meanwhile.
+      if (unchanged) {
+        if (!remote_.Remove(file.name)) copies[file.name] = *known;
+        continue;
+      }
+      known.reset();
+    }
+    if (unchanged) {
+      copies[file.name] = *known;
+      continue;
+    }
+    const bool afresh = !known || file.size < known->size;
+    if (afresh && local_exists && LockMessage(local, FileLock::Kind::kExclusive).refused()) {
+      if (known) copies[file.name] = *known;  // heard just now; the new one comes after
+      continue;
+    }
+    if (const std::optional<Copy> copy = CopyDown(file, afresh ? 0 : known->size, local)) {
+      copies[file.name] = *copy;
+      copied_ = true;
+    } else if (known) {
+      copies[file.name] = *known;
+    }
+  }
+  copies_ = std::move(copies);
+  return true;
+}
+
+std::optional<InwardMirror::Copy> InwardMirror::CopyDown(const RemoteFolder::File& file,
+                                                         int64_t from, const std::string& local) {
+  const int fd =
+      open(local.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC | (from == 0 ? O_TRUNC : 0), 0600);
+  if (fd < 0) return std::nullopt;
+  Copy copy{from, file.modified_ns};
+  if (from > 0) {
+    const std::optional<std::string> header =
+        remote_.Read(file.name, 0, static_cast<size_t>(std::min(from, kHeaderBytes)));
+    if (header) WriteAt(fd, *header, 0);
+  }
+  while (copy.size < file.size) {
+    const size_t want = static_cast<size_t>(std::min<int64_t>(file.size - copy.size, kReadPiece));
+    const std::optional<std::string> bytes = remote_.Read(file.name, copy.size, want);
+    if (!bytes || bytes->empty() || !WriteAt(fd, *bytes, copy.size)) break;
+    copy.size += static_cast<int64_t>(bytes->size());
+  }
+  close(fd);
+  if (copy.size == from && from > 0 && copy.size != file.size) return std::nullopt;
+  return copy;
+}
+
+}  // namespace parlavox

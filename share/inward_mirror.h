@@ -1,0 +1,76 @@
+#ifndef PARLAVOX_SHARE_INWARD_MIRROR_H_
+#define PARLAVOX_SHARE_INWARD_MIRROR_H_
+
+#include <chrono>
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace parlavox {
+
+// A folder on a server, as the mirror below reaches it.
+class RemoteFolder {
+ public:
+  struct File {
+    std::string name;
+    int64_t size = 0;
+    int64_t modified_ns = 0;
+  };
+
+  virtual ~RemoteFolder() = default;
+  // The files in the folder (not its subfolders); nullopt when it can't be listed.
+  virtual std::optional<std::vector<File>> Files() = 0;
+  // At most `size` bytes of a file from `offset` on; nullopt when it can't be read.
+  virtual std::optional<std::string> Read(const std::string& name, int64_t offset, size_t size) = 0;
+  virtual bool Remove(const std::string& name) = 0;
+  // Waits up to `limit` for the server to report a change in the folder; returns false
+  // at once where it can't.
+  virtual bool WaitForChange(std::chrono::milliseconds limit) = 0;
+};
+
+// Where the messages of the own inward folder are played from: the folder itself, or
+// for a folder named as on an SMB share, a folder of this machine that InwardMirror
+// keeps in step with it (under $XDG_RUNTIME_DIR, else $XDG_DATA_HOME).
+std::string LocalInwardFolder(const std::string& inward_folder);
+
+// Keeps a local folder in step with the messages of an inward folder on a server, so
+// that the inbox plays them as it plays local ones: each message is copied down while
+// it grows; one that the inbox deleted here (played, or thrown away) is deleted on the
+// server as well, unless it changed there since. A message sent again under the same
+// name is copied afresh, but never over a copy the inbox holds (is playing).
+class InwardMirror {
+ public:
+  // `remote` outlives this object.
+  InwardMirror(RemoteFolder& remote, std::string local_folder)
+      : remote_(remote), local_folder_(std::move(local_folder)) {}
+
+  // Deletes the messages that wait on the server, as the inbox does with local ones
+  // when the intercom starts.
+  void ClearRemote();
+  // One pass over the server's folder; false when it can't be listed.
+  bool Sync();
+  // Whether the last pass copied anything.
+  bool copied() const { return copied_; }
+
+ private:
+  // The server's file as it was when last copied.
+  struct Copy {
+    int64_t size = 0;
+    int64_t modified_ns = 0;
+  };
+  // Copies `file` into `local` from `from` on (0: afresh), with its header again; the
+  // copy as far as it got, nullopt when nothing could be copied.
+  std::optional<Copy> CopyDown(const RemoteFolder::File& file, int64_t from,
+                               const std::string& local);
+
+  RemoteFolder& remote_;
+  const std::string local_folder_;
+  std::map<std::string, Copy> copies_;
+  bool copied_ = false;
+};
+
+}  // namespace parlavox
+
+#endif  // PARLAVOX_SHARE_INWARD_MIRROR_H_

@@ -1,0 +1,144 @@
+#include "share/inward_mirror.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <filesystem>
+
+#include <gtest/gtest.h>
+
+#include "share/message_file.h"
+#include "util/scratch_folder_test_util.h"
+
+namespace parlavox {
+namespace {
+
+// A fake server: a folder on this machine stands in for the one on the share.
+class FolderAsServer : public RemoteFolder {
+ public:
+  explicit FolderAsServer(std::string folder) : folder_(std::move(folder)) {}
+
+  std::optional<std::vector<File>> Files() override {
+    std::error_code error;
+    std::vector<File> files;
+    for (const auto& entry : std::filesystem::directory_iterator(folder_, error)) {
+      if (!entry.is_regular_file()) continue;
+      struct stat status {};
+      stat(entry.path().c_str(), &status);
+      files.push_back({entry.path().filename().string(), status.st_size,
+                       status.st_mtim.tv_sec * 1000000000LL + status.st_mtim.tv_nsec});
+    }
+    if (error) return std::nullopt;
+    return files;
+  }
+  std::optional<std::string> Read(const std::string& name, int64_t offset, size_t size) override {
+    const std::string text = FileText(folder_ + "/" + name);
+    if (offset > static_cast<int64_t>(text.size())) return std::string();
+    return text.substr(static_cast<size_t>(offset), size);
+  }
+  bool Remove(const std::string& name) override {
+    return std::filesystem::remove(folder_ + "/" + name);
+  }
+  bool WaitForChange(std::chrono::milliseconds) override { return false; }
+
+ private:
+  std::string folder_;
+};
+
+class InwardMirrorTest : public testing::Test {
+ protected:
+  InwardMirrorTest() {
+    std::filesystem::create_directory(scratch_ / "server");
+    std::filesystem::create_directory(scratch_ / "here");
+  }
+  std::string OnServer(const std::string& name) const { return scratch_ / ("server/" + name); }
+  std::string Here(const std::string& name) const { return scratch_ / ("here/" + name); }
+  // Appends to a file on the server, moving its time stamp on as a write would.
+  void Append(const std::string& name, const std::string& text) {
+    WriteFileText(OnServer(name), FileText(OnServer(name)) + text);
+    Touch(OnServer(name));
+  }
+  void Touch(const std::string& path) {
+    ++tick_;
+    const timespec times[2] = {{tick_, 0}, {tick_, 0}};
+    utimensat(AT_FDCWD, path.c_str(), times, 0);
+  }
+
+  ScratchFolder scratch_;
+  FolderAsServer server_{scratch_ / "server"};
+  InwardMirror mirror_{server_, scratch_ / "here"};
+  time_t tick_ = 1000000;
+};
+
+TEST_F(InwardMirrorTest, AGrowingMessageIsCopiedAsItGrowsAndGoesFromTheServerOncePlayed) {
+  Append("7.wav", "HEAD----");
+  ASSERT_TRUE(mirror_.Sync());
+  EXPECT_TRUE(mirror_.copied());
+  EXPECT_EQ(FileText(Here("7.wav")), "HEAD----");
+  Append("7.wav", "sound");
+  ASSERT_TRUE(mirror_.Sync());
+  EXPECT_EQ(FileText(Here("7.wav")), "HEAD----sound");
+  // The writer ends with the exact header, the size unchanged.
+  WriteFileText(OnServer("7.wav"), "head----sound");
+  Touch(OnServer("7.wav"));
+  ASSERT_TRUE(mirror_.Sync());
+  EXPECT_EQ(FileText(Here("7.wav")), "head----sound");
+  ASSERT_TRUE(mirror_.Sync());
+  EXPECT_FALSE(mirror_.copied());
+  EXPECT_TRUE(std::filesystem::exists(OnServer("7.wav")));
+
+  std::filesystem::remove(Here("7.wav"));  // the inbox played it
+  ASSERT_TRUE(mirror_.Sync());
+  EXPECT_FALSE(std::filesystem::exists(OnServer("7.wav")));
+  EXPECT_FALSE(std::filesystem::exists(Here("7.wav")));
+}
+
+TEST_F(InwardMirrorTest, AMessageSentAgainUnderItsNameIsCopiedAfreshButNeverOverOneBeingHeard) {
+  Append("7.wav", "first message");
+  ASSERT_TRUE(mirror_.Sync());
+  {
+    const FileLock heard = LockMessage(Here("7.wav"), FileLock::Kind::kShared);
+    WriteFileText(OnServer("7.wav"), "second");
+    Touch(OnServer("7.wav"));
+    ASSERT_TRUE(mirror_.Sync());
+    EXPECT_EQ(FileText(Here("7.wav")), "first message");
+  }
+  ASSERT_TRUE(mirror_.Sync());
+  EXPECT_EQ(FileText(Here("7.wav")), "second");
+
+  // Played here while a third one arrived there: that one stays, and comes down.
+  std::filesystem::remove(Here("7.wav"));
+  Append("7.wav", " and third");
+  ASSERT_TRUE(mirror_.Sync());
+  EXPECT_EQ(FileText(Here("7.wav")), "second and third");
+  EXPECT_TRUE(std::filesystem::exists(OnServer("7.wav")));
+}
+
+TEST_F(InwardMirrorTest, ClearingTakesOnlyMessagesAndAFolderThatIsGoneCantBeSynced) {
+  Append("7.wav", "old");
+  Append("8.WAV", "old");
+  Append("ParlavoxUserData", "record");
+  Append("notes.txt", "notes");
+  mirror_.ClearRemote();
+  ASSERT_TRUE(mirror_.Sync());
+  EXPECT_FALSE(mirror_.copied());
+  EXPECT_FALSE(std::filesystem::exists(OnServer("7.wav")));
+  EXPECT_FALSE(std::filesystem::exists(OnServer("8.WAV")));
+  EXPECT_TRUE(std::filesystem::exists(OnServer("ParlavoxUserData")));
+  EXPECT_FALSE(std::filesystem::exists(Here("notes.txt")));
+
+  std::filesystem::remove_all(scratch_ / "server");
+  EXPECT_FALSE(mirror_.Sync());
+}
+
+TEST(LocalInwardFolderTest, AFolderOnAShareIsPlayedFromACopyOfItsOwnAndALocalOneFromItself) {
+  EXPECT_EQ(LocalInwardFolder("/home/ann/Incoming"), "/home/ann/Incoming");
+  setenv("XDG_RUNTIME_DIR", "/run/user/1000", 1);
+  EXPECT_EQ(LocalInwardFolder("\\\\fileserver\\office\\ann"),
+            "/run/user/1000/parlavox/inward/fileserver_office_ann");
+  EXPECT_EQ(LocalInwardFolder("smb://fileserver:4445/office/ann"),
+            "/run/user/1000/parlavox/inward/fileserver_4445_office_ann");
+}
+
+}  // namespace
+}  // namespace parlavox

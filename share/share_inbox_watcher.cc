@@ -1,0 +1,126 @@
+#include "share/share_inbox_watcher.h"
+
+#include <filesystem>
+
+#include "share/inward_mirror.h"
+#include "share/share_name.h"
+#include "util/worker_thread.h"
+
+namespace parlavox {
+namespace {
+
+// An inward folder on an SMB share, reached through connections of its own: one that
+// lists and reads, and one that waits for the server's change notification. A wait
+// that ends before the server reported anything leaves its request pending, and the
+// next request on that connection may fail (then the waiting falls back to polling),
+// so nothing else uses it.
+class SmbRemoteFolder : public RemoteFolder {
+ public:
+  SmbRemoteFolder(std::unique_ptr<SmbConnection> connection,
+                  std::unique_ptr<SmbConnection> notifying, ShareLocation location)
+      : connection_(std::move(connection)),
+        notifying_(std::move(notifying)),
+        location_(std::move(location)) {}
+
+  std::optional<std::vector<File>> Files() override {
+    const auto entries = connection_->List(SmbUrl(location_));
+    if (!entries) return std::nullopt;
+    std::vector<File> files;
+    for (const SmbConnection::Entry& entry : *entries) {
+      if (!entry.is_folder) files.push_back({entry.name, entry.size, entry.modified_ns});
+    }
+    return files;
+  }
+  std::optional<std::string> Read(const std::string& name, int64_t offset, size_t size) override {
+    return connection_->ReadAt(SmbUrl(location_, name), offset, size);
+  }
+  bool Remove(const std::string& name) override {
+    return connection_->Remove(SmbUrl(location_, name));
+  }
+  bool WaitForChange(std::chrono::milliseconds limit) override {
+    return notifying_->WaitForChange(SmbUrl(location_), limit);
+  }
+
+ private:
+  std::unique_ptr<SmbConnection> connection_;
+  std::unique_ptr<SmbConnection> notifying_;
+  ShareLocation location_;
+};
+
+}  // namespace
+
+class ShareInboxWatcher::MirrorThread : public WorkerThread {
+ public:
+  MirrorThread(std::unique_ptr<RemoteFolder> remote, const std::string& local_folder,
+               TaskPoster& owner, std::function<void(bool)> usable)
+      : remote_(std::move(remote)),
+        mirror_(*remote_, local_folder),
+        owner_(owner),
+        usable_(std::move(usable)) {}
+  ~MirrorThread() override { Stop(); }
+
+ protected:
+  void Run() override {
+    mirror_.ClearRemote();
+    bool usable = true;
+    auto last_copy = std::chrono::steady_clock::time_point();
+    while (!StopRequested()) {
+      const bool reached = mirror_.Sync();
+      if (reached != usable) {
+        usable = reached;
+        owner_.Post([usable_ = usable_, reached] { usable_(reached); });
+      }
+      if (!reached) {
+        WaitForStop(kIdleWait);
+        continue;
+      }
+      const auto now = std::chrono::steady_clock::now();
+      if (mirror_.copied()) last_copy = now;
+      // A message that grew lately may grow on: look again soon.
+      const auto wait = now - last_copy < std::chrono::seconds(2) ? kGrowingWait : kIdleWait;
+      if (!remote_->WaitForChange(wait)) WaitForStop(wait);
+    }
+  }
+
+ private:
+  std::unique_ptr<RemoteFolder> remote_;
+  InwardMirror mirror_;
+  TaskPoster& owner_;
+  std::function<void(bool)> usable_;
+};
+
+ShareInboxWatcher::ShareInboxWatcher(InboxWatching& local, SmbConnections& smb, TaskPoster& owner)
+    : local_(local), smb_(smb), owner_(owner) {}
+
+ShareInboxWatcher::~ShareInboxWatcher() = default;
+
+void ShareInboxWatcher::StartWatching(const std::string& folder, std::function<void()> changed,
+                                      std::function<void(bool usable)> usable) {
+  mirror_.reset();
+  const std::optional<ShareLocation> share = ParseShareName(folder);
+  if (!share) return local_.StartWatching(folder, std::move(changed), std::move(usable));
+  const std::string local_folder = LocalInwardFolder(folder);
+  std::error_code ignored;
+  std::filesystem::create_directories(local_folder, ignored);
+  std::filesystem::permissions(local_folder, std::filesystem::perms::owner_all, ignored);
+  local_.StartWatching(local_folder, changed, usable);
+  mirror_ = std::make_unique<MirrorThread>(
+      std::make_unique<SmbRemoteFolder>(smb_.NewPrivate(*share), smb_.NewPrivate(*share), *share),
+      local_folder, owner_, [usable, changed](bool reached) {
+        usable(reached);
+        if (reached) changed();
+      });
+  mirror_->Start(WorkerThread::kPriorityLowest);
+}
+
+void ShareInboxWatcher::AskToStop() {
+  if (mirror_) mirror_->RequestStop();
+  local_.AskToStop();
+}
+
+void ShareInboxWatcher::StopWatching() {
+  mirror_.reset();
+  local_.StopWatching();
+}
+
+}  // namespace parlavox

@@ -1,0 +1,47 @@
+#ifndef PARLAVOX_SHARE_SHARE_INBOX_WATCHER_H_
+#define PARLAVOX_SHARE_SHARE_INBOX_WATCHER_H_
+
+#include <chrono>
+#include <functional>
+#include <memory>
+#include <string>
+
+#include "core/workers.h"
+#include "share/smb_connection.h"
+#include "util/task_poster.h"
+
+namespace parlavox {
+
+// Watches the own inward folder wherever it is named to be. A folder on the file system
+// is left to `local`. For one on an SMB share, a thread keeps the folder's local copy
+// (LocalInwardFolder) in step with the server through an InwardMirror, and `local`
+// watches that copy: the server's change notification wakes the thread at once, and it
+// also looks every second where the server can't notify (so idle, it wakes at most once
+// a second), and every 100 ms while a message grows. A server that can't be reached is
+// reported unusable, and usable again once it answers. `local`, `smb` and `owner`
+// outlive this object.
+class ShareInboxWatcher : public InboxWatching {
+ public:
+  static constexpr std::chrono::milliseconds kIdleWait{1000};
+  static constexpr std::chrono::milliseconds kGrowingWait{100};
+
+  ShareInboxWatcher(InboxWatching& local, SmbConnections& smb, TaskPoster& owner);
+  ~ShareInboxWatcher() override;
+
+  void StartWatching(const std::string& folder, std::function<void()> changed,
+                     std::function<void(bool usable)> usable) override;
+  void AskToStop() override;
+  void StopWatching() override;
+
+ private:
+  class MirrorThread;
+
+  InboxWatching& local_;
+  SmbConnections& smb_;
+  TaskPoster& owner_;
+  std::unique_ptr<MirrorThread> mirror_;
+};
+
+}  // namespace parlavox
+
+#endif  // PARLAVOX_SHARE_SHARE_INBOX_WATCHER_H_
