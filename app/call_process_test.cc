@@ -296,6 +296,74 @@ TEST_F(CallProcessTest, AnInwardFolderKeptOnASambaServerWorksThroughIt) {
   EXPECT_EQ(ben_.Status()["previous_caller"].toInt(), ann_.OwnRecord().id);
 }
 
+// Ann lists a colleague on a server that refuses her account and one on a machine that
+// takes connections and never answers: each trouble is said once, naming the server,
+// neither holds up her view of Ben, and a password put right is used at the next poll.
+TEST_F(CallProcessTest, ASambaServerThatRefusesAndOneThatNeverAnswersAreNamedOnceAndHoldUpNobody) {
+  const std::string office = scratch_ / "office";
+  ASSERT_TRUE(PublishUser(office + "/carol", "Carol", 303, true));
+  SambaServer samba(scratch_ / "samba", {}, {{"office", office}});
+  ASSERT_TRUE(samba.account_added()) << samba.log();
+  ASSERT_TRUE(samba.Answers(10s)) << samba.log();
+  const SilentListener hung;
+  ASSERT_NE(hung.port(), 0);
+  ASSERT_EQ(ann_.Control({"--quit"}).first, 0);
+  ann_.process().WaitForExit(10s);
+  ann_.Set("users", "foldercount", "4");
+  ann_.Set("users", "folder2", "\\\\127.0.0.1\\office\\carol");
+  ann_.Set("users", "folder3", hung.Folder("hangs"));
+  ann_.SetCredentials("[127.0.0.1]\nusername=root\npassword=wrong\n");
+  ann_.Start();
+  ASSERT_TRUE(ann_.WaitUntilAnswering()) << ann_.log();
+  EXPECT_TRUE(Eventually([&] { return FirstUserOn(ann_); }, 10s)) << ann_.log();
+  const std::string refused =
+      "Server 127.0.0.1 refused the account \"root\": wrong user name or password";
+  const std::string hangs = "Server 127.0.0.5 does not answer";
+  ASSERT_TRUE(Eventually(
+      [&] {
+        const std::string log = ann_.log();
+        return log.find(refused) != std::string::npos && log.find(hangs) != std::string::npos;
+      },
+      15s))
+      << ann_.log();
+
+  ann_.SetCredentials("[127.0.0.1]\nusername=root\npassword=" +
+                      std::string(SambaServer::kPassword));
+  const auto carol = [&] { return ann_.Status()["users"].toArray()[2].toObject(); };
+  ASSERT_TRUE(Eventually([&] { return carol()["on"].toBool(); }, 15s)) << ann_.log();
+  EXPECT_EQ(carol()["name"].toString(), "Carol");
+  const auto count = [](const std::string& text, const std::string& part) {
+    size_t found = 0;
+    for (size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1)) {
+      ++found;
+    }
+    return found;
+  };
+  const std::string log = ann_.log();
+  EXPECT_EQ(count(log, refused), 1u) << log;
+  EXPECT_EQ(count(log, hangs), 1u) << log;
+}
+
+// A network 20 ms slower a round trip (a relay that holds every packet back 10 ms each
+// way) between Ann and the server of Ben's folder: the whole speech arrives.
+TEST_F(CallProcessTest, ThroughASlowerNetworkToASambaServerTheWholeSpeechArrives) {
+  SambaServer samba(scratch_ / "samba", {{"ben", ben_.inward_folder()}});
+  ASSERT_TRUE(samba.Answers(10s)) << samba.log();
+  ChildProcess relay(
+      {"/usr/bin/python3", PARLAVOX_TCP_RELAY, "127.0.0.1:4450", "127.0.0.1:445", "10"},
+      {"PATH=/usr/bin:/bin"}, scratch_ / "relay.out", scratch_ / "relay.err");
+  ASSERT_TRUE(
+      Eventually([&] { return FileText(scratch_ / "relay.out").starts_with("relaying"); }, 10s))
+      << FileText(scratch_ / "relay.err");
+  ann_.Set("users", "folder0", "smb://127.0.0.1:4450/ben");
+  ASSERT_TRUE(BothSeeEachOtherOn()) << ann_.log();
+
+  SpeakerRecording ben_speaker(ben_server_, scratch_ / "ben-heard.raw");
+  Speak(ann_, ann_server_, {"--call", "0"});
+  ASSERT_TRUE(AllPlayed(ben_, 15s)) << ben_.log();
+  EXPECT_GT(SpeechFound(RawSamples(speech_ + ".raw"), ben_speaker.Heard()), 0.6) << ben_.log();
+}
+
 TEST_F(CallProcessTest, CallsToUsersWhoAreOffOrUnreachableWriteNothing) {
   ASSERT_TRUE(BothSeeEachOtherOn());
   ASSERT_EQ(ben_.Control({"--off"}).first, 0);

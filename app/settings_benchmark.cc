@@ -15,7 +15,7 @@
 namespace parlavox {
 namespace {
 
-bool ReadLocalRecord(UserRecord* record, const std::string& folder) {
+bool ReadLocalRecord(UserRecord* record, const std::string& folder, std::string*) {
   return ReadUserRecord(record, JoinPath(folder, kUserRecordFileName));
 }
 

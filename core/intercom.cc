@@ -41,7 +41,9 @@ void Intercom::StartWorkers() {
   parts_.watcher.StartWatching(settings_.inward_folder(),
                                lifetime_.Bind([this] { inbox_.PlayNext(); }),
                                lifetime_.Bind([this](bool usable) { OnInwardFolder(usable); }));
-  parts_.poller.StartPolling(lifetime_.Bind([this] { FillUserList(); }));
+  parts_.poller.StartPolling(
+      lifetime_.Bind([this] { FillUserList(); }),
+      lifetime_.Bind([this](const std::string& trouble) { status_.ShowStatus(trouble); }));
 }
 
 void Intercom::OnInwardFolder(bool usable) {

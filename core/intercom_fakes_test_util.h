@@ -300,14 +300,17 @@ class DiskRecordStore : public RecordStore {
 
 class FakePoller : public PresencePolling {
  public:
-  void StartPolling(std::function<void()> changed) override {
+  void StartPolling(std::function<void()> changed,
+                    std::function<void(const std::string&)> trouble) override {
     polling = true;
     this->changed = std::move(changed);
+    this->trouble = std::move(trouble);
   }
   void AskToStop() override { polling = false; }
   void StopPolling() override { polling = false; }
   bool polling = false;
   std::function<void()> changed;
+  std::function<void(const std::string&)> trouble;
 };
 
 // Remembers everything it was shown.

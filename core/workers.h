@@ -29,8 +29,10 @@ class PresencePolling {
  public:
   virtual ~PresencePolling() = default;
   // Stops a poll that runs (waiting for it), then polls and calls `changed` after the
-  // first pass and after every pass that changed a name or an on/off state.
-  virtual void StartPolling(std::function<void()> changed) = 0;
+  // first pass and after every pass that changed a name or an on/off state, and
+  // `trouble` once with each new sentence on a server that can't be reached or refuses.
+  virtual void StartPolling(std::function<void()> changed,
+                            std::function<void(const std::string&)> trouble) = 0;
   virtual void AskToStop() = 0;
   virtual void StopPolling() = 0;
 };

@@ -1,12 +1,20 @@
 #include "share/background_share_access.h"
 
 #include "audio/queued_wave_file_writer.h"
+#include "share/batched_writable_file.h"
 #include "share/folder_access.h"
 #include "share/message_file.h"
 #include "share/watched_message_writer.h"
 #include "util/paths.h"
 
 namespace parlavox {
+namespace {
+
+// A tenth of a second of a call's sound a write to a server: few round trips, and the
+// callee still hears it soon.
+constexpr size_t kBatchBytes = 11025 * 2 / 10;
+
+}  // namespace
 
 TaskPoster& BackgroundShareAccess::WorkerFor(const std::string& folder) {
   const std::optional<ShareLocation> share = ParseShareName(folder);
@@ -69,8 +77,12 @@ void BackgroundShareAccess::OpenOnShare(const ShareLocation& share, const std::s
   worker.Post([this, &worker, url = SmbUrl(share, name), share, done = std::move(done),
                reports = std::move(reports)]() mutable {
     MessageOpening opening;
+    std::unique_ptr<WritableFile> on_server = smb_.For(share).OpenForWriting(url);
+    if (on_server) {
+      on_server = std::make_unique<BatchedWritableFile>(std::move(on_server), kBatchBytes);
+    }
     std::shared_ptr<WaveFileWriter> file =
-        CreateWaveFileWriter(smb_.For(share).OpenForWriting(url), 11025, 1, 16, 0);
+        CreateWaveFileWriter(std::move(on_server), 11025, 1, 16, 0);
     opening.unwritable = !file->is_valid();
     if (file->is_valid()) {
       opening.writer = std::make_shared<QueuedWaveFileWriter>(

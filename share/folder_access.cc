@@ -6,12 +6,18 @@
 
 namespace parlavox {
 
-bool ReadRecordInFolder(SmbConnections& smb, UserRecord* record, const std::string& folder) {
+bool ReadRecordInFolder(SmbConnections& smb, UserRecord* record, const std::string& folder,
+                        std::string* trouble) {
   const std::optional<ShareLocation> share = ParseShareName(folder);
   if (!share) return ReadUserRecord(record, JoinPath(folder, kUserRecordFileName));
+  SmbConnection& connection = smb.For(*share);
+  int error = 0;
   const std::optional<std::string> bytes =
-      smb.For(*share).ReadAt(SmbUrl(*share, kUserRecordFileName), 0, kUserRecordSize);
-  if (!bytes) return false;
+      connection.ReadAt(SmbUrl(*share, kUserRecordFileName), 0, kUserRecordSize, &error);
+  if (!bytes) {
+    if (trouble != nullptr) *trouble = connection.Trouble(error, *share);
+    return false;
+  }
   auto fields = record->ToBytes();  // bytes past a short file keep their values
   std::copy(bytes->begin(), bytes->end(), fields.begin());
   *record = UserRecord::FromBytes(fields);

@@ -12,8 +12,10 @@ namespace parlavox {
 // Reads the record in a user's inward folder, wherever the folder is named to be: on
 // the file system (a local or mounted folder) or on an SMB share ("\\host\share\path",
 // "smb://host/share/path") through `smb`. As ReadUserRecord: the bytes read replace
-// the record's; false when it can't be read.
-bool ReadRecordInFolder(SmbConnections& smb, UserRecord* record, const std::string& folder);
+// the record's; false when it can't be read, and then, where the server is to blame,
+// `trouble` says so (SmbConnection::Trouble).
+bool ReadRecordInFolder(SmbConnections& smb, UserRecord* record, const std::string& folder,
+                        std::string* trouble = nullptr);
 // Writes the record into `folder`, named either way; false when it can't be written.
 bool WriteRecordInFolder(SmbConnections& smb, const UserRecord& record, const std::string& folder);
 

@@ -2,16 +2,64 @@
 
 #include <sys/prctl.h>
 
+#include <future>
+#include <map>
+#include <vector>
+
+#include "share/share_name.h"
 #include "words/user_record.h"
 
 namespace parlavox {
 
-bool RefreshPresence(UsersCache& users, const RecordReader& read) {
-  bool changed = false;
+namespace {
+
+// The server a folder lies on, "" for the file system.
+std::string ServerOf(const std::string& folder) {
+  const std::optional<ShareLocation> share = ParseShareName(folder);
+  return share ? share->host + ":" + std::to_string(share->port) : "";
+}
+
+}  // namespace
+
+bool RefreshPresence(UsersCache& users, const RecordReader& read, std::set<std::string>* troubles) {
   const int count = users.Count();
+  std::vector<std::string> folders;
+  std::map<std::string, std::vector<int>> servers;  // server -> its users
   for (int i = 0; i < count; ++i) {
-    UserRecord record;
-    if (read(&record, users.Folder(i))) {
+    folders.push_back(users.Folder(i));
+    servers[ServerOf(folders.back())].push_back(i);
+  }
+  std::vector<UserRecord> records(folders.size());
+  std::vector<char> read_ok(folders.size(), 0);
+  std::vector<std::string> server_troubles(servers.size());
+  const auto read_server = [&](const std::vector<int>& members, std::string* trouble) {
+    for (const int i : members) {
+      read_ok[i] = read(&records[i], folders[i], trouble);
+      if (!read_ok[i] && !trouble->empty()) return;  // the others would fare no better
+    }
+  };
+  {
+    std::vector<std::future<void>> reading;
+    size_t n = 0;
+    for (const auto& [server, members] : servers) {
+      if (server.empty()) continue;
+      reading.push_back(
+          std::async(std::launch::async, read_server, std::cref(members), &server_troubles[n++]));
+    }
+    if (const auto local = servers.find(""); local != servers.end()) {
+      read_server(local->second, &server_troubles[n]);
+    }
+  }  // the futures wait for their threads here
+  if (troubles != nullptr) {
+    for (const std::string& trouble : server_troubles) {
+      if (!trouble.empty()) troubles->insert(trouble);
+    }
+  }
+
+  bool changed = false;
+  for (int i = 0; i < count; ++i) {
+    const UserRecord& record = records[i];
+    if (read_ok[i]) {
       if (users.IsOn(i) != record.is_on()) {
         users.SetOn(i, record.is_on());
         changed = true;
@@ -34,9 +82,11 @@ PresencePoller::PresencePoller(UsersCache& users, TaskPoster& poster, RecordRead
 
 PresencePoller::~PresencePoller() { Stop(); }
 
-void PresencePoller::StartPolling(std::function<void()> changed) {
+void PresencePoller::StartPolling(std::function<void()> changed,
+                                  std::function<void(const std::string&)> trouble) {
   Stop();
   changed_ = std::move(changed);
+  trouble_ = std::move(trouble);
   Start(kPriorityLowest);
 }
 
@@ -44,10 +94,17 @@ void PresencePoller::OnThreadStart() { prctl(PR_SET_NAME, "parlavox-poll"); }
 
 void PresencePoller::Run() {
   bool changed = true;  // the owner always hears of the first pass
+  std::set<std::string> said;
   do {
-    if (RefreshPresence(users_, read_)) changed = true;
+    std::set<std::string> troubles;
+    if (RefreshPresence(users_, read_, &troubles)) changed = true;
     if (changed && changed_) poster_.Post(changed_);
     changed = false;
+    for (const std::string& trouble : troubles) {
+      if (!said.contains(trouble) && trouble_)
+        poster_.Post([tell = trouble_, trouble] { tell(trouble); });
+    }
+    said = std::move(troubles);
   } while (!WaitForStop(kPollInterval));
 }
 

@@ -3,6 +3,7 @@
 
 #include <chrono>
 #include <functional>
+#include <set>
 #include <string>
 
 #include "core/workers.h"
@@ -13,16 +14,25 @@
 
 namespace parlavox {
 
+// `read` reads the record in a user's folder as ReadUserRecord does. Where the folder's
+// server can't be reached or refuses the account, it also sets `trouble` to a sentence
+// that says so and names the server.
+using RecordReader =
+    std::function<bool(UserRecord* record, const std::string& folder, std::string* trouble)>;
+
 // Reads the record of every listed user and copies what it says into the users
 // cache: the on/off state and the name when they differ, the id always. A user whose
-// record can't be read is set off and keeps the last known name and id. Returns
-// whether a name or an on/off state changed.
-// `read` reads the record in a user's folder as ReadUserRecord does.
-using RecordReader = std::function<bool(UserRecord* record, const std::string& folder)>;
-bool RefreshPresence(UsersCache& users, const RecordReader& read);
+// record can't be read is set off and keeps the last known name and id. Each server's
+// users are read on a thread of their own (those on the file system on the caller's),
+// so that a slow server delays nobody else, and once a server is in trouble its other
+// users are not tried in the same pass. Returns whether a name or an on/off state
+// changed; `troubles` gets every different trouble of the pass.
+bool RefreshPresence(UsersCache& users, const RecordReader& read,
+                     std::set<std::string>* troubles = nullptr);
 
 // A worker that refreshes presence every 5 s at the lowest priority and posts
-// `changed` to the owner.
+// `changed` to the owner, and `trouble` with each trouble of a pass that the pass
+// before did not have (so that each is said once while it lasts).
 class PresencePoller : public WorkerThread, public PresencePolling {
  public:
   static constexpr std::chrono::milliseconds kPollInterval{5000};
@@ -30,7 +40,8 @@ class PresencePoller : public WorkerThread, public PresencePolling {
   PresencePoller(UsersCache& users, TaskPoster& poster, RecordReader read);
   ~PresencePoller() override;
 
-  void StartPolling(std::function<void()> changed) override;
+  void StartPolling(std::function<void()> changed,
+                    std::function<void(const std::string&)> trouble) override;
   void AskToStop() override { RequestStop(); }
   void StopPolling() override { Stop(); }
 
@@ -43,6 +54,7 @@ class PresencePoller : public WorkerThread, public PresencePolling {
   TaskPoster& poster_;
   const RecordReader read_;
   std::function<void()> changed_;
+  std::function<void(const std::string&)> trouble_;
 };
 
 }  // namespace parlavox

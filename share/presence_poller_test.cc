@@ -15,7 +15,7 @@
 namespace parlavox {
 namespace {
 
-bool ReadLocalRecord(UserRecord* record, const std::string& folder) {
+bool ReadLocalRecord(UserRecord* record, const std::string& folder, std::string*) {
   return ReadUserRecord(record, JoinPath(folder, kUserRecordFileName));
 }
 
@@ -88,11 +88,48 @@ TEST_F(PresenceTest, CopiesRecordsIntoTheCacheAndKeepsNamesOfUnreachableUsers) {
   EXPECT_FALSE(RefreshPresence(users_, ReadLocalRecord));
 }
 
+// Servers are fakes here: a reader that knows folders named on "\\a-slow", "\\b-fast" and
+// "\\refuses" and what each does.
+TEST_F(PresenceTest, EachServerIsReadApartAndOneInTroubleIsNotAskedAgainInAPass) {
+  for (const char* folder :
+       {"\\\\a-slow\\s\\a", "\\\\b-fast\\s\\b", "\\\\refuses\\s\\c", "\\\\refuses\\s\\d"}) {
+    ListUser(folder, nullptr);
+  }
+  std::atomic<bool> fast_read{false};
+  std::atomic<bool> slow_saw_fast{false};
+  std::atomic<int> refused_asks{0};
+  const RecordReader read = [&](UserRecord* record, const std::string& folder,
+                                std::string* trouble) {
+    if (folder.starts_with("\\\\a-slow")) {
+      // Waits (for at most 5 s) for the other server's read, which comes only when the
+      // servers are read side by side.
+      for (int i = 0; i < 500 && !fast_read; ++i) std::this_thread::sleep_for(10ms);
+      slow_saw_fast = fast_read.load();
+    } else if (folder.starts_with("\\\\b-fast")) {
+      fast_read = true;
+    } else {
+      ++refused_asks;
+      *trouble = "Server refuses refused a guest";
+      return false;
+    }
+    *record = Record(folder.c_str() + 2, 1, true);
+    return true;
+  };
+  std::set<std::string> troubles;
+  EXPECT_TRUE(RefreshPresence(users_, read, &troubles));
+  EXPECT_TRUE(slow_saw_fast);
+  EXPECT_EQ(refused_asks, 1);
+  EXPECT_EQ(troubles, std::set<std::string>{"Server refuses refused a guest"});
+  EXPECT_EQ(Cached("on0"), "true");
+  EXPECT_EQ(Cached("on1"), "true");
+  EXPECT_EQ(Cached("on2"), std::nullopt);
+}
+
 TEST_F(PresenceTest, PollerPostsTheFirstPassAndEveryChangeAndStopsPromptly) {
   CountingPoster poster;
   PresencePoller poller(users_, poster, ReadLocalRecord);
   int changes = 0;  // touched only by posted tasks, which run on the poller's thread here
-  poller.StartPolling([&] { ++changes; });
+  poller.StartPolling([&] { ++changes; }, {});
   std::this_thread::sleep_for(300ms);
   EXPECT_EQ(poster.posts, 1);  // an empty list still reports its first pass
 

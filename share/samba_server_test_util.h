@@ -1,9 +1,13 @@
 #ifndef PARLAVOX_SHARE_SAMBA_SERVER_TEST_UTIL_H_
 #define PARLAVOX_SHARE_SAMBA_SERVER_TEST_UTIL_H_
 
+#include <arpa/inet.h>
+#include <netinet/in.h>
 #include <signal.h>
 #include <stdlib.h>
+#include <sys/socket.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
 #include <chrono>
 #include <filesystem>
@@ -19,13 +23,18 @@ namespace parlavox {
 
 // A Samba server of the test's own: smbd in the foreground with a private smb.conf,
 // private state folders and passdb, serving on 127.0.0.1 (port 445, so that the
-// "\\host\share" names Windows copies use reach it) the folders it is given, guests
-// welcome and every file owned by the user running the test. It needs the right to
-// listen on port 445 (root, as the tests run in CI).
+// "\\host\share" names Windows copies use reach it) the folders it is given, every
+// file owned by the user running the test. It needs the right to listen on port 445
+// (root, as the tests run in CI).
 class SambaServer {
  public:
-  // `shares`: share name -> folder.
-  SambaServer(const std::string& folder, const std::map<std::string, std::string>& shares)
+  // The one account of the passdb: "root", with this password.
+  static constexpr const char* kPassword = "parlavox-test";
+
+  // `shares`: share name -> folder, guests welcome; `account_shares` the same for the
+  // account alone.
+  SambaServer(const std::string& folder, const std::map<std::string, std::string>& shares,
+              const std::map<std::string, std::string>& account_shares = {})
       : folder_(folder) {
     for (const char* sub : {"run", "lock", "state", "cache", "private", "ncalrpc"}) {
       std::filesystem::create_directories(folder_ + "/" + sub);
@@ -48,7 +57,17 @@ class SambaServer {
       conf << "[" << name << "]\n  path = " << path
            << "\n  read only = no\n  guest ok = yes\n  force user = root\n";
     }
+    for (const auto& [name, path] : account_shares) {
+      conf << "[" << name << "]\n  path = " << path
+           << "\n  read only = no\n  guest ok = no\n  valid users = root\n";
+    }
     conf.close();
+    if (!account_shares.empty()) {
+      const std::string add = "printf '%s\\n%s\\n' " + std::string(kPassword) + " " + kPassword +
+                              " | /usr/bin/pdbedit -s '" + folder_ +
+                              "/smb.conf' -a -u root -t >/dev/null 2>&1";
+      account_added_ = std::system(add.c_str()) == 0;
+    }
     server_ = std::make_unique<ChildProcess>(
         std::vector<std::string>{"/usr/sbin/smbd", "--foreground", "-s", folder_ + "/smb.conf"},
         std::vector<std::string>{"PATH=/usr/sbin:/usr/bin:/bin"}, "/dev/null",
@@ -68,11 +87,45 @@ class SambaServer {
     }
     return false;
   }
+  // Whether the account was put into the passdb, where one was asked for.
+  bool account_added() const { return account_added_; }
   std::string log() const { return FileText(folder_ + "/smbd.out") + FileText(folder_ + "/log"); }
 
  private:
   std::string folder_;
+  bool account_added_ = true;
   std::unique_ptr<ChildProcess> server_;
+};
+
+// A machine that hangs: a listener on 127.0.0.5 that takes connections and never says
+// a word, on a port of its own.
+class SilentListener {
+ public:
+  SilentListener() : socket_(socket(AF_INET, SOCK_STREAM, 0)) {
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = htonl(0x7f000005);
+    if (bind(socket_, reinterpret_cast<sockaddr*>(&address), sizeof address) != 0 ||
+        listen(socket_, 16) != 0) {
+      return;
+    }
+    socklen_t length = sizeof address;
+    getsockname(socket_, reinterpret_cast<sockaddr*>(&address), &length);
+    port_ = ntohs(address.sin_port);
+  }
+  ~SilentListener() { close(socket_); }
+  SilentListener(const SilentListener&) = delete;
+  SilentListener& operator=(const SilentListener&) = delete;
+
+  // The folder "smb://127.0.0.5:<port>/<share>"; the port is 0 when nothing listens.
+  std::string Folder(const std::string& share) const {
+    return "smb://127.0.0.5:" + std::to_string(port_) + "/" + share;
+  }
+  int port() const { return port_; }
+
+ private:
+  int socket_;
+  int port_ = 0;
 };
 
 }  // namespace parlavox

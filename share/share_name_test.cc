@@ -1,16 +1,13 @@
 #include "share/share_name.h"
 
-#include <arpa/inet.h>
-#include <netinet/in.h>
-#include <sys/socket.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <chrono>
 
 #include <gtest/gtest.h>
 
 #include "share/credentials.h"
+#include "share/samba_server_test_util.h"
 #include "share/smb_connection.h"
 #include "util/scratch_folder_test_util.h"
 
@@ -68,16 +65,9 @@ TEST(CredentialsTest, AreReadPerHostAndRefusedWhenOthersMayReadThem) {
 // A server that accepts the connection and never answers, as a machine that hangs: the
 // read gives up after the time-out instead of holding its thread for good.
 TEST(SmbConnectionTest, AServerThatNeverAnswersIsGivenUpOnAfterTheTimeOut) {
-  const int listener = socket(AF_INET, SOCK_STREAM, 0);
-  ASSERT_GE(listener, 0);
-  sockaddr_in address{};
-  address.sin_family = AF_INET;
-  address.sin_addr.s_addr = htonl(0x7f000005);  // 127.0.0.5
-  ASSERT_EQ(bind(listener, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
-  ASSERT_EQ(listen(listener, 4), 0);
-  socklen_t length = sizeof address;
-  getsockname(listener, reinterpret_cast<sockaddr*>(&address), &length);
-  const std::string folder = "smb://127.0.0.5:" + std::to_string(ntohs(address.sin_port)) + "/s";
+  const SilentListener silent;
+  ASSERT_NE(silent.port(), 0);
+  const std::string folder = silent.Folder("s");
 
   SmbConnections connections{CredentialsFile("/nonexistent/credentials.ini")};
   const ShareLocation location = *ParseShareName(folder);
@@ -86,8 +76,8 @@ TEST(SmbConnectionTest, AServerThatNeverAnswersIsGivenUpOnAfterTheTimeOut) {
   EXPECT_FALSE(
       connections.For(location).ReadAt(SmbUrl(location, "ParlavoxUserData"), 0, 128, &error));
   EXPECT_LT(std::chrono::steady_clock::now() - began, 3 * SmbConnection::kTimeout);
-  EXPECT_NE(error, 0);
-  close(listener);
+  EXPECT_EQ(connections.For(location).Trouble(error, location), "Server 127.0.0.5 does not answer")
+      << error;
 }
 
 }  // namespace

@@ -3,6 +3,11 @@
 #include <fcntl.h>
 #include <libsmbclient.h>
 
+#include <netdb.h>
+#include <poll.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
 #include <cerrno>
 #include <cstring>
 
@@ -15,13 +20,34 @@ void CopyInto(char* field, int size, const std::string& text) {
   field[size - 1] = '\0';
 }
 
-void GiveCredentials(SMBCCTX* context, const char*, const char*, char* workgroup,
-                     int workgroup_size, char* username, int username_size, char* password,
-                     int password_size) {
-  const auto* credentials = static_cast<const Credentials*>(smbc_getOptionUserData(context));
-  if (!credentials->domain.empty()) CopyInto(workgroup, workgroup_size, credentials->domain);
-  CopyInto(username, username_size, credentials->username);
-  CopyInto(password, password_size, credentials->password);
+// Whether a TCP connection to `host`:`port` is taken within `limit`.
+bool TakesConnections(const std::string& host, int port, std::chrono::milliseconds limit) {
+  addrinfo hints{};
+  hints.ai_socktype = SOCK_STREAM;
+  addrinfo* found = nullptr;
+  if (getaddrinfo(host.c_str(), std::to_string(port).c_str(), &hints, &found) != 0) return false;
+  bool taken = false;
+  for (addrinfo* address = found; address != nullptr && !taken; address = address->ai_next) {
+    const int fd = socket(address->ai_family, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0);
+    if (fd < 0) continue;
+    if (connect(fd, address->ai_addr, address->ai_addrlen) == 0) {
+      taken = true;
+    } else if (errno == EINPROGRESS) {
+      pollfd wait{fd, POLLOUT, 0};
+      int result = 0;
+      socklen_t size = sizeof result;
+      taken = poll(&wait, 1, static_cast<int>(limit.count())) == 1 &&
+              getsockopt(fd, SOL_SOCKET, SO_ERROR, &result, &size) == 0 && result == 0;
+    }
+    close(fd);
+  }
+  freeaddrinfo(found);
+  return taken;
+}
+
+bool IsServerError(int error) {
+  return error == ETIMEDOUT || error == EHOSTUNREACH || error == ENETUNREACH ||
+         error == ECONNREFUSED || error == ECONNRESET || error == EHOSTDOWN;
 }
 
 // Keeps `code` for the caller that asked for it; false, so that it can end a failure.
@@ -39,7 +65,7 @@ class SmbConnection::File : public WritableFile {
   ~File() override { Close(); }
 
   bool WriteAt(const void* data, size_t size, int64_t offset) override {
-    MutexLock lock(connection_.mutex_);
+    Turn turn;
     SMBCCTX* context = connection_.context_;
     if (file_ == nullptr ||
         smbc_getFunctionLseek(context)(context, file_, static_cast<off_t>(offset), SEEK_SET) !=
@@ -56,14 +82,14 @@ class SmbConnection::File : public WritableFile {
     return true;
   }
   bool Resize(int64_t size) override {
-    MutexLock lock(connection_.mutex_);
+    Turn turn;
     SMBCCTX* context = connection_.context_;
     return file_ != nullptr &&
            smbc_getFunctionFtruncate(context)(context, file_, static_cast<off_t>(size)) == 0;
   }
   bool SendOn() override { return true; }  // every write has reached the server already
   bool Close() override {
-    MutexLock lock(connection_.mutex_);
+    Turn turn;
     if (file_ == nullptr) return true;
     SMBCCTX* context = connection_.context_;
     const bool closed = smbc_getFunctionClose(context)(context, file_) == 0;
@@ -76,15 +102,34 @@ class SmbConnection::File : public WritableFile {
   SMBCFILE* file_;
 };
 
-SmbConnection::SmbConnection(const ShareLocation& server, Credentials credentials)
-    : context_(smbc_new_context()), credentials_(std::move(credentials)) {
-  MutexLock lock(mutex_);
+void SmbConnection::GiveAccount(SMBCCTX* context, const char*, const char*, char* workgroup,
+                                int workgroup_size, char* username, int username_size,
+                                char* password, int password_size) {
+  auto* self = static_cast<SmbConnection*>(smbc_getOptionUserData(context));
+  library_.AssertHeld();  // the library asks only within an operation
+  self->account_note_.clear();
+  self->account_ = self->credentials_file_.For(self->host_, &self->account_note_);
+  const Credentials& account = self->account_;
+  if (!account.domain.empty()) CopyInto(workgroup, workgroup_size, account.domain);
+  CopyInto(username, username_size, account.username);
+  CopyInto(password, password_size, account.password);
+}
+
+SmbConnection::SmbConnection(const ShareLocation& server, CredentialsFile credentials)
+    : context_(nullptr),
+      host_(server.host),
+      port_(server.port != 0 ? server.port : 445),
+      credentials_file_(std::move(credentials)) {
+  Turn turn;
+  context_ = smbc_new_context();
   if (context_ == nullptr) return;
-  smbc_setOptionUserData(context_, const_cast<Credentials*>(&credentials_));
-  smbc_setFunctionAuthDataWithContext(context_, &GiveCredentials);
+  smbc_setOptionUserData(context_, this);
+  smbc_setFunctionAuthDataWithContext(context_, &GiveAccount);
   smbc_setTimeout(context_, static_cast<int>(kTimeout.count()));
   if (server.port != 0) smbc_setPort(context_, static_cast<uint16_t>(server.port));
-  smbc_setOptionNoAutoAnonymousLogin(context_, credentials_.username.empty() ? 0 : 1);
+  // Where an account is given, never a guest in its place.
+  smbc_setOptionNoAutoAnonymousLogin(
+      context_, credentials_file_.For(host_, nullptr).username.empty() ? 0 : 1);
   if (smbc_init_context(context_) == nullptr) {
     smbc_free_context(context_, 1);
     context_ = nullptr;
@@ -92,16 +137,17 @@ SmbConnection::SmbConnection(const ShareLocation& server, Credentials credential
 }
 
 SmbConnection::~SmbConnection() {
-  MutexLock lock(mutex_);
+  Turn turn;
   if (context_ != nullptr) smbc_free_context(context_, 1);
 }
 
 std::optional<std::string> SmbConnection::ReadAt(const std::string& url, int64_t offset,
                                                  size_t size, int* error) {
-  MutexLock lock(mutex_);
+  if (!MayAnswer()) return Failed(error, ETIMEDOUT), std::nullopt;
+  Turn turn;
   if (context_ == nullptr) return Failed(error, ENOMEM), std::nullopt;
   SMBCFILE* file = smbc_getFunctionOpen(context_)(context_, url.c_str(), O_RDONLY, 0);
-  if (file == nullptr) return Failed(error, errno), std::nullopt;
+  if (file == nullptr) return Failed(error, Noted(errno)), std::nullopt;
   std::string bytes(size, '\0');
   size_t got = 0;
   if (offset == 0 || smbc_getFunctionLseek(context_)(context_, file, static_cast<off_t>(offset),
@@ -119,30 +165,34 @@ std::optional<std::string> SmbConnection::ReadAt(const std::string& url, int64_t
 }
 
 bool SmbConnection::WriteWhole(const std::string& url, std::string_view bytes, int* error) {
-  MutexLock lock(mutex_);
+  if (!MayAnswer()) return Failed(error, ETIMEDOUT);
+  Turn turn;
   if (context_ == nullptr) return Failed(error, ENOMEM);
   SMBCFILE* file =
       smbc_getFunctionOpen(context_)(context_, url.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0666);
-  if (file == nullptr) return Failed(error, errno);
+  if (file == nullptr) return Failed(error, Noted(errno));
   const ssize_t wrote = smbc_getFunctionWrite(context_)(context_, file, bytes.data(), bytes.size());
   const int write_error = errno;
   const bool closed = smbc_getFunctionClose(context_)(context_, file) == 0;
   if (wrote != static_cast<ssize_t>(bytes.size())) return Failed(error, write_error);
-  return closed || Failed(error, errno);
+  return closed || Failed(error, Noted(errno));
 }
 
 bool SmbConnection::Remove(const std::string& url, int* error) {
-  MutexLock lock(mutex_);
+  if (!MayAnswer()) return Failed(error, ETIMEDOUT);
+  Turn turn;
   if (context_ == nullptr) return Failed(error, ENOMEM);
-  return smbc_getFunctionUnlink(context_)(context_, url.c_str()) == 0 || Failed(error, errno);
+  return smbc_getFunctionUnlink(context_)(context_, url.c_str()) == 0 ||
+         Failed(error, Noted(errno));
 }
 
 std::optional<std::vector<SmbConnection::Entry>> SmbConnection::List(const std::string& folder_url,
                                                                      int* error) {
-  MutexLock lock(mutex_);
+  if (!MayAnswer()) return Failed(error, ETIMEDOUT), std::nullopt;
+  Turn turn;
   if (context_ == nullptr) return Failed(error, ENOMEM), std::nullopt;
   SMBCFILE* folder = smbc_getFunctionOpendir(context_)(context_, folder_url.c_str());
-  if (folder == nullptr) return Failed(error, errno), std::nullopt;
+  if (folder == nullptr) return Failed(error, Noted(errno)), std::nullopt;
   std::vector<Entry> entries;
   while (const libsmb_file_info* info = smbc_getFunctionReaddirPlus(context_)(context_, folder)) {
     const std::string name = info->name != nullptr ? info->name : "";
@@ -159,44 +209,94 @@ std::optional<std::vector<SmbConnection::Entry>> SmbConnection::List(const std::
 
 namespace {
 
-// Ends the wait at the first change, or when the time is up.
-int EndWait(const smbc_notify_callback_action*, size_t, void*) { return 1; }
+constexpr std::chrono::milliseconds kGiveWayInterval{100};
+
+struct Wait {
+  std::chrono::steady_clock::time_point deadline;
+};
+
+// Ends the wait at the first change, when the time is up, or when an operation waits
+// for its turn.
+int EndWait(const smbc_notify_callback_action*, size_t changes, void* wait) {
+  return changes > 0 || SmbConnection::Turn::waiting() > 0 ||
+         std::chrono::steady_clock::now() >= static_cast<Wait*>(wait)->deadline;
+}
 
 }  // namespace
 
 bool SmbConnection::WaitForChange(const std::string& folder_url, std::chrono::milliseconds limit) {
-  MutexLock lock(mutex_);
+  if (!MayAnswer()) return false;
+  MutexLock lock(library_);  // not a turn of use: it gives way to those
   if (context_ == nullptr) return false;
   SMBCFILE* folder = smbc_getFunctionOpendir(context_)(context_, folder_url.c_str());
   if (folder == nullptr) return false;
+  // While others use the library, look every 100 ms whether one waits for its turn;
+  // otherwise only when the time is up, so that an idle wait wakes nobody.
+  const auto now = std::chrono::steady_clock::now();
+  const bool busy = now - SmbConnection::Turn::last_use() < std::chrono::seconds(2);
+  Wait wait{now + limit};
   const int waited = smbc_getFunctionNotify(context_)(
       context_, folder, 0,
       SMBC_NOTIFY_CHANGE_FILE_NAME | SMBC_NOTIFY_CHANGE_SIZE | SMBC_NOTIFY_CHANGE_LAST_WRITE,
-      static_cast<unsigned>(limit.count()), &EndWait, nullptr);
+      static_cast<unsigned>(busy ? std::min(limit, kGiveWayInterval).count() : limit.count()),
+      &EndWait, &wait);
   smbc_getFunctionClosedir(context_)(context_, folder);
   return waited == 0;
 }
 
 std::unique_ptr<WritableFile> SmbConnection::OpenForWriting(const std::string& url, int* error) {
-  MutexLock lock(mutex_);
+  if (!MayAnswer()) return Failed(error, ETIMEDOUT), nullptr;
+  Turn turn;
   if (context_ == nullptr) return Failed(error, ENOMEM), nullptr;
   SMBCFILE* file = smbc_getFunctionOpen(context_)(context_, url.c_str(), O_WRONLY | O_CREAT, 0666);
-  if (file == nullptr) return Failed(error, errno), nullptr;
+  if (file == nullptr) return Failed(error, Noted(errno)), nullptr;
   return std::make_unique<File>(*this, file);
 }
 
-std::unique_ptr<SmbConnection> SmbConnections::NewPrivate(const ShareLocation& location) const {
-  return std::make_unique<SmbConnection>(location, credentials_.For(location.host, nullptr));
+std::string SmbConnection::Trouble(int error, const ShareLocation& where) {
+  if (error == EACCES) {
+    // The library reports a refused logon as it reports a file that may not be read.
+    ShareLocation share = where;
+    share.path.clear();
+    int share_error = 0;
+    if (List(SmbUrl(share), &share_error) || (share_error != EACCES && share_error != EPERM)) {
+      return "";
+    }
+  }
+  Turn turn;
+  switch (error) {
+    case EPERM:
+    case EACCES: {
+      std::string who =
+          account_.username.empty() ? "a guest" : "the account \"" + account_.username + "\"";
+      std::string trouble = "Server " + host_ + " refused " + who;
+      if (!account_note_.empty()) return trouble + ": " + account_note_;
+      return trouble + (account_.username.empty()
+                            ? ": give it a user name and password in credentials.ini"
+                            : ": wrong user name or password");
+    }
+    default:
+      return IsServerError(error) ? "Server " + host_ + " does not answer" : "";
+  }
+}
+
+bool SmbConnection::MayAnswer() {
+  if (!unanswered_) return true;
+  if (!TakesConnections(host_, port_, kTimeout / 3)) return false;
+  unanswered_ = false;
+  return true;
+}
+
+int SmbConnection::Noted(int error) {
+  if (IsServerError(error)) unanswered_ = true;
+  return error;
 }
 
 SmbConnection& SmbConnections::For(const ShareLocation& location) {
   const std::string key = location.host + ":" + std::to_string(location.port);
-  MutexLock lock(mutex_);
+  MutexLock lock(connections_mutex_);
   std::unique_ptr<SmbConnection>& connection = connections_[key];
-  if (!connection) {
-    connection =
-        std::make_unique<SmbConnection>(location, credentials_.For(location.host, nullptr));
-  }
+  if (!connection) connection = NewPrivate(location);
   return *connection;
 }
 

@@ -1,6 +1,7 @@
 #ifndef PARLAVOX_SHARE_SMB_CONNECTION_H_
 #define PARLAVOX_SHARE_SMB_CONNECTION_H_
 
+#include <atomic>
 #include <chrono>
 #include <map>
 #include <memory>
@@ -18,15 +19,20 @@ struct _SMBCCTX;
 
 namespace parlavox {
 
-// One kept connection to an SMB server under one account, through Samba's client
-// library: no mount, no root, no helper. Each operation takes its turn on it (the
-// library's contexts are not shared between threads), gives up after the time-out, and
-// keeps the connection for the next. Errors are errno values, as the library sets them.
+// One kept connection to an SMB server, through Samba's client library: no mount, no
+// root, no helper. The library is not safe to use from two threads at once, even with a
+// context each, so every operation of every connection takes its turn; each gives up
+// after the time-out and keeps the connection for the next. A server that did not
+// answer holds up nobody's turn again: until it takes a TCP connection (tried outside
+// the turn, for a third of the time-out), operations on it fail at once with ETIMEDOUT. The account
+// is the one `credentials` names for the host when the server asks, read afresh each time it asks,
+// so a password put right is used at the next attempt. Errors are errno values, as the library sets
+// them.
 class SmbConnection {
  public:
   static constexpr std::chrono::milliseconds kTimeout{3000};
 
-  SmbConnection(const ShareLocation& server, Credentials credentials);
+  SmbConnection(const ShareLocation& server, CredentialsFile credentials);
   ~SmbConnection();
   SmbConnection(const SmbConnection&) = delete;
   SmbConnection& operator=(const SmbConnection&) = delete;
@@ -52,30 +58,79 @@ class SmbConnection {
   // server can't report changes. It holds the connection while it waits: use a
   // connection of its own for it.
   bool WaitForChange(const std::string& folder_url, std::chrono::milliseconds limit);
+
+  // The sentence a person hears when an operation in `where` failed with `error`
+  // because of the server (it does not answer, or refuses the account: the share
+  // itself is then looked at), naming it; "" for errors of one file or folder.
+  std::string Trouble(int error, const ShareLocation& where);
   // The file at `url` for writing, made when missing; null when it can't be opened. It
   // uses this connection, which must outlive it.
   std::unique_ptr<WritableFile> OpenForWriting(const std::string& url, int* error = nullptr);
 
  private:
   class File;
-  Mutex mutex_;
-  _SMBCCTX* context_ GUARDED_BY(mutex_);
-  const Credentials credentials_;
+  // Answers the library's question for the account, within an operation's turn.
+  static void GiveAccount(_SMBCCTX* context, const char* server, const char* share, char* workgroup,
+                          int workgroup_size, char* username, int username_size, char* password,
+                          int password_size);
+
+  // Whether the server may answer now: it answered last time, or takes connections.
+  bool MayAnswer();
+  // Notes an operation's error that says the server does not answer; returns it.
+  int Noted(int error);
+
+  static inline Mutex library_;  // the turn of every operation on the library
+
+ public:
+  // An operation's turn on the library, which a wait for changes gives way to.
+  class SCOPED_CAPABILITY Turn {
+   public:
+    Turn() ACQUIRE(library_) {
+      ++waiting_;
+      library_.lock();
+      --waiting_;
+      last_use_ns_ = std::chrono::steady_clock::now().time_since_epoch().count();
+    }
+    ~Turn() RELEASE() { library_.unlock(); }
+    Turn(const Turn&) = delete;
+    Turn& operator=(const Turn&) = delete;
+
+    static int waiting() { return waiting_; }
+    static std::chrono::steady_clock::time_point last_use() {
+      return std::chrono::steady_clock::time_point(
+          std::chrono::steady_clock::duration(last_use_ns_));
+    }
+
+   private:
+    static inline std::atomic<int> waiting_{0};
+    static inline std::atomic<std::chrono::steady_clock::rep> last_use_ns_{0};
+  };
+
+ private:
+  _SMBCCTX* context_ GUARDED_BY(library_);
+  const std::string host_;
+  const int port_;
+  std::atomic<bool> unanswered_{false};
+  const CredentialsFile credentials_file_;
+  Credentials account_ GUARDED_BY(library_);       // as last given
+  std::string account_note_ GUARDED_BY(library_);  // why credentials.ini was not used
 };
 
-// The connections of the process, one per server (host and port) and account, made on
-// first use with the account credentials.ini names for the host. Safe from any thread.
+// The connections of the process, one per server (host and port), made on first use.
+// Safe from any thread.
 class SmbConnections {
  public:
   explicit SmbConnections(CredentialsFile credentials) : credentials_(std::move(credentials)) {}
   SmbConnection& For(const ShareLocation& location);
   // A connection that is not shared, for work that holds it long (WaitForChange).
-  std::unique_ptr<SmbConnection> NewPrivate(const ShareLocation& location) const;
+  std::unique_ptr<SmbConnection> NewPrivate(const ShareLocation& location) const {
+    return std::make_unique<SmbConnection>(location, credentials_);
+  }
 
  private:
   const CredentialsFile credentials_;
-  Mutex mutex_;
-  std::map<std::string, std::unique_ptr<SmbConnection>> connections_ GUARDED_BY(mutex_);
+  Mutex connections_mutex_;
+  std::map<std::string, std::unique_ptr<SmbConnection>> connections_ GUARDED_BY(connections_mutex_);
 };
 
 }  // namespace parlavox
