@@ -364,6 +364,53 @@ TEST_F(CallProcessTest, ThroughASlowerNetworkToASambaServerTheWholeSpeechArrives
   EXPECT_GT(SpeechFound(RawSamples(speech_ + ".raw"), ben_speaker.Heard()), 0.6) << ben_.log();
 }
 
+// Ben's inward folder lies on a Samba server that his machine mounts through FUSE
+// (smbnetfs), which can't cut files and won't delete one that is still open: two calls
+// are heard, and both messages go.
+TEST_F(CallProcessTest, AnInwardFolderOnASambaShareMountedThroughSmbnetfsWorks) {
+  const std::string on_server = scratch_ / "server-ben";
+  std::filesystem::create_directory(on_server);
+  SambaServer samba(scratch_ / "samba", {{"ben", on_server}});
+  ASSERT_TRUE(samba.Answers(10s)) << samba.log();
+  const std::string mount = scratch_ / "net", smbnetfs_home = scratch_ / "smbnetfs";
+  std::filesystem::create_directories(mount);
+  std::filesystem::create_directories(smbnetfs_home + "/.smb");
+  WriteFileText(smbnetfs_home + "/.smb/smb.conf", "[global]\n  client min protocol = SMB2\n");
+  WriteFileText(smbnetfs_home + "/.smb/smbnetfs.conf", "show_hidden_hosts \"true\"\n");
+  struct Unmount {
+    std::string at;
+    ~Unmount() { std::system(("umount -l '" + at + "' 2>/dev/null").c_str()); }
+  } unmount{mount};
+  ChildProcess smbnetfs({"/usr/bin/smbnetfs", "-f", mount},
+                        {"HOME=" + smbnetfs_home, "PATH=/usr/bin:/bin"}, scratch_ / "smbnetfs.out",
+                        scratch_ / "smbnetfs.out");
+  const std::string mounted = mount + "/127.0.0.1/ben";
+  ASSERT_TRUE(Eventually([&] { return std::filesystem::exists(mounted); }, 10s))
+      << FileText(scratch_ / "smbnetfs.out");
+
+  ASSERT_EQ(ben_.Control({"--quit"}).first, 0);
+  ben_.process().WaitForExit(10s);
+  ben_.SetOwnInwardFolder(mounted);
+  ann_.Set("users", "folder0", mounted);
+  ben_.Start();
+  ASSERT_TRUE(ben_.WaitUntilAnswering()) << ben_.log();
+  ASSERT_TRUE(Eventually([&] { return FirstUserOn(ann_); }, 12s)) << ben_.log();
+
+  const std::string message = on_server + "/" + std::to_string(ann_.OwnRecord().id) + ".wav";
+  for (int call = 0; call < 2; ++call) {
+    SpeakerRecording ben_speaker(ben_server_, scratch_ / "ben-heard.raw");
+    Speak(ann_, ann_server_, {"--call", "0"});
+    ASSERT_TRUE(Eventually(
+        [&] { return !std::filesystem::exists(message) && !ben_.Status()["playing"].toBool(); },
+        15s))
+        << call << "\n"
+        << ann_.log() << ben_.log();
+    EXPECT_GT(SpeechFound(RawSamples(speech_ + ".raw"), ben_speaker.Heard()), 0.6) << call;
+  }
+  ben_.Control({"--quit"});  // before the mount goes
+  ben_.process().WaitForExit(10s);
+}
+
 TEST_F(CallProcessTest, CallsToUsersWhoAreOffOrUnreachableWriteNothing) {
   ASSERT_TRUE(BothSeeEachOtherOn());
   ASSERT_EQ(ben_.Control({"--off"}).first, 0);

@@ -26,6 +26,8 @@ class WritableFile {
 // The file at `path` on the file system, opened for writing and made when missing;
 // null when it can't be.
 std::unique_ptr<WritableFile> OpenWritableFile(const std::string& path);
+// The file open for writing on `fd`, which it takes over.
+std::unique_ptr<WritableFile> WritableFileOnDescriptor(int fd);
 
 }  // namespace parlavox
 

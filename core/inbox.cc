@@ -65,6 +65,7 @@ void Inbox::PlayNext() {
     previous_caller_ = ParseInteger(name);  // before anything can fail: Reply targets it
     AnnounceCaller();
     if (!IsPlayable(reader)) {
+      reader.reset();  // closed before the file goes, as some file systems want
       folder_.Remove(name);
       continue;
     }
@@ -115,10 +116,11 @@ void Inbox::Resume() {
 }
 
 void Inbox::Finish() {
-  if (!playing_.empty()) folder_.Remove(playing_);
-  playing_.clear();
+  // The readers close the file before it goes, as some file systems want.
   playing_reader_.reset();
   resumed_reader_.reset();
+  if (!playing_.empty()) folder_.Remove(playing_);
+  playing_.clear();
 }
 
 void Inbox::OnPlayStarted(uint32_t) { view_.EnablePlaybackMeter(true); }

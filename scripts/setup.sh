@@ -17,6 +17,8 @@ packages=(
   dbus-daemon
   # a private Samba server for the office-network tests
   samba smbclient
+  # a share mounted through FUSE (smbnetfs), as some desktops reach them
+  smbnetfs
   # the Debian package: dependencies from dpkg-shlibdeps, checked by lintian
   dpkg-dev lintian
 )

@@ -46,23 +46,22 @@ void BackgroundShareAccess::OpenMessage(const std::string& folder, const std::st
   worker_.Post([this, path = JoinPath(folder, name), done = std::move(done),
                 reports = std::move(reports)]() mutable {
     MessageOpening opening;
-    {
-      const FileLock lock = LockMessage(path, FileLock::Kind::kExclusive);
-      opening.still_playing = lock.refused();
-      std::shared_ptr<WaveFileWriter> file;
-      if (!opening.still_playing) file = CreateWaveFileWriter(path, 11025, 1, 16, 0);
-      opening.unwritable = file && !file->is_valid();
-      if (file && file->is_valid()) {
-        auto watched = std::make_shared<WatchedMessageWriter>(
-            std::move(file), path, [this, taken_away = std::move(reports.taken_away)] {
-              if (taken_away) owner_.Post(taken_away);
-            });
-        opening.writer = std::make_shared<QueuedWaveFileWriter>(
-            std::move(watched), worker_,
-            [this, finished = std::move(reports.finished)](bool whole) {
-              if (finished) owner_.Post([finished, whole] { finished(whole); });
-            });
-      }
+    const MessageForCall message = OpenMessageForCall(path);
+    opening.still_playing = message.still_playing;
+    std::shared_ptr<WaveFileWriter> file;
+    if (message.fd >= 0) {
+      file = CreateWaveFileWriter(WritableFileOnDescriptor(message.fd), 11025, 1, 16, 0);
+    }
+    opening.unwritable = !message.still_playing && !(file && file->is_valid());
+    if (file && file->is_valid()) {
+      auto watched = std::make_shared<WatchedMessageWriter>(
+          std::move(file), path, [this, taken_away = std::move(reports.taken_away)] {
+            if (taken_away) owner_.Post(taken_away);
+          });
+      opening.writer = std::make_shared<QueuedWaveFileWriter>(
+          std::move(watched), worker_, [this, finished = std::move(reports.finished)](bool whole) {
+            if (finished) owner_.Post([finished, whole] { finished(whole); });
+          });
     }
     owner_.Post([done = std::move(done), opening = std::move(opening)]() mutable {
       done(std::move(opening));

@@ -73,8 +73,8 @@ bool DiskInboxFolder::IsStillComing(const std::string& name) {
 }
 
 void DiskInboxFolder::Remove(const std::string& name) {
+  hold_.reset();  // closed first: some file systems (smbnetfs) keep open files
   Delete(name);
-  hold_.reset();
   arrivals_.Forget(name);
 }
 

@@ -1,8 +1,11 @@
 #include "share/message_file.h"
 
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
+
+#include <cerrno>
 
 #include "audio/wave_chunks.h"
 
@@ -46,6 +49,23 @@ FileLock LockMessage(const std::string& path, FileLock::Kind kind) {
       path,
       kind == FileLock::Kind::kShared ? O_RDONLY | O_NONBLOCK : O_WRONLY | O_CREAT | O_NONBLOCK,
       kind, FileLock::Wait::kNo);
+}
+
+MessageForCall OpenMessageForCall(const std::string& path) {
+  int fd = open(path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0666);
+  if (fd < 0) return {};
+  if (flock(fd, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK) {
+    close(fd);
+    return {.still_playing = true};
+  }
+  if (ftruncate(fd, 0) != 0) {
+    close(fd);
+    unlink(path.c_str());
+    fd = open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+    if (fd < 0) return {};
+  }
+  flock(fd, LOCK_UN);
+  return {.fd = fd};
 }
 
 }  // namespace parlavox

@@ -64,6 +64,18 @@ class MessageArrivals {
 // lock creates a missing file. Neither waits.
 FileLock LockMessage(const std::string& path, FileLock::Kind kind);
 
+// What opening a message file for a new call gave.
+struct MessageForCall {
+  bool still_playing = false;  // the callee holds it
+  int fd = -1;                 // open for writing and cut empty; -1 when it can't be
+};
+
+// Opens the message at `path` for a new call, on one descriptor: locked exclusively
+// (LockMessage's rule) while it is cut empty, and let go of then, as a cut message may be
+// played as soon as it grows. Where the file system can't cut files (smbnetfs), the
+// message is made afresh instead. The caller owns the descriptor.
+MessageForCall OpenMessageForCall(const std::string& path);
+
 }  // namespace parlavox
 
 #endif  // PARLAVOX_SHARE_MESSAGE_FILE_H_

@@ -78,10 +78,10 @@ class SambaServer {
     server_->WaitForExit(std::chrono::seconds(10));
   }
 
-  // Whether the server answers, within `limit`.
+  // Whether the server answers, within `limit`: this one, not another that holds the port.
   bool Answers(std::chrono::seconds limit) const {
     const auto deadline = std::chrono::steady_clock::now() + limit;
-    while (std::chrono::steady_clock::now() < deadline) {
+    while (std::chrono::steady_clock::now() < deadline && server_->running()) {
       if (std::system("smbclient -N -L //127.0.0.1 >/dev/null 2>&1") == 0) return true;
       std::this_thread::sleep_for(std::chrono::milliseconds(200));
     }
