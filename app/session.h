@@ -88,10 +88,10 @@ class Session {
   UsersCache users_{settings_};
   InboxWatcher local_watcher_{poster_};
   ShareInboxWatcher watcher_{local_watcher_, smb_, poster_};
-  PresencePoller poller_{users_, poster_,
-                         [this](UserRecord* record, const std::string& folder, std::string* trouble) {
-                           return ReadRecordInFolder(smb_, record, folder, trouble);
-                         }};
+  PresencePoller poller_{
+      users_, poster_, [this](UserRecord* record, const std::string& folder, std::string* trouble) {
+        return ReadRecordInFolder(smb_, record, folder, trouble);
+      }};
   Intercom intercom_;
   KeyAssignments keys_{settings_, users_};
   std::unique_ptr<X11HotKeys> x11_hot_keys_;
