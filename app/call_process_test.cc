@@ -379,7 +379,7 @@ TEST_F(CallProcessTest, AnInwardFolderOnASambaShareMountedThroughSmbnetfsWorks) 
   WriteFileText(smbnetfs_home + "/.smb/smbnetfs.conf", "show_hidden_hosts \"true\"\n");
   struct Unmount {
     std::string at;
-    ~Unmount() { std::system(("umount -l '" + at + "' 2>/dev/null").c_str()); }
+    ~Unmount() { EXPECT_EQ(std::system(("umount -l '" + at + "'").c_str()), 0); }
   } unmount{mount};
   ChildProcess smbnetfs({"/usr/bin/smbnetfs", "-f", mount},
                         {"HOME=" + smbnetfs_home, "PATH=/usr/bin:/bin"}, scratch_ / "smbnetfs.out",

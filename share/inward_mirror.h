@@ -3,6 +3,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <optional>
 #include <string>
@@ -25,9 +26,11 @@ class RemoteFolder {
   // At most `size` bytes of a file from `offset` on; nullopt when it can't be read.
   virtual std::optional<std::string> Read(const std::string& name, int64_t offset, size_t size) = 0;
   virtual bool Remove(const std::string& name) = 0;
-  // Waits up to `limit` for the server to report a change in the folder; returns false
-  // at once where it can't.
-  virtual bool WaitForChange(std::chrono::milliseconds limit) = 0;
+  // Waits up to `limit` for the server to report a change in the folder, or until
+  // `interrupted` says so (it is asked now and then); returns false at once where the
+  // server can't report changes.
+  virtual bool WaitForChange(std::chrono::milliseconds limit,
+                             const std::function<bool()>& interrupted) = 0;
 };
 
 // Where the messages of the own inward folder are played from: the folder itself, or

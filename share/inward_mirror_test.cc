@@ -39,7 +39,9 @@ class FolderAsServer : public RemoteFolder {
   bool Remove(const std::string& name) override {
     return std::filesystem::remove(folder_ + "/" + name);
   }
-  bool WaitForChange(std::chrono::milliseconds) override { return false; }
+  bool WaitForChange(std::chrono::milliseconds, const std::function<bool()>&) override {
+    return false;
+  }
 
  private:
   std::string folder_;

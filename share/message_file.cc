@@ -58,9 +58,15 @@ MessageForCall OpenMessageForCall(const std::string& path) {
     close(fd);
     return {.still_playing = true};
   }
-  if (ftruncate(fd, 0) != 0) {
+  struct stat status {};
+  const bool empty = fstat(fd, &status) == 0 && status.st_size == 0;
+  if (!empty && ftruncate(fd, 0) != 0) {
     close(fd);
-    unlink(path.c_str());
+    // The callee's copy may be looking at the old message just now, and some file
+    // systems won't delete a file that is open: a few tries.
+    for (int tries = 0; unlink(path.c_str()) != 0 && errno == EBUSY && tries < 10; ++tries) {
+      usleep(20000);
+    }
     fd = open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
     if (fd < 0) return {};
   }

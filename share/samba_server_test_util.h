@@ -52,7 +52,9 @@ class SambaServer {
          << "  passdb backend = tdbsam:" << folder_ << "/private/passdb.tdb\n"
          << "  map to guest = Bad User\n  server role = standalone server\n"
          << "  load printers = no\n  printing = bsd\n  printcap name = /dev/null\n"
-         << "  disable spoolss = yes\n  server min protocol = SMB2\n";
+         << "  disable spoolss = yes\n  server min protocol = SMB2\n"
+         // No RPC helpers, which would outlive the server.
+         << "  rpc start on demand helpers = no\n";
     for (const auto& [name, path] : shares) {
       conf << "[" << name << "]\n  path = " << path
            << "\n  read only = no\n  guest ok = yes\n  force user = root\n";
@@ -82,7 +84,7 @@ class SambaServer {
   bool Answers(std::chrono::seconds limit) const {
     const auto deadline = std::chrono::steady_clock::now() + limit;
     while (std::chrono::steady_clock::now() < deadline && server_->running()) {
-      if (std::system("smbclient -N -L //127.0.0.1 >/dev/null 2>&1") == 0) return true;
+      if (std::system("smbclient -N //127.0.0.1/IPC$ -c exit >/dev/null 2>&1") == 0) return true;
       std::this_thread::sleep_for(std::chrono::milliseconds(200));
     }
     return false;

@@ -1,5 +1,7 @@
 #include "share/share_inbox_watcher.h"
 
+#include <sys/prctl.h>
+
 #include <filesystem>
 
 #include "share/inward_mirror.h"
@@ -37,8 +39,9 @@ class SmbRemoteFolder : public RemoteFolder {
   bool Remove(const std::string& name) override {
     return connection_->Remove(SmbUrl(location_, name));
   }
-  bool WaitForChange(std::chrono::milliseconds limit) override {
-    return notifying_->WaitForChange(SmbUrl(location_), limit);
+  bool WaitForChange(std::chrono::milliseconds limit,
+                     const std::function<bool()>& interrupted) override {
+    return notifying_->WaitForChange(SmbUrl(location_), limit, interrupted);
   }
 
  private:
@@ -60,6 +63,7 @@ class ShareInboxWatcher::MirrorThread : public WorkerThread {
   ~MirrorThread() override { Stop(); }
 
  protected:
+  void OnThreadStart() override { prctl(PR_SET_NAME, "parlavox-mirror"); }
   void Run() override {
     mirror_.ClearRemote();
     bool usable = true;
@@ -76,9 +80,14 @@ class ShareInboxWatcher::MirrorThread : public WorkerThread {
       }
       const auto now = std::chrono::steady_clock::now();
       if (mirror_.copied()) last_copy = now;
-      // A message that grew lately may grow on: look again soon.
-      const auto wait = now - last_copy < std::chrono::seconds(2) ? kGrowingWait : kIdleWait;
-      if (!remote_->WaitForChange(wait)) WaitForStop(wait);
+      // A message that grew lately may grow on: look again soon. Otherwise the server's
+      // word is waited for, with a look now and then in case it missed something; where
+      // it has none to give, the folder is looked at every second.
+      const bool growing = now - last_copy < std::chrono::seconds(2);
+      if (!remote_->WaitForChange(growing ? kGrowingWait : kRelistInterval,
+                                  [this] { return StopRequested(); })) {
+        WaitForStop(growing ? kGrowingWait : kIdleWait);
+      }
     }
   }
 
@@ -105,7 +114,8 @@ void ShareInboxWatcher::StartWatching(const std::string& folder, std::function<v
   std::filesystem::permissions(local_folder, std::filesystem::perms::owner_all, ignored);
   local_.StartWatching(local_folder, changed, usable);
   mirror_ = std::make_unique<MirrorThread>(
-      std::make_unique<SmbRemoteFolder>(smb_.NewPrivate(*share), smb_.NewPrivate(*share), *share),
+      std::make_unique<SmbRemoteFolder>(smb_.NewBackground(*share), smb_.NewBackground(*share),
+                                        *share),
       local_folder, owner_, [usable, changed](bool reached) {
         usable(reached);
         if (reached) changed();

@@ -15,15 +15,16 @@ namespace parlavox {
 // Watches the own inward folder wherever it is named to be. A folder on the file system
 // is left to `local`. For one on an SMB share, a thread keeps the folder's local copy
 // (LocalInwardFolder) in step with the server through an InwardMirror, and `local`
-// watches that copy: the server's change notification wakes the thread at once, and it
-// also looks every second where the server can't notify (so idle, it wakes at most once
-// a second), and every 100 ms while a message grows. A server that can't be reached is
-// reported unusable, and usable again once it answers. `local`, `smb` and `owner`
-// outlive this object.
+// watches that copy. The thread waits for the server's change notification (waking once
+// a second to see whether it is asked to stop), looks anyway every 30 s, every 100 ms
+// while a message grows, and every second where the server can't notify. A server that
+// can't be reached is reported unusable, and usable again once it answers. `local`,
+// `smb` and `owner` outlive this object.
 class ShareInboxWatcher : public InboxWatching {
  public:
   static constexpr std::chrono::milliseconds kIdleWait{1000};
   static constexpr std::chrono::milliseconds kGrowingWait{100};
+  static constexpr std::chrono::milliseconds kRelistInterval{30000};
 
   ShareInboxWatcher(InboxWatching& local, SmbConnections& smb, TaskPoster& owner);
   ~ShareInboxWatcher() override;

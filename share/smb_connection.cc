@@ -10,6 +10,7 @@
 
 #include <cerrno>
 #include <cstring>
+#include <thread>
 
 namespace parlavox {
 namespace {
@@ -65,7 +66,7 @@ class SmbConnection::File : public WritableFile {
   ~File() override { Close(); }
 
   bool WriteAt(const void* data, size_t size, int64_t offset) override {
-    Turn turn;
+    Turn turn(connection_.counts_as_use_);
     SMBCCTX* context = connection_.context_;
     if (file_ == nullptr ||
         smbc_getFunctionLseek(context)(context, file_, static_cast<off_t>(offset), SEEK_SET) !=
@@ -82,14 +83,14 @@ class SmbConnection::File : public WritableFile {
     return true;
   }
   bool Resize(int64_t size) override {
-    Turn turn;
+    Turn turn(connection_.counts_as_use_);
     SMBCCTX* context = connection_.context_;
     return file_ != nullptr &&
            smbc_getFunctionFtruncate(context)(context, file_, static_cast<off_t>(size)) == 0;
   }
   bool SendOn() override { return true; }  // every write has reached the server already
   bool Close() override {
-    Turn turn;
+    Turn turn(connection_.counts_as_use_);
     if (file_ == nullptr) return true;
     SMBCCTX* context = connection_.context_;
     const bool closed = smbc_getFunctionClose(context)(context, file_) == 0;
@@ -115,12 +116,14 @@ void SmbConnection::GiveAccount(SMBCCTX* context, const char*, const char*, char
   CopyInto(password, password_size, account.password);
 }
 
-SmbConnection::SmbConnection(const ShareLocation& server, CredentialsFile credentials)
+SmbConnection::SmbConnection(const ShareLocation& server, CredentialsFile credentials,
+                             bool background)
     : context_(nullptr),
       host_(server.host),
       port_(server.port != 0 ? server.port : 445),
+      counts_as_use_(!background),
       credentials_file_(std::move(credentials)) {
-  Turn turn;
+  Turn turn(counts_as_use_);
   context_ = smbc_new_context();
   if (context_ == nullptr) return;
   smbc_setOptionUserData(context_, this);
@@ -137,14 +140,14 @@ SmbConnection::SmbConnection(const ShareLocation& server, CredentialsFile creden
 }
 
 SmbConnection::~SmbConnection() {
-  Turn turn;
+  Turn turn(counts_as_use_);
   if (context_ != nullptr) smbc_free_context(context_, 1);
 }
 
 std::optional<std::string> SmbConnection::ReadAt(const std::string& url, int64_t offset,
                                                  size_t size, int* error) {
   if (!MayAnswer()) return Failed(error, ETIMEDOUT), std::nullopt;
-  Turn turn;
+  Turn turn(counts_as_use_);
   if (context_ == nullptr) return Failed(error, ENOMEM), std::nullopt;
   SMBCFILE* file = smbc_getFunctionOpen(context_)(context_, url.c_str(), O_RDONLY, 0);
   if (file == nullptr) return Failed(error, Noted(errno)), std::nullopt;
@@ -166,7 +169,7 @@ std::optional<std::string> SmbConnection::ReadAt(const std::string& url, int64_t
 
 bool SmbConnection::WriteWhole(const std::string& url, std::string_view bytes, int* error) {
   if (!MayAnswer()) return Failed(error, ETIMEDOUT);
-  Turn turn;
+  Turn turn(counts_as_use_);
   if (context_ == nullptr) return Failed(error, ENOMEM);
   SMBCFILE* file =
       smbc_getFunctionOpen(context_)(context_, url.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0666);
@@ -180,7 +183,7 @@ bool SmbConnection::WriteWhole(const std::string& url, std::string_view bytes, i
 
 bool SmbConnection::Remove(const std::string& url, int* error) {
   if (!MayAnswer()) return Failed(error, ETIMEDOUT);
-  Turn turn;
+  Turn turn(counts_as_use_);
   if (context_ == nullptr) return Failed(error, ENOMEM);
   return smbc_getFunctionUnlink(context_)(context_, url.c_str()) == 0 ||
          Failed(error, Noted(errno));
@@ -189,7 +192,7 @@ bool SmbConnection::Remove(const std::string& url, int* error) {
 std::optional<std::vector<SmbConnection::Entry>> SmbConnection::List(const std::string& folder_url,
                                                                      int* error) {
   if (!MayAnswer()) return Failed(error, ETIMEDOUT), std::nullopt;
-  Turn turn;
+  Turn turn(counts_as_use_);
   if (context_ == nullptr) return Failed(error, ENOMEM), std::nullopt;
   SMBCFILE* folder = smbc_getFunctionOpendir(context_)(context_, folder_url.c_str());
   if (folder == nullptr) return Failed(error, Noted(errno)), std::nullopt;
@@ -210,43 +213,62 @@ std::optional<std::vector<SmbConnection::Entry>> SmbConnection::List(const std::
 namespace {
 
 constexpr std::chrono::milliseconds kGiveWayInterval{100};
+constexpr std::chrono::milliseconds kLookInterval{1000};
+
+// How long after its last use by others the library counts as busy.
+constexpr std::chrono::milliseconds kBusyTime{300};
 
 struct Wait {
   std::chrono::steady_clock::time_point deadline;
+  const std::function<bool()>& interrupted;
+  bool gave_way = false;
 };
 
-// Ends the wait at the first change, when the time is up, or when an operation waits
-// for its turn.
-int EndWait(const smbc_notify_callback_action*, size_t changes, void* wait) {
-  return changes > 0 || SmbConnection::Turn::waiting() > 0 ||
-         std::chrono::steady_clock::now() >= static_cast<Wait*>(wait)->deadline;
+// Ends the wait at the first change, when the time is up, when it is interrupted or
+// when an operation waits for its turn.
+int EndWait(const smbc_notify_callback_action*, size_t changes, void* data) {
+  auto* wait = static_cast<Wait*>(data);
+  wait->gave_way = SmbConnection::Turn::waiting() > 0;
+  return changes > 0 || wait->gave_way || wait->interrupted() ||
+         std::chrono::steady_clock::now() >= wait->deadline;
 }
 
 }  // namespace
 
-bool SmbConnection::WaitForChange(const std::string& folder_url, std::chrono::milliseconds limit) {
+bool SmbConnection::WaitForChange(const std::string& folder_url, std::chrono::milliseconds limit,
+                                  const std::function<bool()>& interrupted) {
   if (!MayAnswer()) return false;
-  MutexLock lock(library_);  // not a turn of use: it gives way to those
-  if (context_ == nullptr) return false;
-  SMBCFILE* folder = smbc_getFunctionOpendir(context_)(context_, folder_url.c_str());
-  if (folder == nullptr) return false;
-  // While others use the library, look every 100 ms whether one waits for its turn;
-  // otherwise only when the time is up, so that an idle wait wakes nobody.
-  const auto now = std::chrono::steady_clock::now();
-  const bool busy = now - SmbConnection::Turn::last_use() < std::chrono::seconds(2);
-  Wait wait{now + limit};
-  const int waited = smbc_getFunctionNotify(context_)(
-      context_, folder, 0,
-      SMBC_NOTIFY_CHANGE_FILE_NAME | SMBC_NOTIFY_CHANGE_SIZE | SMBC_NOTIFY_CHANGE_LAST_WRITE,
-      static_cast<unsigned>(busy ? std::min(limit, kGiveWayInterval).count() : limit.count()),
-      &EndWait, &wait);
-  smbc_getFunctionClosedir(context_)(context_, folder);
-  return waited == 0;
+  const auto began = std::chrono::steady_clock::now();
+  Wait wait{began + limit, interrupted};
+  {
+    MutexLock lock(library_);  // not a turn of use: it gives way to those
+    if (context_ == nullptr) return false;
+    SMBCFILE* folder = smbc_getFunctionOpendir(context_)(context_, folder_url.c_str());
+    if (folder == nullptr) return false;
+    // While others use the library, look every 100 ms whether one waits for its turn;
+    // otherwise once a second, so that an idle wait wakes the thread that seldom.
+    const bool busy = began - Turn::last_use() < kBusyTime;
+    const int waited = smbc_getFunctionNotify(context_)(
+        context_, folder, 0,
+        SMBC_NOTIFY_CHANGE_FILE_NAME | SMBC_NOTIFY_CHANGE_SIZE | SMBC_NOTIFY_CHANGE_LAST_WRITE,
+        static_cast<unsigned>(std::min(limit, busy ? kGiveWayInterval : kLookInterval).count()),
+        &EndWait, &wait);
+    smbc_getFunctionClosedir(context_)(context_, folder);
+    if (waited != 0) return false;
+  }
+  // Having given way, it lets the others finish (a presence pass, a stretch of a call)
+  // before the caller looks at the folder again, rather than once for each of their
+  // operations.
+  while (wait.gave_way && std::chrono::steady_clock::now() - Turn::last_use() < kBusyTime &&
+         !interrupted()) {
+    std::this_thread::sleep_for(kGiveWayInterval);
+  }
+  return true;
 }
 
 std::unique_ptr<WritableFile> SmbConnection::OpenForWriting(const std::string& url, int* error) {
   if (!MayAnswer()) return Failed(error, ETIMEDOUT), nullptr;
-  Turn turn;
+  Turn turn(counts_as_use_);
   if (context_ == nullptr) return Failed(error, ENOMEM), nullptr;
   SMBCFILE* file = smbc_getFunctionOpen(context_)(context_, url.c_str(), O_WRONLY | O_CREAT, 0666);
   if (file == nullptr) return Failed(error, Noted(errno)), nullptr;
@@ -263,7 +285,7 @@ std::string SmbConnection::Trouble(int error, const ShareLocation& where) {
       return "";
     }
   }
-  Turn turn;
+  Turn turn(counts_as_use_);
   switch (error) {
     case EPERM:
     case EACCES: {
@@ -296,7 +318,7 @@ SmbConnection& SmbConnections::For(const ShareLocation& location) {
   const std::string key = location.host + ":" + std::to_string(location.port);
   MutexLock lock(connections_mutex_);
   std::unique_ptr<SmbConnection>& connection = connections_[key];
-  if (!connection) connection = NewPrivate(location);
+  if (!connection) connection = std::make_unique<SmbConnection>(location, credentials_);
   return *connection;
 }
 

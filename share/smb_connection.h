@@ -3,6 +3,7 @@
 
 #include <atomic>
 #include <chrono>
+#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
@@ -32,7 +33,9 @@ class SmbConnection {
  public:
   static constexpr std::chrono::milliseconds kTimeout{3000};
 
-  SmbConnection(const ShareLocation& server, CredentialsFile credentials);
+  // A background connection's work does not count as use of the library by others,
+  // which waits for changes give way to.
+  SmbConnection(const ShareLocation& server, CredentialsFile credentials, bool background = false);
   ~SmbConnection();
   SmbConnection(const SmbConnection&) = delete;
   SmbConnection& operator=(const SmbConnection&) = delete;
@@ -54,10 +57,12 @@ class SmbConnection {
   bool Remove(const std::string& url, int* error = nullptr);
   std::optional<std::vector<Entry>> List(const std::string& folder_url, int* error = nullptr);
   // Waits up to `limit` for the server to report a change in the folder at `folder_url`:
-  // a name made, removed or renamed, or a file written. Returns false at once when the
-  // server can't report changes. It holds the connection while it waits: use a
-  // connection of its own for it.
-  bool WaitForChange(const std::string& folder_url, std::chrono::milliseconds limit);
+  // a name made, removed or renamed, or a file written. Once a second, or every 100 ms
+  // while others have used the library lately, it looks whether `interrupted` says so
+  // or an operation waits for its turn, and ends early then. Returns false at once when
+  // the server can't report changes. Use a background connection for it.
+  bool WaitForChange(const std::string& folder_url, std::chrono::milliseconds limit,
+                     const std::function<bool()>& interrupted);
 
   // The sentence a person hears when an operation in `where` failed with `error`
   // because of the server (it does not answer, or refuses the account: the share
@@ -85,11 +90,13 @@ class SmbConnection {
   // An operation's turn on the library, which a wait for changes gives way to.
   class SCOPED_CAPABILITY Turn {
    public:
-    Turn() ACQUIRE(library_) {
+    explicit Turn(bool counts_as_use) ACQUIRE(library_) {
       ++waiting_;
       library_.lock();
       --waiting_;
-      last_use_ns_ = std::chrono::steady_clock::now().time_since_epoch().count();
+      if (counts_as_use) {
+        last_use_ns_ = std::chrono::steady_clock::now().time_since_epoch().count();
+      }
     }
     ~Turn() RELEASE() { library_.unlock(); }
     Turn(const Turn&) = delete;
@@ -111,6 +118,7 @@ class SmbConnection {
   const std::string host_;
   const int port_;
   std::atomic<bool> unanswered_{false};
+  const bool counts_as_use_;
   const CredentialsFile credentials_file_;
   Credentials account_ GUARDED_BY(library_);       // as last given
   std::string account_note_ GUARDED_BY(library_);  // why credentials.ini was not used
@@ -122,9 +130,9 @@ class SmbConnections {
  public:
   explicit SmbConnections(CredentialsFile credentials) : credentials_(std::move(credentials)) {}
   SmbConnection& For(const ShareLocation& location);
-  // A connection that is not shared, for work that holds it long (WaitForChange).
-  std::unique_ptr<SmbConnection> NewPrivate(const ShareLocation& location) const {
-    return std::make_unique<SmbConnection>(location, credentials_);
+  // A background connection of its own, for work that holds it long (WaitForChange).
+  std::unique_ptr<SmbConnection> NewBackground(const ShareLocation& location) const {
+    return std::make_unique<SmbConnection>(location, credentials_, true);
   }
 
  private:
