@@ -285,6 +285,14 @@ TEST_F(CallProcessTest, AnInwardFolderKeptOnASambaServerWorksThroughIt) {
   UserRecord published;
   ASSERT_TRUE(ReadUserRecord(&published, on_server + "/ParlavoxUserData"));
   EXPECT_TRUE(published.is_on());
+  // Found there as a colleague would find him.
+  const QJsonArray found =
+      QJsonDocument::fromJson(
+          QByteArray::fromStdString(ann_.Control({"--find-users", "\\\\127.0.0.1\\ben"}).second))
+          .array();
+  ASSERT_EQ(found.size(), 1);
+  EXPECT_EQ(found[0].toObject()["folder"].toString(), "\\\\127.0.0.1\\ben");
+  EXPECT_EQ(found[0].toObject()["id"].toInt(), published.id);
 
   SpeakerRecording ben_speaker(ben_server_, scratch_ / "ben-heard.raw");
   Speak(ann_, ann_server_, {"--call", "0"});

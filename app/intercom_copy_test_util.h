@@ -58,6 +58,8 @@ class IntercomCopy {
     std::filesystem::create_directories(tools_);
     std::filesystem::create_directories(home_);
     std::filesystem::create_directories(inward_folder());
+    std::filesystem::permissions(inward_folder(),
+                                 std::filesystem::perms::all | std::filesystem::perms::sticky_bit);
     std::filesystem::create_directories(runtime_);
     std::filesystem::create_directories(temporary_);
     std::filesystem::permissions(runtime_, std::filesystem::perms::owner_all);

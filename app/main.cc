@@ -6,6 +6,9 @@
 #include <QApplication>
 #include <QCommandLineParser>
 #include <QCoreApplication>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
 #include <QStandardPaths>
 #include <chrono>
 #include <cstdio>
@@ -26,6 +29,7 @@
 #include "platform/service.h"
 #include "settings/startup.h"
 #include "setup/role_marker.h"
+#include "share/find_users.h"
 #include "ui/main_window.h"
 #include "ui/settings_sheet.h"
 #include "ui/setup_main.h"
@@ -145,6 +149,20 @@ int RunIntercom(QCoreApplication& application, const sigset_t& termination, cons
   return 0;
 }
 
+// Prints the colleagues found in `folder` as a JSON array of {folder, name, id, on}.
+int PrintUsersFound(const std::string& folder) {
+  SmbConnections smb(CredentialsFile::ForUser());
+  QJsonArray users;
+  for (const FoundUser& user : FindUsers(smb, folder)) {
+    users.append(QJsonObject{{"folder", QString::fromStdString(user.folder)},
+                             {"name", QString::fromStdString(user.record.Name())},
+                             {"id", user.record.id},
+                             {"on", user.record.is_on()}});
+  }
+  std::printf("%s", QJsonDocument(users).toJson().constData());
+  return 0;
+}
+
 }  // namespace
 }  // namespace parlavox
 
@@ -185,6 +203,12 @@ int main(int argc, char** argv) {
   const QCommandLineOption register_service(
       "register-service", "Run the intercom as a service of your systemd, with every login.");
   parser.addOption(register_service);
+  const QCommandLineOption find_users(
+      "find-users",
+      "Print, as JSON, the colleagues whose inward folders are FOLDER or a folder in it "
+      "(\\\\host\\share, smb://host/share or a local folder).",
+      "FOLDER");
+  parser.addOption(find_users);
   parser.addPositionalArgument("/service", "Run without a window (also without a display).",
                                "[/service | /logon | /install]");
   parser.process(*application);
@@ -194,6 +218,8 @@ int main(int argc, char** argv) {
     if (!left.empty()) std::fprintf(stderr, "parlavox: %s\n", left.c_str());
     return left.empty() ? 0 : 1;
   }
+
+  if (parser.isSet(find_users)) return PrintUsersFound(parser.value(find_users).toStdString());
 
   std::vector<std::pair<std::string, std::string>> requested;
   for (const ControlOption& option : ControlOptions()) {

@@ -8,6 +8,7 @@
 
 #include "control/control_requests.h"
 #include "platform/hot_key_route.h"
+#include "settings/startup.h"
 
 namespace parlavox {
 
@@ -64,6 +65,9 @@ int Session::Run(const sigset_t& termination, const std::function<void()>& start
 
   intercom_.Start();
   StartHotKeys();
+  if (const std::string note = InwardFolderAccessNote(settings_.inward_folder()); !note.empty()) {
+    intercom_.ShowStatus(note);
+  }
   if (started) started();
   const int result = application_.exec();
   intercom_.End();

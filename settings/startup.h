@@ -19,8 +19,15 @@ std::string ProgramFolder();
 void MakeProgramFolderCurrent();
 
 // Creates the program folder and locates settings.ini and the inward folder; when no
-// inward folder is recorded, the default one is used and made where it is missing.
+// inward folder is recorded, the default one is used and made where it is missing, with
+// mode 01777: colleagues may drop messages in it, and only its owner may delete
+// others' files.
 SettingsFile LocateSettings(const FolderStore& folders);
+
+// A sentence for the person when their inward folder is one of this machine's (or a
+// mounted one) that colleagues can't write into, with the command that fixes it; ""
+// when they can, or when it is not there or named as on a share.
+std::string InwardFolderAccessNote(const std::string& inward_folder);
 
 }  // namespace parlavox
 

@@ -8,8 +8,8 @@
 #include <algorithm>
 
 #include "share/message_file.h"
-#include "share/share_name.h"
 #include "util/paths.h"
+#include "words/share_name.h"
 
 namespace parlavox {
 namespace {

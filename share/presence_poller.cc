@@ -6,7 +6,7 @@
 #include <map>
 #include <vector>
 
-#include "share/share_name.h"
+#include "words/share_name.h"
 #include "words/user_record.h"
 
 namespace parlavox {

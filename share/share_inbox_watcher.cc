@@ -5,8 +5,8 @@
 #include <filesystem>
 
 #include "share/inward_mirror.h"
-#include "share/share_name.h"
 #include "util/worker_thread.h"
+#include "words/share_name.h"
 
 namespace parlavox {
 namespace {

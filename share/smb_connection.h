@@ -13,8 +13,8 @@
 
 #include "audio/writable_file.h"
 #include "share/credentials.h"
-#include "share/share_name.h"
 #include "util/mutex.h"
+#include "words/share_name.h"
 
 struct _SMBCCTX;
 

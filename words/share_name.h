@@ -1,5 +1,5 @@
-#ifndef PARLAVOX_SHARE_SHARE_NAME_H_
-#define PARLAVOX_SHARE_SHARE_NAME_H_
+#ifndef PARLAVOX_WORDS_SHARE_NAME_H_
+#define PARLAVOX_WORDS_SHARE_NAME_H_
 
 #include <optional>
 #include <string>
@@ -26,4 +26,4 @@ std::string SmbUrl(const ShareLocation& location, std::string_view name = "");
 
 }  // namespace parlavox
 
-#endif  // PARLAVOX_SHARE_SHARE_NAME_H_
+#endif  // PARLAVOX_WORDS_SHARE_NAME_H_

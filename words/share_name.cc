@@ -1,4 +1,4 @@
-#include "share/share_name.h"
+#include "words/share_name.h"
 
 #include <strings.h>
 

@@ -1,0 +1,78 @@
+#include "share/find_users.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+
+#include "share/folder_access.h"
+#include "util/paths.h"
+#include "words/share_name.h"
+
+namespace parlavox {
+namespace {
+
+// The size of the record file in `folder`, up to one byte more than a whole record;
+// -1 when there is none.
+int64_t RecordFileSize(SmbConnections& smb, const std::string& folder) {
+  if (const std::optional<ShareLocation> share = ParseShareName(folder)) {
+    const std::optional<std::string> bytes =
+        smb.For(*share).ReadAt(SmbUrl(*share, kUserRecordFileName), 0, kUserRecordSize + 1);
+    return bytes ? static_cast<int64_t>(bytes->size()) : -1;
+  }
+  const std::string path = JoinPath(folder, kUserRecordFileName);
+  std::error_code error;
+  if (!std::filesystem::is_regular_file(path, error)) return -1;
+  const auto size = std::filesystem::file_size(path, error);
+  return error ? -1 : static_cast<int64_t>(size);
+}
+
+// The record of one folder, when it holds a whole one.
+std::optional<UserRecord> WholeRecord(SmbConnections& smb, const std::string& folder) {
+  if (RecordFileSize(smb, folder) != static_cast<int64_t>(kUserRecordSize)) return std::nullopt;
+  UserRecord record;
+  if (!ReadRecordInFolder(smb, &record, folder)) return std::nullopt;
+  return record;
+}
+
+// The names of the folders in `folder`.
+std::vector<std::string> Subfolders(SmbConnections& smb, const std::string& folder) {
+  std::vector<std::string> names;
+  if (const std::optional<ShareLocation> share = ParseShareName(folder)) {
+    if (const auto entries = smb.For(*share).List(SmbUrl(*share))) {
+      for (const SmbConnection::Entry& entry : *entries) {
+        if (entry.is_folder) names.push_back(entry.name);
+      }
+    }
+  } else {
+    std::error_code error;
+    for (const auto& entry : std::filesystem::directory_iterator(folder, error)) {
+      std::error_code kind_error;
+      if (entry.is_directory(kind_error)) names.push_back(entry.path().filename().string());
+    }
+  }
+  std::sort(names.begin(), names.end());
+  return names;
+}
+
+// `name` inside `folder`, in the folder name's own form.
+std::string Inside(const std::string& folder, const std::string& name) {
+  if (folder.starts_with("\\\\")) return StripTrailingSeparators(folder) + "\\" + name;
+  return JoinPath(StripTrailingSeparators(folder), name);
+}
+
+}  // namespace
+
+std::vector<FoundUser> FindUsers(SmbConnections& smb, const std::string& folder) {
+  std::vector<FoundUser> found;
+  if (std::optional<UserRecord> own = WholeRecord(smb, folder)) found.push_back({folder, *own});
+  for (const std::string& name : Subfolders(smb, folder)) {
+    const std::string inside = Inside(folder, name);
+    if (std::optional<UserRecord> record = WholeRecord(smb, inside)) {
+      found.push_back({inside, *record});
+    }
+  }
+  return found;
+}
+
+}  // namespace parlavox

@@ -1,0 +1,27 @@
+#ifndef PARLAVOX_SHARE_FIND_USERS_H_
+#define PARLAVOX_SHARE_FIND_USERS_H_
+
+#include <string>
+#include <vector>
+
+#include "share/smb_connection.h"
+#include "words/user_record.h"
+
+namespace parlavox {
+
+// A colleague found in a folder: their inward folder and what its record says.
+struct FoundUser {
+  std::string folder;
+  UserRecord record;
+};
+
+// The inward folders among `folder` itself and the folders in it (one level down), named
+// either way (on an SMB share through `smb`, or on the file system), in name order:
+// each that holds a whole record (128 bytes). Folders found are named as `folder` is
+// ("\\host\share\a" in "\\host\share", "smb://host/share/a" in "smb://host/share").
+// Folders that can't be read, and anything else, are passed over.
+std::vector<FoundUser> FindUsers(SmbConnections& smb, const std::string& folder);
+
+}  // namespace parlavox
+
+#endif  // PARLAVOX_SHARE_FIND_USERS_H_

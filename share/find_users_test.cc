@@ -1,0 +1,48 @@
+#include "share/find_users.h"
+
+#include <filesystem>
+
+#include <gtest/gtest.h>
+
+#include "util/scratch_folder_test_util.h"
+
+namespace parlavox {
+namespace {
+
+TEST(FindUsersTest, FindsTheFolderAndThoseInItThatHoldAWholeRecordAndNothingElse) {
+  ScratchFolder scratch;
+  const auto publish = [&](const std::string& folder, const char* name, int32_t id, bool on) {
+    std::filesystem::create_directories(scratch / folder);
+    UserRecord record;
+    record.SetName(name);
+    record.id = id;
+    record.set_on(on);
+    ASSERT_TRUE(WriteUserRecord(record, scratch / (folder + "/ParlavoxUserData")));
+  };
+  publish("office", "Reception", 1, true);
+  publish("office/carol", "Carol", 3, false);
+  publish("office/ann", "Ann", 2, true);
+  publish("office/ann/deeper", "Deeper", 4, true);  // two levels down: not looked at
+  std::filesystem::create_directories(scratch / "office/empty");
+  std::filesystem::create_directories(scratch / "office/junk");
+  WriteFileText(scratch / "office/junk/ParlavoxUserData", "short");
+  std::filesystem::create_directories(scratch / "office/a-file-named-so");
+  std::filesystem::create_directories(scratch / "office/a-file-named-so/ParlavoxUserData");
+  WriteFileText(scratch / "office/notes.txt", "not a folder");
+
+  SmbConnections smb{CredentialsFile("/nonexistent/credentials.ini")};
+  const std::vector<FoundUser> found = FindUsers(smb, scratch / "office/");
+  ASSERT_EQ(found.size(), 3u);
+  EXPECT_EQ(found[0].folder, scratch / "office/");
+  EXPECT_EQ(found[0].record.Name(), "Reception");
+  EXPECT_EQ(found[1].folder, scratch / "office/ann");
+  EXPECT_EQ(found[1].record.id, 2);
+  EXPECT_TRUE(found[1].record.is_on());
+  EXPECT_EQ(found[2].folder, scratch / "office/carol");
+  EXPECT_FALSE(found[2].record.is_on());
+
+  EXPECT_TRUE(FindUsers(smb, scratch / "missing").empty());
+}
+
+}  // namespace
+}  // namespace parlavox

@@ -1,0 +1,38 @@
+#include "words/share_name.h"
+
+#include <gtest/gtest.h>
+
+namespace parlavox {
+namespace {
+
+TEST(ShareNameTest, BothNameFormsAreReadAndLocalFoldersAreNot) {
+  struct Case {
+    const char* folder;
+    const char* url;  // nullptr: not a share
+  };
+  const Case cases[] = {
+      {"\\\\fileserver\\office\\anna", "smb://fileserver/office/anna"},
+      {"\\\\192.168.1.20\\parlavox-anna", "smb://192.168.1.20/parlavox-anna"},
+      {"smb://127.0.0.1/share", "smb://127.0.0.1/share"},
+      {"SMB://host:4450/share/a/b/", "smb://host:4450/share/a/b"},
+      {"/srv/office/anna", nullptr},
+      {"office\\anna", nullptr},
+      {"\\\\host", nullptr},            // no share
+      {"smb://host/", nullptr},         // no share
+      {"smb://host:99999/s", nullptr},  // no such port
+      {"smb://:445/s", nullptr},        // no host
+  };
+  for (const Case& c : cases) {
+    const std::optional<ShareLocation> location = ParseShareName(c.folder);
+    if (c.url == nullptr) {
+      EXPECT_FALSE(location) << c.folder;
+    } else {
+      ASSERT_TRUE(location) << c.folder;
+      EXPECT_EQ(SmbUrl(*location), c.url) << c.folder;
+    }
+  }
+  EXPECT_EQ(SmbUrl(*ParseShareName("\\\\h\\s"), "ParlavoxUserData"), "smb://h/s/ParlavoxUserData");
+}
+
+}  // namespace
+}  // namespace parlavox
