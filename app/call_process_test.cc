@@ -419,6 +419,31 @@ TEST_F(CallProcessTest, AnInwardFolderOnASambaShareMountedThroughSmbnetfsWorks) 
   ben_.process().WaitForExit(10s);
 }
 
+// Ben shares his inward folder as a user share (net usershare, on this machine's own
+// user shares, so the test runs as root) and Ann reaches it by the name he was shown,
+// through a Samba server that serves the machine's user shares.
+TEST_F(CallProcessTest, AnInwardFolderSharedAsASambaUserShareIsReachedByTheNameShown) {
+  const auto [shared, said] = ben_.Control({"--share-inward"});
+  ASSERT_EQ(shared, 0) << said << ben_.Run({"--share-inward"}).second;
+  struct Unshare {
+    const IntercomCopy& copy;
+    ~Unshare() { EXPECT_EQ(copy.Control({"--unshare-inward"}).first, 0); }
+  } unshare{ben_};
+  const size_t at = said.rfind('/');
+  ASSERT_NE(said.find("smb://"), std::string::npos) << said;
+  const std::string share = said.substr(at + 1, said.find_first_of("\n", at) - at - 1);
+  EXPECT_NE(said.find("\\\\"), std::string::npos) << said;  // the name Windows copies use
+
+  SambaServer samba(scratch_ / "samba", {}, {}, true);
+  ASSERT_TRUE(samba.Answers(10s)) << samba.log();
+  ann_.Set("users", "folder0", "smb://127.0.0.1/" + share);
+  ASSERT_TRUE(BothSeeEachOtherOn()) << ann_.log();
+  SpeakerRecording ben_speaker(ben_server_, scratch_ / "ben-heard.raw");
+  Speak(ann_, ann_server_, {"--call", "0"});
+  ASSERT_TRUE(AllPlayed(ben_, 10s)) << ben_.log();
+  EXPECT_GT(SpeechFound(RawSamples(speech_ + ".raw"), ben_speaker.Heard()), 0.6) << ben_.log();
+}
+
 TEST_F(CallProcessTest, CallsToUsersWhoAreOffOrUnreachableWriteNothing) {
   ASSERT_TRUE(BothSeeEachOtherOn());
   ASSERT_EQ(ben_.Control({"--off"}).first, 0);

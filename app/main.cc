@@ -27,6 +27,7 @@
 #include "platform/desktop_entry.h"
 #include "platform/headless_view.h"
 #include "platform/service.h"
+#include "platform/user_share.h"
 #include "settings/startup.h"
 #include "setup/role_marker.h"
 #include "share/find_users.h"
@@ -209,6 +210,14 @@ int main(int argc, char** argv) {
       "(\\\\host\\share, smb://host/share or a local folder).",
       "FOLDER");
   parser.addOption(find_users);
+  const QCommandLineOption share_inward(
+      "share-inward",
+      "Share your inward folder on the network (a Samba user share that guests may "
+      "write to) and print the names colleagues add you by.");
+  parser.addOption(share_inward);
+  const QCommandLineOption unshare_inward("unshare-inward",
+                                          "Stop sharing your inward folder on the network.");
+  parser.addOption(unshare_inward);
   parser.addPositionalArgument("/service", "Run without a window (also without a display).",
                                "[/service | /logon | /install]");
   parser.process(*application);
@@ -220,6 +229,15 @@ int main(int argc, char** argv) {
   }
 
   if (parser.isSet(find_users)) return PrintUsersFound(parser.value(find_users).toStdString());
+  if (parser.isSet(share_inward) || parser.isSet(unshare_inward)) {
+    const std::string inward = LocateSettings(FolderStore::FromEnvironment()).inward_folder();
+    const UserShareOutcome outcome = parser.isSet(share_inward)
+                                         ? ShareInwardFolder(inward, RunProgram)
+                                         : UnshareInwardFolder(inward, RunProgram);
+    std::fprintf(outcome.done ? stdout : stderr, "%s%s\n",
+                 outcome.done ? "" : "parlavox: ", outcome.text.c_str());
+    return outcome.done ? 0 : 1;
+  }
 
   std::vector<std::pair<std::string, std::string>> requested;
   for (const ControlOption& option : ControlOptions()) {

@@ -7,6 +7,7 @@
 #include <thread>
 
 #include "platform/autostart_entry.h"
+#include "platform/user_share.h"
 #include "setup/registered_folder.h"
 
 namespace parlavox {
@@ -49,6 +50,10 @@ bool UninstallTask::HandOver(const std::vector<std::string>& passed_on) {
 
 void UninstallTask::Remove(SetupView& view) {
   AutostartEntry(places_.autostart_folder).Disable();
+  // The person's inward folder may be shared on the network: the share goes too.
+  if (places_.folder_scope == FolderScope::kCurrentUser) {
+    UnshareInwardFolder(places_.inward_folder, RunProgram);
+  }
   std::error_code error;
   if (!places_.desktop_folder.empty()) std::filesystem::remove(places_.desktop_shortcut(), error);
   std::filesystem::remove(places_.uninstall_entry(), error);

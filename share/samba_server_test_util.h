@@ -32,9 +32,11 @@ class SambaServer {
   static constexpr const char* kPassword = "parlavox-test";
 
   // `shares`: share name -> folder, guests welcome; `account_shares` the same for the
-  // account alone.
+  // account alone. With `user_shares` it also serves the machine's user shares, those
+  // that `net usershare` makes.
   SambaServer(const std::string& folder, const std::map<std::string, std::string>& shares,
-              const std::map<std::string, std::string>& account_shares = {})
+              const std::map<std::string, std::string>& account_shares = {},
+              bool user_shares = false)
       : folder_(folder) {
     for (const char* sub : {"run", "lock", "state", "cache", "private", "ncalrpc"}) {
       std::filesystem::create_directories(folder_ + "/" + sub);
@@ -55,6 +57,10 @@ class SambaServer {
          << "  disable spoolss = yes\n  server min protocol = SMB2\n"
          // No RPC helpers, which would outlive the server.
          << "  rpc start on demand helpers = no\n";
+    if (user_shares) {
+      conf << "  usershare path = /var/lib/samba/usershares\n  usershare max shares = 100\n"
+           << "  usershare allow guests = yes\n";
+    }
     for (const auto& [name, path] : shares) {
       conf << "[" << name << "]\n  path = " << path
            << "\n  read only = no\n  guest ok = yes\n  force user = root\n";

@@ -1,0 +1,96 @@
+#include "platform/user_share.h"
+
+#include <fcntl.h>
+#include <pwd.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdio>
+
+namespace parlavox {
+namespace {
+
+std::string HostName() {
+  char name[256] = {};
+  gethostname(name, sizeof name - 1);
+  return name;
+}
+
+// Why net refused, as a sentence with the fix, from what it printed.
+std::string RefusalText(const ProgramRun& run) {
+  if (run.exit_code == -1 || run.exit_code == 127) {
+    return "Sharing needs Samba: sudo apt install samba";
+  }
+  const std::string& out = run.output;
+  if (out.find("not allowed") != std::string::npos || out.find("ermission") != std::string::npos) {
+    return "You may not make shares yet: sudo usermod -aG sambashare $USER, then log in again";
+  }
+  if (out.find("disabled") != std::string::npos ||
+      out.find("usershare path") != std::string::npos ||
+      out.find("max shares") != std::string::npos) {
+    return "User shares are off in Samba's settings: set \"usershare path\" and \"usershare "
+           "max shares\" in /etc/samba/smb.conf (Debian's samba package sets both)";
+  }
+  return "Samba refused the share: " + out;
+}
+
+}  // namespace
+
+ProgramRun RunProgram(const std::vector<std::string>& argv) {
+  int pipe_fds[2];
+  if (pipe(pipe_fds) != 0) return {};
+  posix_spawn_file_actions_t actions;
+  posix_spawn_file_actions_init(&actions);
+  posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
+  posix_spawn_file_actions_adddup2(&actions, pipe_fds[1], STDOUT_FILENO);
+  posix_spawn_file_actions_adddup2(&actions, pipe_fds[1], STDERR_FILENO);
+  posix_spawn_file_actions_addclose(&actions, pipe_fds[0]);
+  std::vector<char*> args;
+  for (const std::string& arg : argv) args.push_back(const_cast<char*>(arg.c_str()));
+  args.push_back(nullptr);
+  pid_t pid = -1;
+  const int spawned = posix_spawnp(&pid, args[0], &actions, nullptr, args.data(), environ);
+  posix_spawn_file_actions_destroy(&actions);
+  close(pipe_fds[1]);
+  ProgramRun run;
+  char buffer[4096];
+  for (ssize_t got; (got = read(pipe_fds[0], buffer, sizeof buffer)) > 0;) {
+    run.output.append(buffer, static_cast<size_t>(got));
+  }
+  close(pipe_fds[0]);
+  if (spawned != 0) return {};
+  int status = 0;
+  if (waitpid(pid, &status, 0) == pid && WIFEXITED(status)) run.exit_code = WEXITSTATUS(status);
+  while (!run.output.empty() && (run.output.back() == '\n' || run.output.back() == ' ')) {
+    run.output.pop_back();
+  }
+  return run;
+}
+
+std::string UserShareName() {
+  const passwd* account = getpwuid(getuid());
+  return std::string("parlavox-") + (account != nullptr ? account->pw_name : "user");
+}
+
+UserShareOutcome ShareInwardFolder(const std::string& folder, const ProgramRunner& run) {
+  const std::string name = UserShareName();
+  const ProgramRun added = run({"net", "usershare", "add", name, folder, "Parlavox inward folder",
+                                "S-1-1-0:F", "guest_ok=y"});
+  if (added.exit_code != 0) return {false, RefusalText(added)};
+  const std::string host = HostName();
+  return {true,
+          "Colleagues add you as \\\\" + host + "\\" + name + " or smb://" + host + "/" + name};
+}
+
+UserShareOutcome UnshareInwardFolder(const std::string& folder, const ProgramRunner& run) {
+  const ProgramRun info = run({"net", "usershare", "info", UserShareName()});
+  if (info.exit_code != 0 || info.output.find("path=" + folder + "\n") == std::string::npos) {
+    return {true, "Your inward folder is not shared"};
+  }
+  const ProgramRun deleted = run({"net", "usershare", "delete", UserShareName()});
+  if (deleted.exit_code != 0) return {false, RefusalText(deleted)};
+  return {true, "Your inward folder is no longer shared"};
+}
+
+}  // namespace parlavox

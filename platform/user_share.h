@@ -1,0 +1,40 @@
+#ifndef PARLAVOX_PLATFORM_USER_SHARE_H_
+#define PARLAVOX_PLATFORM_USER_SHARE_H_
+
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace parlavox {
+
+// What running a program gave: its exit code (-1 when it could not be started) and
+// what it printed, both streams together.
+struct ProgramRun {
+  int exit_code = -1;
+  std::string output;
+};
+using ProgramRunner = std::function<ProgramRun(const std::vector<std::string>& argv)>;
+
+// Runs `argv` (argv[0] found on PATH) and waits for it.
+ProgramRun RunProgram(const std::vector<std::string>& argv);
+
+// What sharing or unsharing said: done or not, and the sentence for the person (the
+// names colleagues use; or what is missing and the command that fixes it).
+struct UserShareOutcome {
+  bool done = false;
+  std::string text;
+};
+
+// The share's name: "parlavox-" and the login name.
+std::string UserShareName();
+
+// Shares `folder` as a Samba user share (net usershare) that guests may write to, so
+// that colleagues on other machines can drop messages in it, through `run`.
+UserShareOutcome ShareInwardFolder(const std::string& folder, const ProgramRunner& run);
+// Removes the user share again, when it shares `folder` (another folder shared under
+// the name is left alone).
+UserShareOutcome UnshareInwardFolder(const std::string& folder, const ProgramRunner& run);
+
+}  // namespace parlavox
+
+#endif  // PARLAVOX_PLATFORM_USER_SHARE_H_

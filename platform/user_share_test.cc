@@ -1,0 +1,53 @@
+#include "platform/user_share.h"
+
+#include <gtest/gtest.h>
+
+namespace parlavox {
+namespace {
+
+// net is a fake here: each case says what it answers.
+TEST(UserShareTest, NetIsAskedForAGuestShareAndEachRefusalIsToldWithItsFix) {
+  struct Case {
+    ProgramRun answer;
+    bool done;
+    const char* said;  // a part of the sentence
+  };
+  const Case cases[] = {
+      {{0, ""}, true, "smb://"},
+      {{-1, ""}, false, "sudo apt install samba"},
+      {{255,
+        "net usershare add: cannot open the usershare directory /var/lib/samba/usershares. "
+        "Error Permission denied"},
+       false,
+       "sudo usermod -aG sambashare $USER"},
+      {{255, "net usershare: usershares are currently disabled"}, false, "usershare path"},
+      {{255, "something else"}, false, "Samba refused the share: something else"},
+  };
+  for (const Case& c : cases) {
+    std::vector<std::string> asked;
+    const UserShareOutcome outcome =
+        ShareInwardFolder("/home/ann/Incoming", [&](const std::vector<std::string>& argv) {
+          asked = argv;
+          return c.answer;
+        });
+    EXPECT_EQ(outcome.done, c.done) << c.said;
+    EXPECT_NE(outcome.text.find(c.said), std::string::npos) << outcome.text;
+    EXPECT_EQ(asked, (std::vector<std::string>{"net", "usershare", "add", UserShareName(),
+                                               "/home/ann/Incoming", "Parlavox inward folder",
+                                               "S-1-1-0:F", "guest_ok=y"}));
+  }
+  // Only a share of the folder itself goes.
+  for (const std::string shared : {"/home/ann/Incoming", "/home/ann/Other"}) {
+    std::vector<std::string> deleted;
+    const UserShareOutcome gone =
+        UnshareInwardFolder("/home/ann/Incoming", [&](const std::vector<std::string>& argv) {
+          if (argv[2] == "delete") deleted = argv;
+          return ProgramRun{0, "[" + UserShareName() + "]\npath=" + shared + "\ncomment=\n"};
+        });
+    EXPECT_TRUE(gone.done);
+    EXPECT_EQ(deleted.empty(), shared != "/home/ann/Incoming") << shared;
+  }
+}
+
+}  // namespace
+}  // namespace parlavox
