@@ -3,10 +3,12 @@
 #include <fcntl.h>
 #include <pwd.h>
 #include <spawn.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <cstdio>
+#include <filesystem>
 
 namespace parlavox {
 namespace {
@@ -33,6 +35,21 @@ std::string RefusalText(const ProgramRun& run) {
            "max shares\" in /etc/samba/smb.conf (Debian's samba package sets both)";
   }
   return "Samba refused the share: " + out;
+}
+
+// The folders above `folder`, from the top down, that others may not pass through: a
+// guest of the share can't reach the folder then.
+std::vector<std::string> ClosedToOthers(const std::string& folder) {
+  std::vector<std::string> closed;
+  std::filesystem::path above = std::filesystem::path(folder).parent_path();
+  for (; !above.empty(); above = above.parent_path()) {
+    struct stat info;
+    if (stat(above.c_str(), &info) == 0 && (info.st_mode & S_IXOTH) == 0) {
+      closed.insert(closed.begin(), above.string());
+    }
+    if (above == above.root_path()) break;
+  }
+  return closed;
 }
 
 }  // namespace
@@ -74,13 +91,20 @@ std::string UserShareName() {
 }
 
 UserShareOutcome ShareInwardFolder(const std::string& folder, const ProgramRunner& run) {
+  if (const std::vector<std::string> closed = ClosedToOthers(folder); !closed.empty()) {
+    std::string folders;
+    for (const std::string& above : closed) folders += " " + above;
+    return {false, "Colleagues can't reach the folder through" + folders +
+                       ", which only you may open: chmod o+x" + folders};
+  }
   const std::string name = UserShareName();
   const ProgramRun added = run({"net", "usershare", "add", name, folder, "Parlavox inward folder",
                                 "S-1-1-0:F", "guest_ok=y"});
   if (added.exit_code != 0) return {false, RefusalText(added)};
   const std::string host = HostName();
-  return {true,
-          "Colleagues add you as \\\\" + host + "\\" + name + " or smb://" + host + "/" + name};
+  const std::string windows_name = "\\\\" + host + "\\" + name;
+  const std::string url = "smb://" + host + "/" + name;
+  return {true, "Colleagues add you as " + windows_name + " or " + url, {windows_name, url}};
 }
 
 UserShareOutcome UnshareInwardFolder(const std::string& folder, const ProgramRunner& run) {

@@ -19,17 +19,20 @@ using ProgramRunner = std::function<ProgramRun(const std::vector<std::string>& a
 ProgramRun RunProgram(const std::vector<std::string>& argv);
 
 // What sharing or unsharing said: done or not, and the sentence for the person (the
-// names colleagues use; or what is missing and the command that fixes it).
+// names colleagues use; or what is missing and the command that fixes it); a share made
+// also gives the names alone, the Windows form first.
 struct UserShareOutcome {
   bool done = false;
   std::string text;
+  std::vector<std::string> names;
 };
 
 // The share's name: "parlavox-" and the login name.
 std::string UserShareName();
 
 // Shares `folder` as a Samba user share (net usershare) that guests may write to, so
-// that colleagues on other machines can drop messages in it, through `run`.
+// that colleagues on other machines can drop messages in it, through `run`. A folder
+// that guests can't reach, because a folder above it is closed to others, is not shared.
 UserShareOutcome ShareInwardFolder(const std::string& folder, const ProgramRunner& run);
 // Removes the user share again, when it shares `folder` (another folder shared under
 // the name is left alone).

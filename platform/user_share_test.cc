@@ -2,6 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
+
+#include "util/scratch_folder_test_util.h"
+
 namespace parlavox {
 namespace {
 
@@ -32,10 +36,26 @@ TEST(UserShareTest, NetIsAskedForAGuestShareAndEachRefusalIsToldWithItsFix) {
         });
     EXPECT_EQ(outcome.done, c.done) << c.said;
     EXPECT_NE(outcome.text.find(c.said), std::string::npos) << outcome.text;
+    EXPECT_EQ(outcome.names.size(), c.done ? 2u : 0u);
     EXPECT_EQ(asked, (std::vector<std::string>{"net", "usershare", "add", UserShareName(),
                                                "/home/ann/Incoming", "Parlavox inward folder",
                                                "S-1-1-0:F", "guest_ok=y"}));
   }
+  // A home closed to others (Debian's default) keeps guests out: said before net is asked.
+  ScratchFolder scratch;
+  std::filesystem::create_directories(scratch / "home/Incoming");
+  std::filesystem::permissions(scratch / "home", std::filesystem::perms::owner_all);
+  bool asked = false;
+  const UserShareOutcome closed =
+      ShareInwardFolder(scratch / "home/Incoming", [&](const std::vector<std::string>&) {
+        asked = true;
+        return ProgramRun{0, ""};
+      });
+  EXPECT_FALSE(closed.done);
+  EXPECT_FALSE(asked);
+  EXPECT_NE(closed.text.find("chmod o+x"), std::string::npos) << closed.text;
+  EXPECT_NE(closed.text.find(scratch / "home" + ","), std::string::npos) << closed.text;
+
   // Only a share of the folder itself goes.
   for (const std::string shared : {"/home/ann/Incoming", "/home/ann/Other"}) {
     std::vector<std::string> deleted;
