@@ -207,7 +207,8 @@ int main(int argc, char** argv) {
   const QCommandLineOption find_users(
       "find-users",
       "Print, as JSON, the colleagues whose inward folders are FOLDER or a folder in it "
-      "(\\\\host\\share, smb://host/share or a local folder).",
+      "(\\\\host\\share, smb://host/share or a local folder; a server alone, \\\\host or "
+      "smb://host, is looked for in each of its shares).",
       "FOLDER");
   parser.addOption(find_users);
   const QCommandLineOption share_inward(

@@ -61,10 +61,27 @@ std::string Inside(const std::string& folder, const std::string& name) {
   return JoinPath(StripTrailingSeparators(folder), name);
 }
 
+// The disk shares of `server`, named as folders in its form ("\\host\share").
+std::vector<std::string> Shares(SmbConnections& smb, const ShareLocation& server,
+                                const std::string& name) {
+  std::vector<std::string> shares =
+      smb.For(server).ListShares().value_or(std::vector<std::string>{});
+  std::sort(shares.begin(), shares.end());
+  for (std::string& share : shares) share = ShareNameOnServer(name, share);
+  return shares;
+}
+
 }  // namespace
 
 std::vector<FoundUser> FindUsers(SmbConnections& smb, const std::string& folder) {
   std::vector<FoundUser> found;
+  if (const std::optional<ShareLocation> server = ParseServerName(folder)) {
+    for (const std::string& share : Shares(smb, *server, folder)) {
+      std::vector<FoundUser> in_share = FindUsers(smb, share);
+      found.insert(found.end(), in_share.begin(), in_share.end());
+    }
+    return found;
+  }
   if (std::optional<UserRecord> own = WholeRecord(smb, folder)) found.push_back({folder, *own});
   for (const std::string& name : Subfolders(smb, folder)) {
     const std::string inside = Inside(folder, name);

@@ -19,7 +19,8 @@ struct FoundUser {
 // either way (on an SMB share through `smb`, or on the file system), in name order:
 // each that holds a whole record (128 bytes). Folders found are named as `folder` is
 // ("\\host\share\a" in "\\host\share", "smb://host/share/a" in "smb://host/share").
-// Folders that can't be read, and anything else, are passed over.
+// Folders that can't be read, and anything else, are passed over. A server named alone
+// ("\\host", "smb://host") is looked for in each of its disk shares.
 std::vector<FoundUser> FindUsers(SmbConnections& smb, const std::string& folder);
 
 }  // namespace parlavox

@@ -33,10 +33,11 @@ class SambaServer {
 
   // `shares`: share name -> folder, guests welcome; `account_shares` the same for the
   // account alone. With `user_shares` it also serves the machine's user shares, those
-  // that `net usershare` makes.
+  // that `net usershare` makes; with `lists_shares` it tells what shares it has (Samba's
+  // RPC server, started here so that it ends with the test).
   SambaServer(const std::string& folder, const std::map<std::string, std::string>& shares,
               const std::map<std::string, std::string>& account_shares = {},
-              bool user_shares = false)
+              bool user_shares = false, bool lists_shares = false)
       : folder_(folder) {
     for (const char* sub : {"run", "lock", "state", "cache", "private", "ncalrpc"}) {
       std::filesystem::create_directories(folder_ + "/" + sub);
@@ -80,10 +81,17 @@ class SambaServer {
         std::vector<std::string>{"/usr/sbin/smbd", "--foreground", "-s", folder_ + "/smb.conf"},
         std::vector<std::string>{"PATH=/usr/sbin:/usr/bin:/bin"}, "/dev/null",
         folder_ + "/smbd.out");
+    if (lists_shares) {
+      rpc_server_ = std::make_unique<ChildProcess>(
+          std::vector<std::string>{"/usr/libexec/samba/samba-dcerpcd", "--foreground",
+                                   "--libexec-rpcds", "-s", folder_ + "/smb.conf"},
+          std::vector<std::string>{"PATH=/usr/sbin:/usr/bin:/bin"}, "/dev/null",
+          folder_ + "/rpc.out");
+    }
   }
   ~SambaServer() {
-    server_->Signal(SIGTERM);
-    server_->WaitForExit(std::chrono::seconds(10));
+    if (rpc_server_) Stop(*rpc_server_);
+    Stop(*server_);
   }
 
   // Whether the server answers, within `limit`: this one, not another that holds the port.
@@ -100,9 +108,15 @@ class SambaServer {
   std::string log() const { return FileText(folder_ + "/smbd.out") + FileText(folder_ + "/log"); }
 
  private:
+  static void Stop(ChildProcess& process) {
+    process.Signal(SIGTERM);
+    process.WaitForExit(std::chrono::seconds(10));
+  }
+
   std::string folder_;
   bool account_added_ = true;
   std::unique_ptr<ChildProcess> server_;
+  std::unique_ptr<ChildProcess> rpc_server_;
 };
 
 // A machine that hangs: a listener on 127.0.0.5 that takes connections and never says

@@ -210,6 +210,24 @@ std::optional<std::vector<SmbConnection::Entry>> SmbConnection::List(const std::
   return entries;
 }
 
+std::optional<std::vector<std::string>> SmbConnection::ListShares(int* error) {
+  if (!MayAnswer()) return Failed(error, ETIMEDOUT), std::nullopt;
+  Turn turn(counts_as_use_);
+  if (context_ == nullptr) return Failed(error, ENOMEM), std::nullopt;
+  const std::string url = SmbUrl({.host = host_, .port = port_});
+  SMBCFILE* server = smbc_getFunctionOpendir(context_)(context_, url.c_str());
+  if (server == nullptr) return Failed(error, Noted(errno)), std::nullopt;
+  std::vector<std::string> shares;
+  while (const smbc_dirent* entry = smbc_getFunctionReaddir(context_)(context_, server)) {
+    const std::string name = entry->name;
+    if (entry->smbc_type == SMBC_FILE_SHARE && !name.empty() && !name.ends_with('$')) {
+      shares.push_back(name);
+    }
+  }
+  smbc_getFunctionClosedir(context_)(context_, server);
+  return shares;
+}
+
 namespace {
 
 constexpr std::chrono::milliseconds kGiveWayInterval{100};

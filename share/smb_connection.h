@@ -56,6 +56,8 @@ class SmbConnection {
   bool WriteWhole(const std::string& url, std::string_view bytes, int* error = nullptr);
   bool Remove(const std::string& url, int* error = nullptr);
   std::optional<std::vector<Entry>> List(const std::string& folder_url, int* error = nullptr);
+  // The names of the server's disk shares, those ending in "$" left out.
+  std::optional<std::vector<std::string>> ListShares(int* error = nullptr);
   // Waits up to `limit` for the server to report a change in the folder at `folder_url`:
   // a name made, removed or renamed, or a file written. Once a second, or every 100 ms
   // while others have used the library lately, it looks whether `interrupted` says so

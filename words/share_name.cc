@@ -4,16 +4,22 @@
 
 #include <algorithm>
 #include <charconv>
+#include <utility>
 
 namespace parlavox {
 
-std::optional<ShareLocation> ParseShareName(std::string_view folder) {
+namespace {
+
+// The host and port of a name in either form, and what follows the host after its
+// separator (nullopt when nothing follows); nullopt when it is no such name.
+std::optional<std::pair<ShareLocation, std::optional<std::string>>> ParseHost(
+    std::string_view name) {
   std::string rest;
-  if (folder.size() > 2 && folder.substr(0, 2) == "\\\\") {
-    rest = std::string(folder.substr(2));
+  if (name.size() > 2 && name.substr(0, 2) == "\\\\") {
+    rest = std::string(name.substr(2));
     std::replace(rest.begin(), rest.end(), '\\', '/');
-  } else if (folder.size() > 6 && strncasecmp(folder.data(), "smb://", 6) == 0) {
-    rest = std::string(folder.substr(6));
+  } else if (name.size() > 6 && strncasecmp(name.data(), "smb://", 6) == 0) {
+    rest = std::string(name.substr(6));
   } else {
     return std::nullopt;
   }
@@ -29,9 +35,19 @@ std::optional<ShareLocation> ParseShareName(std::string_view folder) {
     }
     host.resize(colon);
   }
-  if (host.empty() || host_end == std::string::npos) return std::nullopt;
+  if (host.empty()) return std::nullopt;
   location.host = host;
-  const std::string after_host = rest.substr(host_end + 1);
+  if (host_end == std::string::npos) return std::pair{location, std::nullopt};
+  return std::pair{location, std::optional(rest.substr(host_end + 1))};
+}
+
+}  // namespace
+
+std::optional<ShareLocation> ParseShareName(std::string_view folder) {
+  auto parsed = ParseHost(folder);
+  if (!parsed || !parsed->second) return std::nullopt;
+  ShareLocation& location = parsed->first;
+  const std::string& after_host = *parsed->second;
   const size_t share_end = after_host.find('/');
   location.share = after_host.substr(0, share_end);
   if (location.share.empty()) return std::nullopt;
@@ -40,10 +56,22 @@ std::optional<ShareLocation> ParseShareName(std::string_view folder) {
   return location;
 }
 
+std::optional<ShareLocation> ParseServerName(std::string_view name) {
+  const auto parsed = ParseHost(name);
+  if (!parsed || (parsed->second && !parsed->second->empty())) return std::nullopt;
+  return parsed->first;
+}
+
+std::string ShareNameOnServer(std::string_view server, const std::string& share) {
+  std::string name(server);
+  while (name.ends_with('/') || name.ends_with('\\')) name.pop_back();
+  return name + (name.starts_with("\\\\") ? "\\" : "/") + share;
+}
+
 std::string SmbUrl(const ShareLocation& location, std::string_view name) {
   std::string url = "smb://" + location.host;
   if (location.port != 0) url += ":" + std::to_string(location.port);
-  url += "/" + location.share;
+  if (!location.share.empty()) url += "/" + location.share;
   if (!location.path.empty()) url += "/" + location.path;
   if (!name.empty()) url += "/" + std::string(name);
   return url;

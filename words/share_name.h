@@ -20,8 +20,15 @@ struct ShareLocation {
 // share must not be empty.
 std::optional<ShareLocation> ParseShareName(std::string_view folder);
 
+// The server a name means when it names a server alone ("\\host", "smb://host[:port]"),
+// with no share; nullopt otherwise.
+std::optional<ShareLocation> ParseServerName(std::string_view name);
+
+// The share called `share` on the server named `server`, in the same form.
+std::string ShareNameOnServer(std::string_view server, const std::string& share);
+
 // The smb:// address of `name` inside the location's folder ("" for the folder
-// itself), as libsmbclient takes it.
+// itself; the server's for a location with no share), as libsmbclient takes it.
 std::string SmbUrl(const ShareLocation& location, std::string_view name = "");
 
 }  // namespace parlavox

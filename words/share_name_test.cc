@@ -32,6 +32,14 @@ TEST(ShareNameTest, BothNameFormsAreReadAndLocalFoldersAreNot) {
     }
   }
   EXPECT_EQ(SmbUrl(*ParseShareName("\\\\h\\s"), "ParlavoxUserData"), "smb://h/s/ParlavoxUserData");
+
+  // A server alone, and its shares named in its form.
+  EXPECT_EQ(SmbUrl(*ParseServerName("\\\\fileserver\\")), "smb://fileserver");
+  EXPECT_EQ(SmbUrl(*ParseServerName("smb://127.0.0.1:4450")), "smb://127.0.0.1:4450");
+  EXPECT_FALSE(ParseServerName("smb://host/share"));
+  EXPECT_FALSE(ParseServerName("/srv"));
+  EXPECT_EQ(ShareNameOnServer("\\\\fileserver\\", "office"), "\\\\fileserver\\office");
+  EXPECT_EQ(ShareNameOnServer("smb://fileserver", "office"), "smb://fileserver/office");
 }
 
 }  // namespace
