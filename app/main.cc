@@ -137,10 +137,20 @@ int RunIntercom(QCoreApplication& application, const sigset_t& termination, cons
     FolderStore folders = FolderStore::FromEnvironment();
     UsersCache users(settings);
     KeyAssignments keys(settings, users);
-    const SettingsContext context{settings, folders, users, keys, mixer, login, [&](int index) {
-                                    const HotKeySystem* hot_keys = session.hot_key_system();
-                                    return hot_keys ? hot_keys->DesktopBinding(index) : "";
-                                  }};
+    SmbConnections finder_smb(CredentialsFile::ForUser());
+    const SettingsContext context{
+        settings,
+        folders,
+        users,
+        keys,
+        mixer,
+        login,
+        [&](int index) {
+          const HotKeySystem* hot_keys = session.hot_key_system();
+          return hot_keys ? hot_keys->DesktopBinding(index) : "";
+        },
+        [](const std::string& folder) { return ShareInwardFolder(folder, RunProgram); },
+        [&](const std::string& where) { return FindUsers(finder_smb, where); }};
     window.emplace(session.intercom(), session.clock(), session.activation(),
                    [&] { session.RunSettings([&] { RunSettingsSheet(&*window, context); }); });
     views.Add(&*window);

@@ -18,7 +18,7 @@ BELOW = {
     "platform": ["core", "settings", "words", "audio", "util"],
     "control": ["core", "settings", "words", "audio", "util"],
     "setup": ["platform", "control", "settings", "words", "util"],
-    "ui": ["setup", "platform", "core", "settings", "words", "audio", "util"],
+    "ui": ["setup", "platform", "share", "core", "settings", "words", "audio", "util"],
     "app": ["ui", "setup", "control", "platform", "share", "core", "settings", "words", "audio",
             "util"],
 }

@@ -1,11 +1,15 @@
 // The General page of the settings.
 
 #include <QCheckBox>
+#include <QClipboard>
 #include <QComboBox>
 #include <QGridLayout>
 #include <QGroupBox>
+#include <QGuiApplication>
+#include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
+#include <QMessageBox>
 #include <QPushButton>
 #include <QRadioButton>
 #include <QVBoxLayout>
@@ -16,6 +20,7 @@
 #include "ui/folder_prompt.h"
 #include "ui/help.h"
 #include "ui/settings_pages.h"
+#include "words/share_name.h"
 
 namespace parlavox {
 namespace {
@@ -56,6 +61,11 @@ class GeneralPage : public SettingsPage {
     folder_layout->addWidget(change, 0, 1);
     folder_layout->addWidget(for_everyone_, 1, 0, 1, 2);
     folder_layout->addWidget(for_me_, 2, 0, 1, 2);
+    auto* share = new QPushButton("Share on the network");
+    auto* share_row = new QHBoxLayout;
+    share_row->addWidget(share);
+    share_row->addStretch();
+    folder_layout->addLayout(share_row, 3, 0, 1, 2);
 
     start_at_login_ = new QCheckBox("Run Parlavox automatically on tray at start-up");
 
@@ -75,6 +85,7 @@ class GeneralPage : public SettingsPage {
     connect(mixer_, &QPushButton::clicked, this, [this] {
       if (!OpenRecordMixer()) mixer_->setText("No mixer program was found");
     });
+    connect(share, &QPushButton::clicked, this, [this] { Share(); });
     connect(change, &QPushButton::clicked, this, [this] {
       if (auto chosen =
               BrowseForFolder(this, "Locate incoming audio files folder", folder_->text())) {
@@ -127,6 +138,30 @@ class GeneralPage : public SettingsPage {
   int help_topic() const override { return help::kGeneralPage; }
 
  private:
+  // Shares the folder shown, or finds it on a server already, and says so with the
+  // names colleagues add it by, which a button copies; or says what stands in the way.
+  void Share() {
+    const std::string folder = folder_->text().trimmed().toStdString();
+    const UserShareOutcome outcome =
+        ParseShareName(folder)
+            ? UserShareOutcome{true,
+                               "The folder is on a server already: colleagues add it as " + folder,
+                               {folder}}
+            : context_.share_folder(folder);
+    QMessageBox box(outcome.done ? QMessageBox::Information : QMessageBox::Warning,
+                    "Share on the network", QString::fromStdString(outcome.text), QMessageBox::Ok,
+                    this);
+    box.setTextInteractionFlags(Qt::TextSelectableByMouse);
+    QStringList names;
+    for (const std::string& name : outcome.names) names << QString::fromStdString(name);
+    const QPushButton* copy =
+        names.isEmpty() ? nullptr : box.addButton("&Copy names", QMessageBox::ActionRole);
+    box.exec();
+    if (copy != nullptr && box.clickedButton() == copy) {
+      QGuiApplication::clipboard()->setText(names.join("\n"));
+    }
+  }
+
   // A recording level only for a source of the program's choosing; with the mixer line
   // the person sets levels in the desktop's own mixer.
   void UpdateControls() {

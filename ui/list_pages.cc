@@ -7,6 +7,7 @@
 #include <QVBoxLayout>
 #include <functional>
 
+#include "ui/find_colleagues_dialog.h"
 #include "ui/folder_prompt.h"
 #include "ui/help.h"
 #include "ui/key_dialogs.h"
@@ -25,14 +26,14 @@ class ListPage : public SettingsPage {
     auto* add = new QPushButton("Add...");
     remove_ = new QPushButton("Remove");
     change_ = new QPushButton("Change...");
-    auto* buttons = new QVBoxLayout;
-    buttons->addWidget(add);
-    buttons->addWidget(remove_);
-    buttons->addWidget(change_);
-    buttons->addStretch();
+    buttons_ = new QVBoxLayout;
+    buttons_->addWidget(add);
+    buttons_->addWidget(remove_);
+    buttons_->addWidget(change_);
+    buttons_->addStretch();
     auto* inner = new QGridLayout(group);
     inner->addWidget(list_, 0, 0);
-    inner->addLayout(buttons, 0, 1);
+    inner->addLayout(buttons_, 0, 1);
     auto* layout = new QVBoxLayout(this);
     layout->addWidget(group);
     connect(list_, &QListWidget::currentRowChanged, this, [this] { UpdateControls(); });
@@ -58,6 +59,12 @@ class ListPage : public SettingsPage {
   }
   int help_topic() const override { return help_topic_; }
   int Selected() const { return list_->currentRow(); }
+  // A button of the page's own below the others, doing `act` and showing the list anew.
+  void AddButton(const QString& text, const std::function<void()>& act) {
+    auto* button = new QPushButton(text);
+    buttons_->insertWidget(buttons_->count() - 1, button);
+    connect(button, &QPushButton::clicked, this, [this, act] { Act(act); });
+  }
 
  private:
   void Act(const std::function<void()>& act) {
@@ -71,6 +78,7 @@ class ListPage : public SettingsPage {
   }
 
   int help_topic_;
+  QVBoxLayout* buttons_;
   QListWidget* list_;
   QPushButton* remove_;
   QPushButton* change_;
@@ -79,7 +87,11 @@ class ListPage : public SettingsPage {
 class UsersPage : public ListPage {
  public:
   explicit UsersPage(const SettingsContext& context)
-      : ListPage("Other Users' Audio Folders", help::kUsersPage), users_(context.users) {}
+      : ListPage("Other Users' Audio Folders", help::kUsersPage),
+        users_(context.users),
+        find_(context.find_colleagues) {
+    AddButton("Find on network…", [this] { FindOnNetwork(); });
+  }
 
  private:
   QStringList Lines() const override {
@@ -100,7 +112,16 @@ class UsersPage : public ListPage {
     }
   }
 
+  void FindOnNetwork() {
+    std::vector<std::string> listed;
+    for (int i = 0; i < users_.Count(); ++i) listed.push_back(users_.Folder(i));
+    for (const std::string& folder : RunFindColleaguesDialog(this, find_, listed)) {
+      users_.AddFolder(folder);
+    }
+  }
+
   UsersCache& users_;
+  const ColleagueFinder& find_;
 };
 
 class KeysPage : public ListPage {

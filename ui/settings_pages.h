@@ -6,11 +6,13 @@
 #include <string>
 
 #include "audio/mixer.h"
+#include "platform/user_share.h"
 #include "settings/folder_store.h"
 #include "settings/key_assignments.h"
 #include "settings/settings_file.h"
 #include "settings/start_at_login.h"
 #include "settings/users_cache.h"
+#include "ui/find_colleagues_dialog.h"
 
 namespace parlavox {
 
@@ -24,6 +26,10 @@ struct SettingsContext {
   StartAtLogin& login;
   // The keys the desktop bound for hot key i, where it chooses them itself ("" else).
   std::function<std::string(int)> desktop_binding;
+  // Shares a folder on the network for colleagues to write to.
+  std::function<UserShareOutcome(const std::string& folder)> share_folder;
+  // The colleagues in a server's shares or a folder.
+  ColleagueFinder find_colleagues;
 };
 
 // A page of the settings sheet: filled when it is first shown, saved when it is left
@@ -35,9 +41,11 @@ class SettingsPage : public QWidget {
   virtual int help_topic() const = 0;
 };
 
-// "General": the sound devices and levels, the inward folder, start at login.
+// "General": the sound devices and levels, the inward folder and its sharing, start at
+// login.
 SettingsPage* NewGeneralPage(const SettingsContext& context);
-// "Users": the other users' inward folders; every change is written at once.
+// "Users": the other users' inward folders, also found on the network; every change is
+// written at once.
 SettingsPage* NewUsersPage(const SettingsContext& context);
 // "Keys": the system-wide hot keys; every change is written at once.
 SettingsPage* NewKeysPage(const SettingsContext& context);

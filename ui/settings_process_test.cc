@@ -15,12 +15,13 @@ namespace {
 constexpr int kSettingsItemY = 121;  // in the Intercom menu
 constexpr int kUsersTabX = 112, kKeysTabX = 168, kTabsY = 24;
 constexpr int kOutputDevicesX = 204, kOutputDevicesY = 85;
-constexpr int kOutputLevelX = 223, kOutputLevelY = 113;
+constexpr int kOutputLevelX = 250, kOutputLevelY = 113;
 constexpr int kFolderX = 161, kFolderY = 307;
-constexpr int kOkX = 186, kCancelX = 272, kButtonsY = 439;
+constexpr int kOkX = 186, kCancelX = 272, kButtonsY = 467;
 constexpr int kInputDevicesX = 204, kInputDevicesY = 183;
-constexpr int kStartAtLoginX = 30, kStartAtLoginY = 399;
-constexpr int kAddX = 335, kAddY = 85;
+constexpr int kStartAtLoginX = 30, kStartAtLoginY = 426;
+constexpr int kAddX = 335, kAddY = 85, kFindY = 175;
+constexpr int kShareX = 102, kShareY = 387;
 
 class SettingsTest : public DesktopCopyTest {
  protected:
@@ -165,6 +166,67 @@ TEST_F(SettingsTest, WhileTheSheetIsOpenOthersSeeThisUserOff) {
   CreateWaveFileWriter(moved + "/101.wav", 11025, 1, 16, 0)
       ->Write(tone.data(), int64_t(tone.size()));
   EXPECT_TRUE(Eventually([&] { return !std::filesystem::exists(moved + "/101.wav"); }, 8s));
+}
+
+// Sharing is refused while a folder above the inward folder keeps guests out, and made
+// once they may pass (a real user share of this machine, so the test runs as root).
+TEST_F(SettingsTest, TheInwardFolderIsSharedFromTheGeneralPage) {
+  StartWindow();
+  OpenSettings();
+  const auto share = [&](const char* box_keys) {
+    ClickInSheet(kShareX, kShareY);
+    ASSERT_TRUE(
+        VirtualDesktop::WaitUntil([&] { return desktop_.VisibleWindow("Share on the network"); }));
+    if (const char* picture = std::getenv("PARLAVOX_SHARE_SCREENSHOT")) {
+      desktop_.Screenshot(picture);
+    }
+    desktop_.Run("xdotool windowactivate --sync " +
+                 *desktop_.VisibleWindow("Share on the network"));
+    desktop_.Run(std::string("xdotool key ") + box_keys);
+    ASSERT_TRUE(
+        VirtualDesktop::WaitUntil([&] { return !desktop_.VisibleWindow("Share on the network"); }));
+  };
+  share("Return");  // the scratch folder is closed to others: nothing is shared
+  EXPECT_NE(copy_.Control({"--unshare-inward"}).second.find("not shared"), std::string::npos);
+  std::filesystem::permissions(scratch_.path(), std::filesystem::perms::others_exec,
+                               std::filesystem::perm_options::add);
+  share("alt+c");  // shared; the names are copied
+  const auto [unshared, said] = copy_.Control({"--unshare-inward"});
+  EXPECT_EQ(unshared, 0);
+  EXPECT_NE(said.find("no longer shared"), std::string::npos) << said;
+  CloseSheet(kOkX);
+}
+
+// An office keeps a folder a person in one place: the person finds them there and adds
+// all at once, one of them already listed.
+TEST_F(SettingsTest, ColleaguesFoundInAnOfficeFolderAreAddedAtOnce) {
+  ASSERT_TRUE(PublishUser(scratch_ / "office/ben", "Ben", 202, true));
+  ASSERT_TRUE(PublishUser(scratch_ / "office/cid", "Cid", 303, false));
+  ASSERT_TRUE(PublishUser(scratch_ / "office/dan", "Dan", 404, true));
+  std::filesystem::create_directories(scratch_ / "office/junk");
+  copy_.Set("users", "folder0", scratch_ / "office/dan");
+  StartWindow();
+  OpenSettings();
+  ClickInSheet(kUsersTabX, kTabsY);
+  ClickInSheet(kAddX, kFindY);
+  ASSERT_TRUE(VirtualDesktop::WaitUntil([&] { return desktop_.VisibleWindow("Find on network"); }));
+  desktop_.Run("xdotool windowactivate --sync " + *desktop_.VisibleWindow("Find on network"));
+  desktop_.Run("xdotool type '" + (scratch_ / "office") + "'");
+  desktop_.Run("xdotool key Return");  // looks
+  std::this_thread::sleep_for(500ms);
+  if (const char* picture = std::getenv("PARLAVOX_FIND_SCREENSHOT")) {
+    desktop_.Screenshot(picture);
+  }
+  desktop_.Run("xdotool key alt+a");
+  ASSERT_TRUE(
+      VirtualDesktop::WaitUntil([&] { return !desktop_.VisibleWindow("Find on network"); }));
+  CloseSheet(kOkX);
+  const auto folder = [&](const char* key) {
+    return FindProfileString(copy_.settings(), "users", key).value_or("<missing>");
+  };
+  EXPECT_EQ(folder("folder1"), scratch_ / "office/ben");
+  EXPECT_EQ(folder("folder2"), scratch_ / "office/cid");
+  EXPECT_EQ(folder("folder3"), "<missing>");
 }
 
 TEST_F(SettingsTest, TheKeysPageTakesAKeyAndACommand) {

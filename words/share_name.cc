@@ -62,6 +62,14 @@ std::optional<ShareLocation> ParseServerName(std::string_view name) {
   return parsed->first;
 }
 
+std::string ServerName(std::string_view folder) {
+  const std::optional<ShareLocation> location = ParseShareName(folder);
+  if (!location) return "";
+  if (folder.starts_with("\\\\")) return "\\\\" + location->host;
+  return "smb://" + location->host +
+         (location->port != 0 ? ":" + std::to_string(location->port) : "");
+}
+
 std::string ShareNameOnServer(std::string_view server, const std::string& share) {
   std::string name(server);
   while (name.ends_with('/') || name.ends_with('\\')) name.pop_back();

@@ -24,6 +24,10 @@ std::optional<ShareLocation> ParseShareName(std::string_view folder);
 // with no share; nullopt otherwise.
 std::optional<ShareLocation> ParseServerName(std::string_view name);
 
+// The server of a folder on a share, named alone in the folder's form ("\\host" for
+// "\\host\share\a", "smb://host:4450" for "smb://host:4450/share"); "" for a local folder.
+std::string ServerName(std::string_view folder);
+
 // The share called `share` on the server named `server`, in the same form.
 std::string ShareNameOnServer(std::string_view server, const std::string& share);
 

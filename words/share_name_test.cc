@@ -40,6 +40,9 @@ TEST(ShareNameTest, BothNameFormsAreReadAndLocalFoldersAreNot) {
   EXPECT_FALSE(ParseServerName("/srv"));
   EXPECT_EQ(ShareNameOnServer("\\\\fileserver\\", "office"), "\\\\fileserver\\office");
   EXPECT_EQ(ShareNameOnServer("smb://fileserver", "office"), "smb://fileserver/office");
+  EXPECT_EQ(ServerName("\\\\fileserver\\office\\ann"), "\\\\fileserver");
+  EXPECT_EQ(ServerName("smb://fileserver:4450/office"), "smb://fileserver:4450");
+  EXPECT_EQ(ServerName("/srv/office"), "");
 }
 
 }  // namespace

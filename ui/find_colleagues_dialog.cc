@@ -1,0 +1,117 @@
+#include "ui/find_colleagues_dialog.h"
+
+#include <QApplication>
+#include <QComboBox>
+#include <QDialog>
+#include <QDialogButtonBox>
+#include <QGridLayout>
+#include <QLabel>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QPushButton>
+#include <algorithm>
+
+#include "words/share_name.h"
+
+namespace parlavox {
+namespace {
+
+class FindColleaguesDialog : public QDialog {
+ public:
+  FindColleaguesDialog(QWidget* owner, const ColleagueFinder& find,
+                       const std::vector<std::string>& listed)
+      : QDialog(owner), find_(find), listed_(listed) {
+    setWindowTitle("Find on network");
+    where_ = new QComboBox;
+    where_->setEditable(true);
+    where_->setMinimumContentsLength(36);
+    for (const std::string& folder : listed) {
+      const QString server = QString::fromStdString(ServerName(folder));
+      if (!server.isEmpty() && where_->findText(server) < 0) where_->addItem(server);
+    }
+    where_->lineEdit()->setPlaceholderText("\\\\server, smb://server/share or a folder");
+    auto* where_label = new QLabel("&Server or folder:");
+    where_label->setBuddy(where_);
+    auto* look = new QPushButton("&Look");
+    found_ = new QListWidget;
+    said_ = new QLabel("Name a server to look in each of its shares, or a share or folder.");
+    said_->setWordWrap(true);
+    auto* buttons = new QDialogButtonBox(QDialogButtonBox::Cancel);
+    add_ = buttons->addButton("&Add", QDialogButtonBox::AcceptRole);
+    add_->setEnabled(false);
+    look->setDefault(true);  // Return looks; adding is asked for apart
+
+    auto* layout = new QGridLayout(this);
+    layout->addWidget(where_label, 0, 0);
+    layout->addWidget(where_, 0, 1);
+    layout->addWidget(look, 0, 2);
+    layout->addWidget(found_, 1, 0, 1, 3);
+    layout->addWidget(said_, 2, 0, 1, 3);
+    layout->addWidget(buttons, 3, 0, 1, 3);
+
+    connect(look, &QPushButton::clicked, this, [this] { Look(); });
+    connect(found_, &QListWidget::itemChanged, this, [this] { add_->setEnabled(!Picked().empty()); });
+    connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
+    connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
+  }
+
+  // The folders of the colleagues ticked.
+  std::vector<std::string> Picked() const {
+    std::vector<std::string> picked;
+    for (int i = 0; i < found_->count(); ++i) {
+      const QListWidgetItem* line = found_->item(i);
+      if ((line->flags() & Qt::ItemIsEnabled) && line->checkState() == Qt::Checked) {
+        picked.push_back(line->data(Qt::UserRole).toString().toStdString());
+      }
+    }
+    return picked;
+  }
+
+ private:
+  // Lists the colleagues found where the person said, those not yet listed ticked.
+  void Look() {
+    const std::string where = where_->currentText().trimmed().toStdString();
+    if (where.empty()) return;
+    said_->setText("Looking in " + QString::fromStdString(where) + "...");
+    QApplication::setOverrideCursor(Qt::WaitCursor);
+    QApplication::processEvents();
+    const std::vector<FoundUser> found = find_(where);
+    QApplication::restoreOverrideCursor();
+
+    const QSignalBlocker quiet(found_);
+    found_->clear();
+    for (const FoundUser& user : found) {
+      const bool listed =
+          std::find(listed_.begin(), listed_.end(), user.folder) != listed_.end();
+      auto* line = new QListWidgetItem(
+          QString::fromStdString(user.record.Name()) + (user.record.is_on() ? " (on)" : " (off)") +
+              "  " + QString::fromStdString(user.folder) + (listed ? "  (in your list)" : ""),
+          found_);
+      line->setData(Qt::UserRole, QString::fromStdString(user.folder));
+      line->setFlags(listed ? Qt::ItemIsUserCheckable : Qt::ItemIsUserCheckable | Qt::ItemIsEnabled);
+      line->setCheckState(listed ? Qt::Unchecked : Qt::Checked);
+    }
+    said_->setText(found.empty() ? "No colleagues found in " + QString::fromStdString(where) +
+                                       " (a server that does not answer, or no folder there "
+                                       "holds a Parlavox user)"
+                                 : QString::number(found.size()) + " found");
+    add_->setEnabled(!Picked().empty());
+  }
+
+  const ColleagueFinder& find_;
+  const std::vector<std::string>& listed_;
+  QComboBox* where_;
+  QListWidget* found_;
+  QLabel* said_;
+  QPushButton* add_;
+};
+
+}  // namespace
+
+std::vector<std::string> RunFindColleaguesDialog(QWidget* owner, const ColleagueFinder& find,
+                                                 const std::vector<std::string>& listed) {
+  FindColleaguesDialog dialog(owner, find, listed);
+  return dialog.exec() == QDialog::Accepted ? dialog.Picked() : std::vector<std::string>{};
+}
+
+}  // namespace parlavox

@@ -1,0 +1,26 @@
+#ifndef PARLAVOX_UI_FIND_COLLEAGUES_DIALOG_H_
+#define PARLAVOX_UI_FIND_COLLEAGUES_DIALOG_H_
+
+#include <QWidget>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "share/find_users.h"
+
+namespace parlavox {
+
+// Looks for colleagues in a server's shares or in a folder, for the person to pick.
+using ColleagueFinder = std::function<std::vector<FoundUser>(const std::string& where)>;
+
+// "Find on network…": the person names a server ("\\host", "smb://host") or a folder,
+// offered the servers of `listed` (the folders already in the Users list), and picks
+// among the colleagues found there; those already listed are shown but can't be picked
+// again. Returns the folders picked (none when cancelled). Looking waits for the
+// servers asked, at most their time-out each.
+std::vector<std::string> RunFindColleaguesDialog(QWidget* owner, const ColleagueFinder& find,
+                                                 const std::vector<std::string>& listed);
+
+}  // namespace parlavox
+
+#endif  // PARLAVOX_UI_FIND_COLLEAGUES_DIALOG_H_
