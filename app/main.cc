@@ -149,7 +149,9 @@ int RunIntercom(QCoreApplication& application, const sigset_t& termination, cons
           const HotKeySystem* hot_keys = session.hot_key_system();
           return hot_keys ? hot_keys->DesktopBinding(index) : "";
         },
-        [](const std::string& folder) { return ShareInwardFolder(folder, RunProgram); },
+        [](const std::string& folder, bool let_guests_through) {
+          return ShareInwardFolder(folder, RunProgram, let_guests_through);
+        },
         [&](const std::string& where) { return FindUsers(finder_smb, where); }};
     window.emplace(session.intercom(), session.clock(), session.activation(),
                    [&] { session.RunSettings([&] { RunSettingsSheet(&*window, context); }); });

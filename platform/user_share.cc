@@ -90,12 +90,22 @@ std::string UserShareName() {
   return std::string("parlavox-") + (account != nullptr ? account->pw_name : "user");
 }
 
-UserShareOutcome ShareInwardFolder(const std::string& folder, const ProgramRunner& run) {
+UserShareOutcome ShareInwardFolder(const std::string& folder, const ProgramRunner& run,
+                                   bool let_guests_through) {
+  if (let_guests_through) {
+    for (const std::string& above : ClosedToOthers(folder)) {
+      std::error_code ignored;  // what stays closed is said below
+      std::filesystem::permissions(above, std::filesystem::perms::others_exec,
+                                   std::filesystem::perm_options::add, ignored);
+    }
+  }
   if (const std::vector<std::string> closed = ClosedToOthers(folder); !closed.empty()) {
     std::string folders;
     for (const std::string& above : closed) folders += " " + above;
-    return {false, "Colleagues can't reach the folder through" + folders +
-                       ", which only you may open: chmod o+x" + folders};
+    UserShareOutcome outcome{false, "Colleagues can't reach the folder through" + folders +
+                                        ", which others may not pass: chmod o+x" + folders};
+    outcome.guests_kept_out = true;
+    return outcome;
   }
   const std::string name = UserShareName();
   const ProgramRun added = run({"net", "usershare", "add", name, folder, "Parlavox inward folder",

@@ -25,6 +25,7 @@ struct UserShareOutcome {
   bool done = false;
   std::string text;
   std::vector<std::string> names;
+  bool guests_kept_out = false;  // by a folder above the folder, closed to others
 };
 
 // The share's name: "parlavox-" and the login name.
@@ -32,8 +33,11 @@ std::string UserShareName();
 
 // Shares `folder` as a Samba user share (net usershare) that guests may write to, so
 // that colleagues on other machines can drop messages in it, through `run`. A folder
-// that guests can't reach, because a folder above it is closed to others, is not shared.
-UserShareOutcome ShareInwardFolder(const std::string& folder, const ProgramRunner& run);
+// that guests can't reach, because a folder above it is closed to others, is not shared,
+// unless `let_guests_through` first lets others pass through those folders (o+x: pass,
+// not list).
+UserShareOutcome ShareInwardFolder(const std::string& folder, const ProgramRunner& run,
+                                   bool let_guests_through = false);
 // Removes the user share again, when it shares `folder` (another folder shared under
 // the name is left alone).
 UserShareOutcome UnshareInwardFolder(const std::string& folder, const ProgramRunner& run);

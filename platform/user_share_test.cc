@@ -52,9 +52,20 @@ TEST(UserShareTest, NetIsAskedForAGuestShareAndEachRefusalIsToldWithItsFix) {
         return ProgramRun{0, ""};
       });
   EXPECT_FALSE(closed.done);
+  EXPECT_TRUE(closed.guests_kept_out);
   EXPECT_FALSE(asked);
   EXPECT_NE(closed.text.find("chmod o+x"), std::string::npos) << closed.text;
   EXPECT_NE(closed.text.find(scratch / "home" + ","), std::string::npos) << closed.text;
+  // Asked to, it lets guests pass (not list) and shares.
+  const UserShareOutcome opened = ShareInwardFolder(
+      scratch / "home/Incoming",
+      [](const std::vector<std::string>&) {
+        return ProgramRun{0, ""};
+      },
+      /*let_guests_through=*/true);
+  EXPECT_TRUE(opened.done) << opened.text;
+  EXPECT_EQ(std::filesystem::status(scratch / "home").permissions(),
+            std::filesystem::perms::owner_all | std::filesystem::perms::others_exec);
 
   // Only a share of the folder itself goes.
   for (const std::string shared : {"/home/ann/Incoming", "/home/ann/Other"}) {

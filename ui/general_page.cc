@@ -139,15 +139,16 @@ class GeneralPage : public SettingsPage {
 
  private:
   // Shares the folder shown, or finds it on a server already, and says so with the
-  // names colleagues add it by, which a button copies; or says what stands in the way.
-  void Share() {
+  // names colleagues add it by, which a button copies; or says what stands in the way,
+  // offering to let colleagues through folders above it that keep them out.
+  void Share(bool let_guests_through = false) {
     const std::string folder = folder_->text().trimmed().toStdString();
     const UserShareOutcome outcome =
         ParseShareName(folder)
             ? UserShareOutcome{true,
                                "The folder is on a server already: colleagues add it as " + folder,
                                {folder}}
-            : context_.share_folder(folder);
+            : context_.share_folder(folder, let_guests_through);
     QMessageBox box(outcome.done ? QMessageBox::Information : QMessageBox::Warning,
                     "Share on the network", QString::fromStdString(outcome.text), QMessageBox::Ok,
                     this);
@@ -156,10 +157,15 @@ class GeneralPage : public SettingsPage {
     for (const std::string& name : outcome.names) names << QString::fromStdString(name);
     const QPushButton* copy =
         names.isEmpty() ? nullptr : box.addButton("&Copy names", QMessageBox::ActionRole);
+    const QPushButton* let_through =
+        outcome.guests_kept_out && !let_guests_through
+            ? box.addButton("&Let colleagues through", QMessageBox::ActionRole)
+            : nullptr;
     box.exec();
     if (copy != nullptr && box.clickedButton() == copy) {
       QGuiApplication::clipboard()->setText(names.join("\n"));
     }
+    if (let_through != nullptr && box.clickedButton() == let_through) Share(true);
   }
 
   // A recording level only for a source of the program's choosing; with the mixer line

@@ -26,8 +26,9 @@ struct SettingsContext {
   StartAtLogin& login;
   // The keys the desktop bound for hot key i, where it chooses them itself ("" else).
   std::function<std::string(int)> desktop_binding;
-  // Shares a folder on the network for colleagues to write to.
-  std::function<UserShareOutcome(const std::string& folder)> share_folder;
+  // Shares a folder on the network for colleagues to write to, first letting guests
+  // through the folders above it where asked.
+  std::function<UserShareOutcome(const std::string& folder, bool let_guests_through)> share_folder;
   // The colleagues in a server's shares or a folder.
   ColleagueFinder find_colleagues;
 };

@@ -169,28 +169,38 @@ TEST_F(SettingsTest, WhileTheSheetIsOpenOthersSeeThisUserOff) {
 }
 
 // Sharing is refused while a folder above the inward folder keeps guests out, and made
-// once they may pass (a real user share of this machine, so the test runs as root).
-TEST_F(SettingsTest, TheInwardFolderIsSharedFromTheGeneralPage) {
+// once the person lets them pass (a real user share of this machine, so the test runs
+// as root).
+TEST_F(SettingsTest, TheInwardFolderIsSharedAsASambaUserShareFromTheGeneralPage) {
   StartWindow();
   OpenSettings();
-  const auto share = [&](const char* box_keys) {
-    ClickInSheet(kShareX, kShareY);
-    ASSERT_TRUE(
-        VirtualDesktop::WaitUntil([&] { return desktop_.VisibleWindow("Share on the network"); }));
+  constexpr const char* kBox = "Share on the network";
+  // Answers the box that shows (another than `shown_before`) with `keys`; returns it.
+  const auto answer = [&](const char* keys, const std::string& shown_before = "") {
+    std::string box;
+    EXPECT_TRUE(VirtualDesktop::WaitUntil([&] {
+      box = desktop_.VisibleWindow(kBox).value_or("");
+      return !box.empty() && box != shown_before;
+    }));
     if (const char* picture = std::getenv("PARLAVOX_SHARE_SCREENSHOT")) {
       desktop_.Screenshot(picture);
     }
-    desktop_.Run("xdotool windowactivate --sync " +
-                 *desktop_.VisibleWindow("Share on the network"));
-    desktop_.Run(std::string("xdotool key ") + box_keys);
-    ASSERT_TRUE(
-        VirtualDesktop::WaitUntil([&] { return !desktop_.VisibleWindow("Share on the network"); }));
+    desktop_.Run("xdotool windowactivate --sync " + box);
+    desktop_.Run(std::string("xdotool key ") + keys);
+    return box;
   };
-  share("Return");  // the scratch folder is closed to others: nothing is shared
+  ClickInSheet(kShareX, kShareY);
+  answer("Return");  // the scratch folder is closed to others: nothing is shared
+  ASSERT_TRUE(VirtualDesktop::WaitUntil([&] { return !desktop_.VisibleWindow(kBox); }));
   EXPECT_NE(copy_.Control({"--unshare-inward"}).second.find("not shared"), std::string::npos);
-  std::filesystem::permissions(scratch_.path(), std::filesystem::perms::others_exec,
-                               std::filesystem::perm_options::add);
-  share("alt+c");  // shared; the names are copied
+
+  ClickInSheet(kShareX, kShareY);
+  const std::string refused = answer("alt+l");  // "Let colleagues through"
+  answer("alt+c", refused);                     // shared: "Copy names"
+  ASSERT_TRUE(VirtualDesktop::WaitUntil([&] { return !desktop_.VisibleWindow(kBox); }));
+  EXPECT_NE(
+      std::filesystem::status(scratch_.path()).permissions() & std::filesystem::perms::others_exec,
+      std::filesystem::perms::none);
   const auto [unshared, said] = copy_.Control({"--unshare-inward"});
   EXPECT_EQ(unshared, 0);
   EXPECT_NE(said.find("no longer shared"), std::string::npos) << said;
