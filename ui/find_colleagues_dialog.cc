@@ -50,7 +50,8 @@ class FindColleaguesDialog : public QDialog {
     layout->addWidget(buttons, 3, 0, 1, 3);
 
     connect(look, &QPushButton::clicked, this, [this] { Look(); });
-    connect(found_, &QListWidget::itemChanged, this, [this] { add_->setEnabled(!Picked().empty()); });
+    connect(found_, &QListWidget::itemChanged, this,
+            [this] { add_->setEnabled(!Picked().empty()); });
     connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
   }
@@ -81,14 +82,14 @@ class FindColleaguesDialog : public QDialog {
     const QSignalBlocker quiet(found_);
     found_->clear();
     for (const FoundUser& user : found) {
-      const bool listed =
-          std::find(listed_.begin(), listed_.end(), user.folder) != listed_.end();
+      const bool listed = std::find(listed_.begin(), listed_.end(), user.folder) != listed_.end();
       auto* line = new QListWidgetItem(
           QString::fromStdString(user.record.Name()) + (user.record.is_on() ? " (on)" : " (off)") +
               "  " + QString::fromStdString(user.folder) + (listed ? "  (in your list)" : ""),
           found_);
       line->setData(Qt::UserRole, QString::fromStdString(user.folder));
-      line->setFlags(listed ? Qt::ItemIsUserCheckable : Qt::ItemIsUserCheckable | Qt::ItemIsEnabled);
+      line->setFlags(listed ? Qt::ItemIsUserCheckable
+                            : Qt::ItemIsUserCheckable | Qt::ItemIsEnabled);
       line->setCheckState(listed ? Qt::Unchecked : Qt::Checked);
     }
     said_->setText(found.empty() ? "No colleagues found in " + QString::fromStdString(where) +
