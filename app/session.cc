@@ -37,11 +37,19 @@ Session::~Session() {
 }
 
 void Session::RunSettings(const std::function<void()>& sheet) {
+  const std::string inward_folder = settings_.inward_folder();
   if (hot_keys_) hot_keys_->Unregister();
   intercom_.BeginSettings();
   sheet();
   intercom_.EndSettings();
   if (hot_keys_) hot_keys_->Register();
+  if (settings_.inward_folder() != inward_folder) SayWhereColleaguesAreKeptOut();
+}
+
+void Session::SayWhereColleaguesAreKeptOut() {
+  if (const std::string note = InwardFolderAccessNote(settings_.inward_folder()); !note.empty()) {
+    intercom_.ShowStatus(note);
+  }
 }
 
 int Session::Run(const sigset_t& termination, const std::function<void()>& started) {
@@ -65,9 +73,7 @@ int Session::Run(const sigset_t& termination, const std::function<void()>& start
 
   intercom_.Start();
   StartHotKeys();
-  if (const std::string note = InwardFolderAccessNote(settings_.inward_folder()); !note.empty()) {
-    intercom_.ShowStatus(note);
-  }
+  SayWhereColleaguesAreKeptOut();
   if (started) started();
   const int result = application_.exec();
   intercom_.End();

@@ -51,7 +51,8 @@ class Session {
   Intercom& intercom() { return intercom_; }
   Clock& clock() { return clock_; }
   // Runs `sheet`, the settings sheet, as the Settings command does: the hot keys are
-  // let go and the intercom rests while it is open, and all is taken up anew after.
+  // let go and the intercom rests while it is open, and all is taken up anew after. An
+  // inward folder moved to one that keeps colleagues out is said with the fix.
   void RunSettings(const std::function<void()>& sheet);
 
   // Which window of the desktop is active, where that can be known; else null.
@@ -69,6 +70,8 @@ class Session {
  private:
   // Binds the hot keys the way this desktop offers them, or says why there are none.
   void StartHotKeys();
+  // Says on the status line when the inward folder keeps colleagues out, with the fix.
+  void SayWhereColleaguesAreKeptOut();
 
   QCoreApplication& application_;
   SettingsFile& settings_;

@@ -161,6 +161,9 @@ TEST_F(SettingsTest, WhileTheSheetIsOpenOthersSeeThisUserOff) {
   EXPECT_TRUE(record.is_on());
   EXPECT_EQ(record.id, copy_.OwnRecord().id);  // the same person, moved
   EXPECT_FALSE(copy_.OwnRecord().is_on());     // the old folder shows them off
+  // A folder made 0755 keeps colleagues out: said with the fix.
+  EXPECT_NE(copy_.Status()["status"].toString().toStdString().find("chmod 1777"), std::string::npos)
+      << copy_.Control({"--status"}).second;
 
   // A message dropped into the new folder plays.
   CreateWaveFileWriter(moved + "/101.wav", 11025, 1, 16, 0)
