@@ -23,6 +23,7 @@
 #include "control/control_client.h"
 #include "control/control_protocol.h"
 #include "control/control_requests.h"
+#include "platform/announced_servers.h"
 #include "platform/autostart_entry.h"
 #include "platform/desktop_entry.h"
 #include "platform/headless_view.h"
@@ -152,7 +153,8 @@ int RunIntercom(QCoreApplication& application, const sigset_t& termination, cons
         [](const std::string& folder, bool let_guests_through) {
           return ShareInwardFolder(folder, RunProgram, let_guests_through);
         },
-        [&](const std::string& where) { return FindUsers(finder_smb, where); }};
+        [&](const std::string& where) { return FindUsers(finder_smb, where); },
+        [] { return AnnouncedSmbServers(RunProgram); }};
     window.emplace(session.intercom(), session.clock(), session.activation(),
                    [&] { session.RunSettings([&] { RunSettingsSheet(&*window, context); }); });
     views.Add(&*window);

@@ -1,22 +1,12 @@
 #ifndef PARLAVOX_PLATFORM_USER_SHARE_H_
 #define PARLAVOX_PLATFORM_USER_SHARE_H_
 
-#include <functional>
 #include <string>
 #include <vector>
 
+#include "platform/program_run.h"
+
 namespace parlavox {
-
-// What running a program gave: its exit code (-1 when it could not be started) and
-// what it printed, both streams together.
-struct ProgramRun {
-  int exit_code = -1;
-  std::string output;
-};
-using ProgramRunner = std::function<ProgramRun(const std::vector<std::string>& argv)>;
-
-// Runs `argv` (argv[0] found on PATH) and waits for it.
-ProgramRun RunProgram(const std::vector<std::string>& argv);
 
 // What sharing or unsharing said: done or not, and the sentence for the person (the
 // names colleagues use; or what is missing and the command that fixes it); a share made

@@ -9,6 +9,7 @@
 #include <QLineEdit>
 #include <QListWidget>
 #include <QPushButton>
+#include <QTimer>
 #include <algorithm>
 
 #include "words/share_name.h"
@@ -18,7 +19,7 @@ namespace {
 
 class FindColleaguesDialog : public QDialog {
  public:
-  FindColleaguesDialog(QWidget* owner, const ColleagueFinder& find,
+  FindColleaguesDialog(QWidget* owner, const ColleagueFinder& find, const ServerFinder& announced,
                        const std::vector<std::string>& listed)
       : QDialog(owner), find_(find), listed_(listed) {
     setWindowTitle("Find on network");
@@ -54,6 +55,15 @@ class FindColleaguesDialog : public QDialog {
             [this] { add_->setEnabled(!Picked().empty()); });
     connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
+    // Asking the network takes a moment: the dialog shows first.
+    QTimer::singleShot(0, this, [this, &announced] {
+      QApplication::setOverrideCursor(Qt::WaitCursor);
+      for (const std::string& server : announced()) {
+        const QString name = QString::fromStdString(server);
+        if (where_->findText(name) < 0) where_->addItem(name);
+      }
+      QApplication::restoreOverrideCursor();
+    });
   }
 
   // The folders of the colleagues ticked.
@@ -110,8 +120,9 @@ class FindColleaguesDialog : public QDialog {
 }  // namespace
 
 std::vector<std::string> RunFindColleaguesDialog(QWidget* owner, const ColleagueFinder& find,
+                                                 const ServerFinder& announced,
                                                  const std::vector<std::string>& listed) {
-  FindColleaguesDialog dialog(owner, find, listed);
+  FindColleaguesDialog dialog(owner, find, announced, listed);
   return dialog.exec() == QDialog::Accepted ? dialog.Picked() : std::vector<std::string>{};
 }
 

@@ -89,7 +89,8 @@ class UsersPage : public ListPage {
   explicit UsersPage(const SettingsContext& context)
       : ListPage("Other Users' Audio Folders", help::kUsersPage),
         users_(context.users),
-        find_(context.find_colleagues) {
+        find_(context.find_colleagues),
+        announced_(context.announced_servers) {
     AddButton("Find on network…", [this] { FindOnNetwork(); });
   }
 
@@ -115,13 +116,14 @@ class UsersPage : public ListPage {
   void FindOnNetwork() {
     std::vector<std::string> listed;
     for (int i = 0; i < users_.Count(); ++i) listed.push_back(users_.Folder(i));
-    for (const std::string& folder : RunFindColleaguesDialog(this, find_, listed)) {
+    for (const std::string& folder : RunFindColleaguesDialog(this, find_, announced_, listed)) {
       users_.AddFolder(folder);
     }
   }
 
   UsersCache& users_;
   const ColleagueFinder& find_;
+  const ServerFinder& announced_;
 };
 
 class KeysPage : public ListPage {

@@ -29,8 +29,9 @@ struct SettingsContext {
   // Shares a folder on the network for colleagues to write to, first letting guests
   // through the folders above it where asked.
   std::function<UserShareOutcome(const std::string& folder, bool let_guests_through)> share_folder;
-  // The colleagues in a server's shares or a folder.
+  // The colleagues in a server's shares or a folder, and the servers to look in.
   ColleagueFinder find_colleagues;
+  ServerFinder announced_servers;
 };
 
 // A page of the settings sheet: filled when it is first shown, saved when it is left
