@@ -16,20 +16,11 @@
 
 #include "settings/profile_file.h"
 #include "util/child_process_test_util.h"
+#include "util/eventually_test_util.h"
 #include "util/scratch_folder_test_util.h"
 #include "words/user_record.h"
 
 namespace parlavox {
-
-template <typename Predicate>
-bool Eventually(Predicate done, std::chrono::milliseconds limit) {
-  const auto deadline = std::chrono::steady_clock::now() + limit;
-  while (std::chrono::steady_clock::now() < deadline) {
-    if (done()) return true;
-    std::this_thread::sleep_for(std::chrono::milliseconds(50));
-  }
-  return done();
-}
 
 // Writes the record of another person, as their copy would, into their inward folder.
 inline bool PublishUser(const std::string& folder, const char* name, int32_t id, bool on) {

@@ -15,6 +15,7 @@
 #include <string>
 #include <thread>
 
+#include "util/eventually_test_util.h"
 #include "util/task_poster.h"
 
 extern char** environ;
@@ -71,11 +72,7 @@ class PrivateSoundServer {
                      const_cast<char**>(env)) != 0) {
       return false;
     }
-    for (int i = 0; i < 200; ++i) {  // up to 10 s for the socket to answer
-      if (Pactl("info >/dev/null 2>&1") == 0) return true;
-      std::this_thread::sleep_for(std::chrono::milliseconds(50));
-    }
-    return false;
+    return Eventually([&] { return Pactl("info >/dev/null 2>&1") == 0; });
   }
 
   void Stop() {

@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 
 #include "util/counting_poster_test_util.h"
+#include "util/eventually_test_util.h"
 #include "util/file_io.h"
 #include "util/scratch_folder_test_util.h"
 
@@ -16,14 +17,6 @@ namespace parlavox {
 namespace {
 
 using namespace std::chrono_literals;
-
-bool PostedWithin(const CountingPoster& poster, int at_least, std::chrono::milliseconds limit) {
-  const auto deadline = std::chrono::steady_clock::now() + limit;
-  while (poster.posts < at_least && std::chrono::steady_clock::now() < deadline) {
-    std::this_thread::sleep_for(10ms);
-  }
-  return poster.posts >= at_least;
-}
 
 // How often the thread named `name` in this process has gone to sleep; -1 when there
 // is no such thread.
@@ -55,17 +48,18 @@ TEST(InboxWatcherTest, EveryKindOfNameChangeIsReportedAndStopIsPrompt) {
   EXPECT_EQ(VoluntarySwitches("parlavox-watch"), switches);
 
   WriteFileText(folder / "42.wav", "x");  // a message arrives
-  ASSERT_TRUE(PostedWithin(poster, 1, 2s));
+  ASSERT_TRUE(Eventually([&] { return poster.posts >= 1; }, 2s));
   int seen = poster.posts;
   std::filesystem::rename(folder / "42.wav", folder / "43.wav");
-  ASSERT_TRUE(PostedWithin(poster, seen + 1, 2s));
+  ASSERT_TRUE(Eventually([&] { return poster.posts >= seen + 1; }, 2s));
   seen = poster.posts;
   std::filesystem::remove(folder / "43.wav");  // played and deleted
-  ASSERT_TRUE(PostedWithin(poster, seen + 1, 2s));
+  ASSERT_TRUE(Eventually([&] { return poster.posts >= seen + 1; }, 2s));
 
   seen = poster.posts;
   std::filesystem::create_directory(folder / "sub");
-  ASSERT_TRUE(PostedWithin(poster, seen + 1, 2s));  // the subfolder itself is a new name
+  ASSERT_TRUE(Eventually([&] { return poster.posts >= seen + 1; },
+                         2s));  // the subfolder itself is a new name
   seen = poster.posts;
   WriteFileText(folder / "sub/7.wav", "x");  // subfolders are not watched
   std::this_thread::sleep_for(300ms);
@@ -83,11 +77,7 @@ TEST(InboxWatcherTest, AFolderThatGoesAndComesBackIsWatchedAgain) {
   CountingPoster poster;
   std::atomic<int> changes{0}, losses{0}, returns{0};
   const auto within = [](const std::atomic<int>& count, int at_least) {
-    const auto deadline = std::chrono::steady_clock::now() + 3s;
-    while (count < at_least && std::chrono::steady_clock::now() < deadline) {
-      std::this_thread::sleep_for(10ms);
-    }
-    return count >= at_least;
+    return Eventually([&] { return count >= at_least; }, 3s);
   };
   InboxWatcher watcher(poster);
   watcher.StartWatching(
@@ -146,7 +136,7 @@ TEST(InboxWatcherTest, TheListingIsComparedEverySecondWhereNotificationsDontReac
     std::lock_guard lock(mutex);
     on_the_share.insert("42.wav");
   }
-  EXPECT_TRUE(PostedWithin(poster, 1, 3s));
+  EXPECT_TRUE(Eventually([&] { return poster.posts >= 1; }, 3s));
 }
 
 }  // namespace

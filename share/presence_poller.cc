@@ -77,8 +77,9 @@ bool RefreshPresence(UsersCache& users, const RecordReader& read, std::set<std::
   return changed;
 }
 
-PresencePoller::PresencePoller(UsersCache& users, TaskPoster& poster, RecordReader read)
-    : users_(users), poster_(poster), read_(std::move(read)) {}
+PresencePoller::PresencePoller(UsersCache& users, TaskPoster& poster, RecordReader read,
+                               std::chrono::milliseconds interval)
+    : users_(users), poster_(poster), read_(std::move(read)), interval_(interval) {}
 
 PresencePoller::~PresencePoller() { Stop(); }
 
@@ -105,7 +106,7 @@ void PresencePoller::Run() {
         poster_.Post([tell = trouble_, trouble] { tell(trouble); });
     }
     said = std::move(troubles);
-  } while (!WaitForStop(kPollInterval));
+  } while (!WaitForStop(interval_));
 }
 
 }  // namespace parlavox

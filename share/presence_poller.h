@@ -30,14 +30,16 @@ using RecordReader =
 bool RefreshPresence(UsersCache& users, const RecordReader& read,
                      std::set<std::string>* troubles = nullptr);
 
-// A worker that refreshes presence every 5 s at the lowest priority and posts
+// A worker that refreshes presence every `interval` (5 s unless a test says otherwise)
+// at the lowest priority and posts
 // `changed` to the owner, and `trouble` with each trouble of a pass that the pass
 // before did not have (so that each is said once while it lasts).
 class PresencePoller : public WorkerThread, public PresencePolling {
  public:
   static constexpr std::chrono::milliseconds kPollInterval{5000};
 
-  PresencePoller(UsersCache& users, TaskPoster& poster, RecordReader read);
+  PresencePoller(UsersCache& users, TaskPoster& poster, RecordReader read,
+                 std::chrono::milliseconds interval = kPollInterval);
   ~PresencePoller() override;
 
   void StartPolling(std::function<void()> changed,
@@ -53,6 +55,7 @@ class PresencePoller : public WorkerThread, public PresencePolling {
   UsersCache& users_;
   TaskPoster& poster_;
   const RecordReader read_;
+  const std::chrono::milliseconds interval_;
   std::function<void()> changed_;
   std::function<void(const std::string&)> trouble_;
 };

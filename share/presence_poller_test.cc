@@ -8,6 +8,7 @@
 
 #include "settings/profile_file.h"
 #include "util/counting_poster_test_util.h"
+#include "util/eventually_test_util.h"
 #include "util/paths.h"
 #include "util/scratch_folder_test_util.h"
 #include "words/user_record.h"
@@ -103,8 +104,7 @@ TEST_F(PresenceTest, EachServerIsReadApartAndOneInTroubleIsNotAskedAgainInAPass)
     if (folder.starts_with("\\\\a-slow")) {
       // Waits (for at most 5 s) for the other server's read, which comes only when the
       // servers are read side by side.
-      for (int i = 0; i < 500 && !fast_read; ++i) std::this_thread::sleep_for(10ms);
-      slow_saw_fast = fast_read.load();
+      slow_saw_fast = Eventually([&] { return fast_read.load(); }, 5s);
     } else if (folder.starts_with("\\\\b-fast")) {
       fast_read = true;
     } else {
@@ -127,19 +127,16 @@ TEST_F(PresenceTest, EachServerIsReadApartAndOneInTroubleIsNotAskedAgainInAPass)
 
 TEST_F(PresenceTest, PollerPostsTheFirstPassAndEveryChangeAndStopsPromptly) {
   CountingPoster poster;
-  PresencePoller poller(users_, poster, ReadLocalRecord);
+  PresencePoller poller(users_, poster, ReadLocalRecord, /*interval=*/100ms);
   int changes = 0;  // touched only by posted tasks, which run on the poller's thread here
   poller.StartPolling([&] { ++changes; }, {});
-  std::this_thread::sleep_for(300ms);
-  EXPECT_EQ(poster.posts, 1);  // an empty list still reports its first pass
+  ASSERT_TRUE(Eventually([&] { return poster.posts == 1; }));  // an empty list reports too
+  std::this_thread::sleep_for(300ms);  // passes that change nothing post nothing
+  EXPECT_EQ(poster.posts, 1);
 
   const UserRecord carol = Record("Carol", 33, true);
   ListUser(scratch_ / "carol", &carol);
-  const auto deadline = std::chrono::steady_clock::now() + PresencePoller::kPollInterval + 2s;
-  while (poster.posts < 2 && std::chrono::steady_clock::now() < deadline) {
-    std::this_thread::sleep_for(20ms);
-  }
-  EXPECT_EQ(poster.posts, 2);
+  EXPECT_TRUE(Eventually([&] { return poster.posts == 2; }));
   EXPECT_EQ(Cached("on0"), "true");
 
   const auto began = std::chrono::steady_clock::now();

@@ -17,6 +17,7 @@
 #include <thread>
 
 #include "util/child_process_test_util.h"
+#include "util/eventually_test_util.h"
 #include "util/scratch_folder_test_util.h"
 
 namespace parlavox {
@@ -96,12 +97,13 @@ class SambaServer {
 
   // Whether the server answers, within `limit`: this one, not another that holds the port.
   bool Answers(std::chrono::seconds limit) const {
-    const auto deadline = std::chrono::steady_clock::now() + limit;
-    while (std::chrono::steady_clock::now() < deadline && server_->running()) {
-      if (std::system("smbclient -N //127.0.0.1/IPC$ -c exit >/dev/null 2>&1") == 0) return true;
-      std::this_thread::sleep_for(std::chrono::milliseconds(200));
-    }
-    return false;
+    return Eventually(
+               [&] {
+                 return !server_->running() ||
+                        std::system("smbclient -N //127.0.0.1/IPC$ -c exit >/dev/null 2>&1") == 0;
+               },
+               limit, std::chrono::milliseconds(200)) &&
+           server_->running();
   }
   // Whether the account was put into the passdb, where one was asked for.
   bool account_added() const { return account_added_; }

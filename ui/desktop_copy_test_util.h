@@ -52,7 +52,7 @@ class DesktopCopyTest : public testing::Test {
         },
         10s));
     if (arguments != std::vector<std::string>{"/logon"}) {
-      ASSERT_TRUE(VirtualDesktop::WaitUntil([&] { return desktop_.VisibleWindow("Parlavox"); }));
+      ASSERT_TRUE(Eventually([&] { return desktop_.VisibleWindow("Parlavox"); }));
       window_ = *desktop_.VisibleWindow("Parlavox");
       PutSplashAway();
     }
@@ -75,9 +75,9 @@ class DesktopCopyTest : public testing::Test {
 
   // Clicks the splash away, as a person does who wants to get going.
   void PutSplashAway() {
-    if (!VirtualDesktop::WaitUntil([&] { return Splash(); }, 3s)) return;
+    if (!Eventually([&] { return Splash(); }, 3s)) return;
     desktop_.Run("xdotool mousemove --window " + *Splash() + " 20 20 click 1");
-    ASSERT_TRUE(VirtualDesktop::WaitUntil([&] { return !Splash(); }));
+    ASSERT_TRUE(Eventually([&] { return !Splash(); }));
   }
 
   // Real key presses go to the window that has the focus.
@@ -96,10 +96,15 @@ class DesktopCopyTest : public testing::Test {
   }
   int WindowWidth() { return desktop_.Geometry(window_).width; }
 
+  // Opens the Intercom menu and waits until it shows.
+  void OpenIntercomMenu() {
+    const int windows = desktop_.VisibleWindowCount("parlavox");
+    Click(kIntercomMenuX, kIntercomMenuY);
+    ASSERT_TRUE(Eventually([&] { return desktop_.VisibleWindowCount("parlavox") > windows; }));
+  }
   // Intercom, Close (Run in Background).
   void HideThroughTheMenu() {
-    Click(kIntercomMenuX, kIntercomMenuY);
-    std::this_thread::sleep_for(300ms);  // the menu opens
+    OpenIntercomMenu();
     desktop_.Run("xdotool key c");
   }
 

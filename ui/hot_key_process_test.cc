@@ -38,7 +38,7 @@ class HotKeyTest : public DesktopCopyTest {
         std::vector<std::string>{"/usr/bin/xmessage", "-title", "Other", "another program"},
         std::vector<std::string>{"DISPLAY=" + desktop_.display(), "HOME=" + scratch_.path()},
         "/dev/null", "/dev/null");
-    EXPECT_TRUE(VirtualDesktop::WaitUntil([&] { return desktop_.VisibleWindow("Other"); }));
+    EXPECT_TRUE(Eventually([&] { return desktop_.VisibleWindow("Other"); }));
     const std::string other = desktop_.VisibleWindow("Other").value_or("");
     desktop_.Run("xdotool windowactivate --sync " + other);
     return other;
@@ -66,7 +66,7 @@ TEST_F(HotKeyTest, AHeldHotKeyTalksFromAnotherProgramAndGivesTheFocusBack) {
   const auto ended = std::chrono::steady_clock::now() - released;
   EXPECT_GE(ended, 600ms);  // about 0.7 s after the last repeat
   EXPECT_LT(ended, 3s);
-  EXPECT_TRUE(VirtualDesktop::WaitUntil([&] { return ActiveWindow() == other; }));
+  EXPECT_TRUE(Eventually([&] { return ActiveWindow() == other; }));
 
   desktop_.Run("xdotool key ctrl+alt+F10");  // "Turn Parlavox Off"
   EXPECT_TRUE(Eventually([&] { return !copy_.OwnRecord().is_on(); }, 3s));
@@ -77,9 +77,9 @@ TEST_F(HotKeyTest, AHeldHotKeyTalksFromAnotherProgramAndGivesTheFocusBack) {
   Click(kIntercomMenuX, kIntercomMenuY);  // to the tray
   std::this_thread::sleep_for(300ms);
   desktop_.Run("xdotool key c");
-  ASSERT_TRUE(VirtualDesktop::WaitUntil([&] { return !desktop_.VisibleWindow("Parlavox"); }));
+  ASSERT_TRUE(Eventually([&] { return !desktop_.VisibleWindow("Parlavox"); }));
   desktop_.Run("xdotool key ctrl+alt+F11");  // "Open Parlavox"
-  EXPECT_TRUE(VirtualDesktop::WaitUntil([&] { return desktop_.VisibleWindow("Parlavox"); }));
+  EXPECT_TRUE(Eventually([&] { return desktop_.VisibleWindow("Parlavox"); }));
 }
 
 TEST_F(HotKeyTest, NumLockDoesNotStopAHotKey) {

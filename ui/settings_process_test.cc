@@ -27,10 +27,9 @@ class SettingsTest : public DesktopCopyTest {
  protected:
   // Opens Intercom, Settings... and waits for the sheet.
   void OpenSettings() {
-    Click(kIntercomMenuX, kIntercomMenuY);
-    std::this_thread::sleep_for(300ms);
+    OpenIntercomMenu();
     Click(kIntercomMenuX + 30, kSettingsItemY);
-    ASSERT_TRUE(VirtualDesktop::WaitUntil([&] { return desktop_.VisibleWindow("Settings"); }));
+    ASSERT_TRUE(Eventually([&] { return desktop_.VisibleWindow("Settings"); }));
     sheet_ = *desktop_.VisibleWindow("Settings");
     desktop_.Run("xdotool windowactivate --sync " + sheet_);
   }
@@ -41,18 +40,16 @@ class SettingsTest : public DesktopCopyTest {
   }
   void CloseSheet(int button_x) {
     ClickInSheet(button_x, kButtonsY);
-    ASSERT_TRUE(VirtualDesktop::WaitUntil([&] { return !desktop_.VisibleWindow("Settings"); }));
+    ASSERT_TRUE(Eventually([&] { return !desktop_.VisibleWindow("Settings"); }));
   }
   // Opens the drop-down list at (x, y), presses `keys` in it and waits until it has
   // closed, so that the next click reaches the sheet and not the closing list.
   void PickFromList(int x, int y, const std::string& keys) {
     const int windows = desktop_.VisibleWindowCount("parlavox");
     ClickInSheet(x, y);
-    ASSERT_TRUE(VirtualDesktop::WaitUntil(
-        [&] { return desktop_.VisibleWindowCount("parlavox") > windows; }));
+    ASSERT_TRUE(Eventually([&] { return desktop_.VisibleWindowCount("parlavox") > windows; }));
     desktop_.Run("xdotool key " + keys);
-    ASSERT_TRUE(VirtualDesktop::WaitUntil(
-        [&] { return desktop_.VisibleWindowCount("parlavox") == windows; }));
+    ASSERT_TRUE(Eventually([&] { return desktop_.VisibleWindowCount("parlavox") == windows; }));
   }
   std::string Setting(const char* key) const {
     return FindProfileString(copy_.settings(), "settings", key).value_or("<missing>");
@@ -110,13 +107,11 @@ TEST_F(SettingsTest, ANewPersonAddsColleaguesPicksAMicrophoneAndStartsAtLogin) {
   ClickInSheet(kUsersTabX, kTabsY);
   for (const char* colleague : {"ben", "cid"}) {
     ClickInSheet(kAddX, kAddY);
-    ASSERT_TRUE(
-        VirtualDesktop::WaitUntil([&] { return desktop_.VisibleWindow("Locate user folder"); }));
+    ASSERT_TRUE(Eventually([&] { return desktop_.VisibleWindow("Locate user folder"); }));
     desktop_.Run("xdotool windowactivate --sync " + *desktop_.VisibleWindow("Locate user folder"));
     desktop_.Run("xdotool type '" + (scratch_ / colleague) + "'");
     desktop_.Run("xdotool key Return");
-    ASSERT_TRUE(
-        VirtualDesktop::WaitUntil([&] { return !desktop_.VisibleWindow("Locate user folder"); }));
+    ASSERT_TRUE(Eventually([&] { return !desktop_.VisibleWindow("Locate user folder"); }));
   }
   CloseSheet(kOkX);
 
@@ -181,7 +176,7 @@ TEST_F(SettingsTest, TheInwardFolderIsSharedAsASambaUserShareFromTheGeneralPage)
   // Answers the box that shows (another than `shown_before`) with `keys`; returns it.
   const auto answer = [&](const char* keys, const std::string& shown_before = "") {
     std::string box;
-    EXPECT_TRUE(VirtualDesktop::WaitUntil([&] {
+    EXPECT_TRUE(Eventually([&] {
       box = desktop_.VisibleWindow(kBox).value_or("");
       return !box.empty() && box != shown_before;
     }));
@@ -194,13 +189,13 @@ TEST_F(SettingsTest, TheInwardFolderIsSharedAsASambaUserShareFromTheGeneralPage)
   };
   ClickInSheet(kShareX, kShareY);
   answer("Return");  // the scratch folder is closed to others: nothing is shared
-  ASSERT_TRUE(VirtualDesktop::WaitUntil([&] { return !desktop_.VisibleWindow(kBox); }));
+  ASSERT_TRUE(Eventually([&] { return !desktop_.VisibleWindow(kBox); }));
   EXPECT_NE(copy_.Control({"--unshare-inward"}).second.find("not shared"), std::string::npos);
 
   ClickInSheet(kShareX, kShareY);
   const std::string refused = answer("alt+l");  // "Let colleagues through"
   answer("alt+c", refused);                     // shared: "Copy names"
-  ASSERT_TRUE(VirtualDesktop::WaitUntil([&] { return !desktop_.VisibleWindow(kBox); }));
+  ASSERT_TRUE(Eventually([&] { return !desktop_.VisibleWindow(kBox); }));
   EXPECT_NE(
       std::filesystem::status(scratch_.path()).permissions() & std::filesystem::perms::others_exec,
       std::filesystem::perms::none);
@@ -222,7 +217,7 @@ TEST_F(SettingsTest, ColleaguesFoundInAnOfficeFolderAreAddedAtOnce) {
   OpenSettings();
   ClickInSheet(kUsersTabX, kTabsY);
   ClickInSheet(kAddX, kFindY);
-  ASSERT_TRUE(VirtualDesktop::WaitUntil([&] { return desktop_.VisibleWindow("Find on network"); }));
+  ASSERT_TRUE(Eventually([&] { return desktop_.VisibleWindow("Find on network"); }));
   desktop_.Run("xdotool windowactivate --sync " + *desktop_.VisibleWindow("Find on network"));
   desktop_.Run("xdotool type '" + (scratch_ / "office") + "'");
   desktop_.Run("xdotool key Return");  // looks
@@ -231,8 +226,7 @@ TEST_F(SettingsTest, ColleaguesFoundInAnOfficeFolderAreAddedAtOnce) {
     desktop_.Screenshot(picture);
   }
   desktop_.Run("xdotool key alt+a");
-  ASSERT_TRUE(
-      VirtualDesktop::WaitUntil([&] { return !desktop_.VisibleWindow("Find on network"); }));
+  ASSERT_TRUE(Eventually([&] { return !desktop_.VisibleWindow("Find on network"); }));
   CloseSheet(kOkX);
   const auto folder = [&](const char* key) {
     return FindProfileString(copy_.settings(), "users", key).value_or("<missing>");
@@ -247,7 +241,7 @@ TEST_F(SettingsTest, TheKeysPageTakesAKeyAndACommand) {
   OpenSettings();
   ClickInSheet(kKeysTabX, kTabsY);
   ClickInSheet(kAddX, kAddY);
-  ASSERT_TRUE(VirtualDesktop::WaitUntil([&] { return desktop_.VisibleWindow("Press Key"); }));
+  ASSERT_TRUE(Eventually([&] { return desktop_.VisibleWindow("Press Key"); }));
   const std::string press_key = *desktop_.VisibleWindow("Press Key");
   desktop_.Run("xdotool windowactivate --sync " + press_key);
   desktop_.Run("xdotool key Return");     // swallowed
@@ -255,7 +249,7 @@ TEST_F(SettingsTest, TheKeysPageTakesAKeyAndACommand) {
   std::this_thread::sleep_for(200ms);
   EXPECT_TRUE(desktop_.VisibleWindow("Press Key"));
   desktop_.Run("xdotool keyup shift key ctrl+alt+F9");
-  ASSERT_TRUE(VirtualDesktop::WaitUntil([&] { return desktop_.VisibleWindow("Select Command"); }));
+  ASSERT_TRUE(Eventually([&] { return desktop_.VisibleWindow("Select Command"); }));
   const auto keys = [&](const char* key) {
     return FindProfileString(copy_.settings(), "keys", key).value_or("<missing>");
   };
@@ -263,7 +257,7 @@ TEST_F(SettingsTest, TheKeysPageTakesAKeyAndACommand) {
   EXPECT_EQ(keys("mod0"), "3");
   desktop_.Run("xdotool windowactivate --sync " + *desktop_.VisibleWindow("Select Command"));
   desktop_.Run("xdotool key End Return");  // the last line, "Call: Ann"; OK
-  ASSERT_TRUE(VirtualDesktop::WaitUntil([&] { return !desktop_.VisibleWindow("Select Command"); }));
+  ASSERT_TRUE(Eventually([&] { return !desktop_.VisibleWindow("Select Command"); }));
   EXPECT_EQ(keys("command0"), "32");
   EXPECT_EQ(keys("keycount"), "1");
   CloseSheet(kOkX);
@@ -278,15 +272,13 @@ TEST_F(SettingsTest, AnAddWhoseKeyWasCancelledStillAsksForTheCommand) {
   };
   const auto press_then_select = [&](const char* on_select) {
     ClickInSheet(kAddX, kAddY);
-    ASSERT_TRUE(VirtualDesktop::WaitUntil([&] { return desktop_.VisibleWindow("Press Key"); }));
+    ASSERT_TRUE(Eventually([&] { return desktop_.VisibleWindow("Press Key"); }));
     desktop_.Run("xdotool windowactivate --sync " + *desktop_.VisibleWindow("Press Key"));
     desktop_.Run("xdotool key Escape");  // no key
-    ASSERT_TRUE(
-        VirtualDesktop::WaitUntil([&] { return desktop_.VisibleWindow("Select Command"); }));
+    ASSERT_TRUE(Eventually([&] { return desktop_.VisibleWindow("Select Command"); }));
     desktop_.Run("xdotool windowactivate --sync " + *desktop_.VisibleWindow("Select Command"));
     desktop_.Run(std::string("xdotool key ") + on_select);
-    ASSERT_TRUE(
-        VirtualDesktop::WaitUntil([&] { return !desktop_.VisibleWindow("Select Command"); }));
+    ASSERT_TRUE(Eventually([&] { return !desktop_.VisibleWindow("Select Command"); }));
   };
 
   press_then_select("Escape");  // cancelled: nothing is added

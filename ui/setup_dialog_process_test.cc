@@ -29,7 +29,7 @@ class SetupDialogTest : public DesktopCopyTest {
     environment.push_back("DISPLAY=" + desktop_.display());
     setup_ = std::make_unique<ChildProcess>(std::vector<std::string>{package_, "--user"},
                                             environment, "/dev/null", scratch_ / "setup.log");
-    ASSERT_TRUE(VirtualDesktop::WaitUntil([&] { return desktop_.VisibleWindow("Licence Terms"); }))
+    ASSERT_TRUE(Eventually([&] { return desktop_.VisibleWindow("Licence Terms"); }))
         << FileText(scratch_ / "setup.log");
     EXPECT_TRUE(desktop_.VisibleWindow("Installing Parlavox"));
     desktop_.Run("xdotool windowactivate --sync " + *desktop_.VisibleWindow("Licence Terms"));
@@ -52,7 +52,7 @@ TEST_F(SetupDialogTest, AcceptingTheTermsInstallsAndStartsTheProgramWithItsHelp)
   EXPECT_TRUE(fs::exists(MenuEntry()));
   EXPECT_TRUE(fs::exists(copy_.data_folder() + "/parlavox-uninstall"));
   // The installed program shows its window and the help for new users.
-  EXPECT_TRUE(VirtualDesktop::WaitUntil([&] { return desktop_.VisibleWindow("Parlavox"); }));
+  EXPECT_TRUE(Eventually([&] { return desktop_.VisibleWindow("Parlavox"); }));
   EXPECT_TRUE(
       Eventually([&] { return FileText(opened_).find("#topic-101") != std::string::npos; }, 5s));
   EXPECT_FALSE(desktop_.VisibleWindow("Installing Parlavox"));
@@ -64,7 +64,7 @@ TEST_F(SetupDialogTest, CancelInstallsNothing) {
   EXPECT_EQ(setup_->WaitForExit(10s), 1);
   EXPECT_FALSE(fs::exists(MenuEntry()));
   EXPECT_FALSE(fs::exists(copy_.data_folder() + "/parlavox"));
-  EXPECT_FALSE(VirtualDesktop::WaitUntil([&] { return desktop_.VisibleWindow("Parlavox"); }, 1s));
+  EXPECT_FALSE(Eventually([&] { return desktop_.VisibleWindow("Parlavox"); }, 1s));
 }
 
 }  // namespace

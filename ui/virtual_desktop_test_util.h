@@ -20,6 +20,7 @@
 #include <vector>
 
 #include "util/child_process_test_util.h"
+#include "util/eventually_test_util.h"
 #include "util/file_lock.h"
 
 namespace parlavox {
@@ -42,12 +43,12 @@ class VirtualDesktop {
     // The first key that xdotool presses switches the X server to its own keyboard, and
     // the window manager answers the new keyboard map by grabbing its keys anew; a key
     // pressed meanwhile (Alt+F4) is lost. So that switch happens here, before any test.
-    WaitUntil([&] { return Run("xprop -root _NET_SUPPORTING_WM_CHECK | grep -q window") == 0; });
+    Eventually([&] { return Run("xprop -root _NET_SUPPORTING_WM_CHECK | grep -q window") == 0; });
     Run("xdotool key shift");
     tray_ = Start({"/usr/bin/trayer", "--edge", "top", "--align", "right", "--widthtype", "pixel",
                    "--width", "80", "--heighttype", "pixel", "--height", "24", "--SetDockType",
                    "true", "--transparent", "false"});
-    WaitUntil([&] { return !Output("xdotool search --class trayer").empty(); });
+    Eventually([&] { return !Output("xdotool search --class trayer").empty(); });
   }
 
   ~VirtualDesktop() {
@@ -147,18 +148,6 @@ class VirtualDesktop {
 
   void Screenshot(const std::string& path) const { Run("import -window root '" + path + "'"); }
 
-  // Waits up to `limit` for `done`.
-  template <typename Done>
-  static bool WaitUntil(Done done,
-                        std::chrono::milliseconds limit = std::chrono::milliseconds(10000)) {
-    const auto deadline = std::chrono::steady_clock::now() + limit;
-    while (std::chrono::steady_clock::now() < deadline) {
-      if (done()) return true;
-      std::this_thread::sleep_for(std::chrono::milliseconds(50));
-    }
-    return static_cast<bool>(done());
-  }
-
  private:
   // Starts the X server on the first display number that neither another server nor
   // another test holds (tests running side by side reserve theirs with a lock file),
@@ -187,7 +176,7 @@ class VirtualDesktop {
       posix_spawn(&server_pid_, argv[0], &actions, nullptr, const_cast<char**>(argv),
                   const_cast<char**>(env));
       posix_spawn_file_actions_destroy(&actions);
-      if (WaitUntil([&] {
+      if (Eventually([&] {
             return waitpid(server_pid_, nullptr, WNOHANG) == 0 &&
                    Run("xdpyinfo >/dev/null 2>&1") == 0;
           })) {

@@ -81,34 +81,33 @@ TEST_F(WindowTest, OAndFSwitchTheIntercomAndTheButtonsAndTrayFollow) {
 
   Keys("key f");
   ASSERT_TRUE(Eventually([&] { return !copy_.OwnRecord().is_on(); }, 3s));
-  EXPECT_TRUE(VirtualDesktop::WaitUntil([&] { return desktop_.ColourAt(x, y) == "#9E9E9E"; }));
+  EXPECT_TRUE(Eventually([&] { return desktop_.ColourAt(x, y) == "#9E9E9E"; }));
   Click(WindowWidth() - kButtonsFromRight, kCallY);  // "Call" is disabled while off
   std::this_thread::sleep_for(500ms);
   EXPECT_EQ(MessageSize(), -1);
 
   Keys("key ctrl+o");
   ASSERT_TRUE(Eventually([&] { return copy_.OwnRecord().is_on(); }, 3s));
-  EXPECT_TRUE(VirtualDesktop::WaitUntil([&] { return desktop_.ColourAt(x, y) == "#2F9E44"; }));
+  EXPECT_TRUE(Eventually([&] { return desktop_.ColourAt(x, y) == "#2F9E44"; }));
 }
 
 TEST_F(WindowTest, TheTrayIconBringsTheHiddenWindowBack) {
   StartWindow();
   HideThroughTheMenu();
-  ASSERT_TRUE(VirtualDesktop::WaitUntil([&] { return !WindowShown(); }));
+  ASSERT_TRUE(Eventually([&] { return !WindowShown(); }));
 
   const std::optional<std::string> tray = desktop_.TrayIconWindow("parlavox");
   ASSERT_TRUE(tray);
   desktop_.Run("xdotool mousemove --window " + *tray + " 8 8 click 1");
-  EXPECT_TRUE(VirtualDesktop::WaitUntil([&] { return WindowShown(); }));
+  EXPECT_TRUE(Eventually([&] { return WindowShown(); }));
 
   HideThroughTheMenu();
-  ASSERT_TRUE(VirtualDesktop::WaitUntil([&] { return !WindowShown(); }));
+  ASSERT_TRUE(Eventually([&] { return !WindowShown(); }));
   const int windows = desktop_.VisibleWindowCount("parlavox");
   desktop_.Run("xdotool mousemove --window " + *tray + " 8 8 click 3");  // its menu
-  ASSERT_TRUE(
-      VirtualDesktop::WaitUntil([&] { return desktop_.VisibleWindowCount("parlavox") > windows; }));
+  ASSERT_TRUE(Eventually([&] { return desktop_.VisibleWindowCount("parlavox") > windows; }));
   desktop_.Run("xdotool key Down Return");  // "Open Parlavox", the first item
-  EXPECT_TRUE(VirtualDesktop::WaitUntil([&] { return WindowShown(); }));
+  EXPECT_TRUE(Eventually([&] { return WindowShown(); }));
 }
 
 TEST_F(WindowTest, AStartFromTheMenuTakesOverFromACopyWithoutAWindow) {
@@ -121,9 +120,9 @@ TEST_F(WindowTest, AStartFromTheMenuTakesOverFromACopyWithoutAWindow) {
   EXPECT_EQ(service.WaitForExit(10s), 0) << FileText(scratch_ / "service.log");
   // Another start just brings that window up, and says so in its log.
   HideThroughTheMenu();
-  ASSERT_TRUE(VirtualDesktop::WaitUntil([&] { return !WindowShown(); }));
+  ASSERT_TRUE(Eventually([&] { return !WindowShown(); }));
   EXPECT_EQ(copy_.Run({}).first.first, 0);
-  EXPECT_TRUE(VirtualDesktop::WaitUntil([&] { return WindowShown(); }));
+  EXPECT_TRUE(Eventually([&] { return WindowShown(); }));
   EXPECT_NE(copy_.log().find("asked to show its window"), std::string::npos) << copy_.log();
   EXPECT_EQ(copy_.log().find("show itself; running without"), std::string::npos) << copy_.log();
 }
@@ -131,24 +130,24 @@ TEST_F(WindowTest, AStartFromTheMenuTakesOverFromACopyWithoutAWindow) {
 TEST_F(WindowTest, ClosingAsksWhetherToGoOnInTheBackground) {
   StartWindow();
   Keys("key alt+F4");
-  ASSERT_TRUE(VirtualDesktop::WaitUntil([&] { return desktop_.VisibleWindow("Confirm Stop"); }));
+  ASSERT_TRUE(Eventually([&] { return desktop_.VisibleWindow("Confirm Stop"); }));
   desktop_.Run("xdotool key Return");  // Yes, the default: on in the background
-  ASSERT_TRUE(VirtualDesktop::WaitUntil([&] { return !WindowShown(); }));
+  ASSERT_TRUE(Eventually([&] { return !WindowShown(); }));
   EXPECT_EQ(copy_.Control({"--status"}).first, 0);
   EXPECT_TRUE(copy_.OwnRecord().is_on());
 
   EXPECT_EQ(copy_.Run({}).first.first, 0);  // a second start shows the running window
-  ASSERT_TRUE(VirtualDesktop::WaitUntil([&] { return WindowShown(); }));
+  ASSERT_TRUE(Eventually([&] { return WindowShown(); }));
   window_ = *desktop_.VisibleWindow("Parlavox");
 
   Keys("key alt+F4");
-  ASSERT_TRUE(VirtualDesktop::WaitUntil([&] { return desktop_.VisibleWindow("Confirm Stop"); }));
+  ASSERT_TRUE(Eventually([&] { return desktop_.VisibleWindow("Confirm Stop"); }));
   desktop_.Run("xdotool key Escape");  // Cancel
-  ASSERT_TRUE(VirtualDesktop::WaitUntil([&] { return !desktop_.VisibleWindow("Confirm Stop"); }));
+  ASSERT_TRUE(Eventually([&] { return !desktop_.VisibleWindow("Confirm Stop"); }));
   EXPECT_TRUE(WindowShown());
 
   Keys("key alt+F4");
-  ASSERT_TRUE(VirtualDesktop::WaitUntil([&] { return desktop_.VisibleWindow("Confirm Stop"); }));
+  ASSERT_TRUE(Eventually([&] { return desktop_.VisibleWindow("Confirm Stop"); }));
   desktop_.Run("xdotool key alt+n");  // No: the intercom ends
   EXPECT_EQ(copy_.process().WaitForExit(10s), 0) << copy_.log();
   EXPECT_FALSE(copy_.OwnRecord().is_on());
@@ -166,7 +165,7 @@ TEST_F(WindowTest, ClosingAsksWhetherToGoOnInTheBackground) {
 
 TEST_F(WindowTest, StartedAtLogonItWaitsInTheTray) {
   StartWindow({"/logon"});
-  EXPECT_TRUE(VirtualDesktop::WaitUntil([&] { return desktop_.TrayIconWindow("parlavox"); }));
+  EXPECT_TRUE(Eventually([&] { return desktop_.TrayIconWindow("parlavox"); }));
   std::this_thread::sleep_for(1s);
   EXPECT_FALSE(WindowShown());
 }

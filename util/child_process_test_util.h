@@ -13,6 +13,8 @@
 #include <thread>
 #include <vector>
 
+#include "util/eventually_test_util.h"
+
 namespace parlavox {
 
 // The sanitizers' settings of the test, as "NAME=value" entries, so that a program it
@@ -65,17 +67,16 @@ class ChildProcess {
 
   // The exit code (or 128 + signal) once the program ended within `limit`; -1 if not.
   int WaitForExit(std::chrono::milliseconds limit) {
-    const auto deadline = std::chrono::steady_clock::now() + limit;
-    while (running()) {
-      int raw = 0;
-      if (waitpid(pid_, &raw, WNOHANG) == pid_) {
-        status_ = WIFEXITED(raw) ? WEXITSTATUS(raw) : 128 + WTERMSIG(raw);
-        break;
-      }
-      if (std::chrono::steady_clock::now() > deadline) return -1;
-      std::this_thread::sleep_for(std::chrono::milliseconds(10));
-    }
-    return pid_ > 0 ? *status_ : -1;
+    const bool ended = Eventually(
+        [&] {
+          int raw = 0;
+          if (running() && waitpid(pid_, &raw, WNOHANG) == pid_) {
+            status_ = WIFEXITED(raw) ? WEXITSTATUS(raw) : 128 + WTERMSIG(raw);
+          }
+          return !running();
+        },
+        limit, std::chrono::milliseconds(10));
+    return ended && pid_ > 0 ? *status_ : -1;
   }
 
  private:

@@ -11,21 +11,13 @@
 
 #include <gtest/gtest.h>
 
+#include "util/eventually_test_util.h"
+
 namespace parlavox {
 namespace {
 
 using namespace std::chrono_literals;
 using Clock = std::chrono::steady_clock;
-
-template <typename Predicate>
-bool Eventually(Predicate done, std::chrono::milliseconds limit = 5000ms) {
-  const auto deadline = Clock::now() + limit;
-  while (Clock::now() < deadline) {
-    if (done()) return true;
-    std::this_thread::sleep_for(5ms);
-  }
-  return done();
-}
 
 // Records what happened to it; its body either waits politely for the stop event,
 // returns at once, or ignores the event altogether.
