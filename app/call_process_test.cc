@@ -336,12 +336,15 @@ TEST_F(CallProcessTest, ASambaServerThatRefusesAndOneThatNeverAnswersAreNamedOnc
       },
       15s))
       << ann_.log();
+  const auto carol = [&] { return ann_.Status()["users"].toArray()[2].toObject(); };
+  EXPECT_FALSE(carol()["reached"].toBool()) << ann_.Control({"--status"}).second;
+  EXPECT_FALSE(ann_.Status()["users"].toArray()[3].toObject()["reached"].toBool());
 
   ann_.SetCredentials("[127.0.0.1]\nusername=root\npassword=" +
                       std::string(SambaServer::kPassword));
-  const auto carol = [&] { return ann_.Status()["users"].toArray()[2].toObject(); };
   ASSERT_TRUE(Eventually([&] { return carol()["on"].toBool(); }, 15s)) << ann_.log();
   EXPECT_EQ(carol()["name"].toString(), "Carol");
+  EXPECT_TRUE(carol()["reached"].toBool());
   const auto count = [](const std::string& text, const std::string& part) {
     size_t found = 0;
     for (size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1)) {

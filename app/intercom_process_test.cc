@@ -75,9 +75,12 @@ TEST_F(IntercomProcessTest, FirstStartPublishesItselfAndPollsTheOthers) {
         return !users.isEmpty() && !users[0].toObject()["on"].toBool();
       },
       2s));
-  EXPECT_NE(copy_.log().find("users: Alice (off), Bob (off), Pending Connection (off)"),
-            std::string::npos)
+  // Her record can't be read: not reached, her last name kept; so is a folder not there.
+  EXPECT_NE(
+      copy_.log().find("users: Alice (not reached), Bob (off), Pending Connection (not reached)"),
+      std::string::npos)
       << copy_.log();
+  EXPECT_FALSE(copy_.Status()["users"].toArray()[0].toObject()["reached"].toBool());
 
   EXPECT_EQ(copy_.Control({"--quit"}).first, 0);
   EXPECT_EQ(copy_.process().WaitForExit(10s), 0);

@@ -25,6 +25,7 @@ std::string StatusJson(const IntercomSnapshot& snapshot) {
     users.append(QJsonObject{{"index", index++},
                              {"name", QString::fromStdString(item.name)},
                              {"on", item.on},
+                             {"reached", item.reached},
                              {"id", item.id}});
   }
   const QJsonObject status{

@@ -129,7 +129,7 @@ TEST_F(CallsTest, AShortPressStillLeavesAMessage) {
 TEST_F(CallsTest, ReplyCallsTheLastCallerOrElseTheSelectedUser) {
   ListUser("Ann", 101);
   ListUser("Ben", 202);
-  poller_.changed();
+  poller_.changed({});
   intercom_.Select(1);
 
   EXPECT_EQ(Call([&](Intercom::CallDone done) { intercom_.Reply(done); }), CallRefusal::kNone);

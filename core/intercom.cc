@@ -42,7 +42,10 @@ void Intercom::StartWorkers() {
                                lifetime_.Bind([this] { inbox_.PlayNext(); }),
                                lifetime_.Bind([this](bool usable) { OnInwardFolder(usable); }));
   parts_.poller.StartPolling(
-      lifetime_.Bind([this] { FillUserList(); }),
+      lifetime_.Bind([this](const std::set<int>& unreached) {
+        unreached_ = unreached;
+        FillUserList();
+      }),
       lifetime_.Bind([this](const std::string& trouble) { status_.ShowStatus(trouble); }));
 }
 
@@ -67,6 +70,7 @@ void Intercom::BeginSettings() {
 }
 
 void Intercom::EndSettings() {
+  unreached_.clear();  // the list may have changed: the first poll tells again
   own_.Load();
   view_.ShowIdentity(own_.record());
   own_.set_on(on_before_settings_);
@@ -106,7 +110,7 @@ void Intercom::ApplyOnOffState() {
 }
 
 void Intercom::FillUserList() {
-  users_.Refill(users_cache_);
+  users_.Refill(users_cache_, unreached_);
   view_.ShowUsers(users_);
 }
 

@@ -137,6 +137,7 @@ class Intercom {
   UsersCache users_cache_;
   OwnRecord own_;
   UserList users_;
+  std::set<int> unreached_;  // the users whose folders the last poll could not read
   StatusLine status_;
   Inbox inbox_;
   Calls calls_;

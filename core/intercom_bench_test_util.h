@@ -41,7 +41,7 @@ class IntercomBench : public testing::Test {
   // Starts the intercom and lets the first presence pass arrive.
   void Start() {
     intercom_.Start();
-    poller_.changed();
+    poller_.changed({});
   }
 
   // Calls through `start` and returns what the call said, when it said it at once.

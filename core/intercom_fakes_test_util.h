@@ -300,7 +300,7 @@ class DiskRecordStore : public RecordStore {
 
 class FakePoller : public PresencePolling {
  public:
-  void StartPolling(std::function<void()> changed,
+  void StartPolling(std::function<void(const std::set<int>&)> changed,
                     std::function<void(const std::string&)> trouble) override {
     polling = true;
     this->changed = std::move(changed);
@@ -309,7 +309,7 @@ class FakePoller : public PresencePolling {
   void AskToStop() override { polling = false; }
   void StopPolling() override { polling = false; }
   bool polling = false;
-  std::function<void()> changed;
+  std::function<void(const std::set<int>&)> changed;
   std::function<void(const std::string&)> trouble;
 };
 

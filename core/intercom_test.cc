@@ -30,6 +30,10 @@ TEST_F(IntercomTest, StartPublishesTheIntercomOnAndTheEndPublishesItOff) {
   EXPECT_TRUE(poller_.polling);
   ASSERT_EQ(view_.users.size(), 1u);
   EXPECT_EQ(view_.users[0].name, "Ann");
+  EXPECT_TRUE(view_.users[0].reached);
+  poller_.changed({0});  // her folder could not be read: shown so, her name kept
+  EXPECT_FALSE(view_.users[0].reached);
+  EXPECT_EQ(view_.users[0].name, "Ann");
 
   clock_.Advance(800ms);
   EXPECT_EQ(view_.idle_texts, std::vector<std::string>{"first idle"});

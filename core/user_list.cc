@@ -4,7 +4,7 @@
 
 namespace parlavox {
 
-void UserList::Refill(const UsersCache& users) {
+void UserList::Refill(const UsersCache& users, const std::set<int>& unreached) {
   const int remembered = std::max(selected_, 0);
   items_.clear();
   const int count = users.Count();
@@ -14,7 +14,11 @@ void UserList::Refill(const UsersCache& users) {
     const bool duplicate = std::ranges::find(earlier_ids, id) != earlier_ids.end();
     earlier_ids.push_back(users.Id(i, 1));
     if (duplicate) continue;
-    items_.push_back({users.DisplayName(i), users.IsOn(i), id, i});
+    items_.push_back({.name = users.DisplayName(i),
+                      .on = users.IsOn(i),
+                      .reached = !unreached.contains(i),
+                      .id = id,
+                      .user_index = i});
   }
   Select(remembered);
 }

@@ -2,6 +2,7 @@
 #define PARLAVOX_CORE_USER_LIST_H_
 
 #include <cstdint>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -13,6 +14,7 @@ namespace parlavox {
 struct UserListItem {
   std::string name;  // "Pending Connection" until the user's record was read
   bool on = false;
+  bool reached = true;  // false while the user's folder can't be read (shown off)
   int32_t id = 0;
   int user_index = 0;  // the user's place in the "users" section
 
@@ -27,7 +29,8 @@ class UserList {
  public:
   // Rebuilds the items and selects the item at the previously selected position
   // again (the first item when none was selected; none when the list is shorter).
-  void Refill(const UsersCache& users);
+  // The users at the places `unreached` are marked so.
+  void Refill(const UsersCache& users, const std::set<int>& unreached = {});
 
   const std::vector<UserListItem>& items() const { return items_; }
   int selected() const { return selected_; }  // -1: nothing selected

@@ -40,8 +40,8 @@ TEST_F(UserListTest, ShowsCachedNamesAndStates) {
   AddUser(nullptr, nullptr, nullptr);
   list_.Refill(users_);
   ASSERT_EQ(list_.items().size(), 2u);
-  EXPECT_EQ(list_.items()[0], (UserListItem{"Alice", true, 10, 0}));
-  EXPECT_EQ(list_.items()[1], (UserListItem{"Pending Connection", false, 0, 1}));
+  EXPECT_EQ(list_.items()[0], (UserListItem{"Alice", true, true, 10, 0}));
+  EXPECT_EQ(list_.items()[1], (UserListItem{"Pending Connection", false, true, 0, 1}));
 }
 
 TEST_F(UserListTest, HidesLaterUsersWithAnEarlierId) {

@@ -2,6 +2,7 @@
 #define PARLAVOX_CORE_WORKERS_H_
 
 #include <functional>
+#include <set>
 #include <string>
 
 namespace parlavox {
@@ -28,10 +29,12 @@ class InboxWatching {
 class PresencePolling {
  public:
   virtual ~PresencePolling() = default;
-  // Stops a poll that runs (waiting for it), then polls and calls `changed` after the
-  // first pass and after every pass that changed a name or an on/off state, and
-  // `trouble` once with each new sentence on a server that can't be reached or refuses.
-  virtual void StartPolling(std::function<void()> changed,
+  // Stops a poll that runs (waiting for it), then polls and calls `changed` with the
+  // users whose folders could not be read (by their places in the users section) after
+  // the first pass and after every pass that changed a name, an on/off state or who
+  // could not be reached, and `trouble` once with each new sentence on a server that
+  // can't be reached or refuses.
+  virtual void StartPolling(std::function<void(const std::set<int>& unreached)> changed,
                             std::function<void(const std::string&)> trouble) = 0;
   virtual void AskToStop() = 0;
   virtual void StopPolling() = 0;

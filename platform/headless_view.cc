@@ -18,7 +18,10 @@ std::string DescribeUsers(const UserList& users) {
   if (users.items().empty()) return "users: none";
   std::string line = "users:";
   for (const UserListItem& item : users.items()) {
-    line += (line.back() == ':' ? " " : ", ") + item.name + (item.on ? " (on)" : " (off)");
+    line += (line.back() == ':' ? " " : ", ") + item.name +
+            (!item.reached ? " (not reached)"
+             : item.on     ? " (on)"
+                           : " (off)");
   }
   return line;
 }

@@ -21,7 +21,8 @@ std::string ServerOf(const std::string& folder) {
 
 }  // namespace
 
-bool RefreshPresence(UsersCache& users, const RecordReader& read, std::set<std::string>* troubles) {
+bool RefreshPresence(UsersCache& users, const RecordReader& read, std::set<std::string>* troubles,
+                     std::set<int>* unreached) {
   const int count = users.Count();
   std::vector<std::string> folders;
   std::map<std::string, std::vector<int>> servers;  // server -> its users
@@ -69,9 +70,12 @@ bool RefreshPresence(UsersCache& users, const RecordReader& read, std::set<std::
         users.SetName(i, record.Name());
         changed = true;
       }
-    } else if (users.IsOn(i)) {
-      users.SetOn(i, false);
-      changed = true;
+    } else {
+      if (unreached != nullptr) unreached->insert(i);
+      if (users.IsOn(i)) {
+        users.SetOn(i, false);
+        changed = true;
+      }
     }
   }
   return changed;
@@ -83,7 +87,7 @@ PresencePoller::PresencePoller(UsersCache& users, TaskPoster& poster, RecordRead
 
 PresencePoller::~PresencePoller() { Stop(); }
 
-void PresencePoller::StartPolling(std::function<void()> changed,
+void PresencePoller::StartPolling(std::function<void(const std::set<int>&)> changed,
                                   std::function<void(const std::string&)> trouble) {
   Stop();
   changed_ = std::move(changed);
@@ -94,13 +98,18 @@ void PresencePoller::StartPolling(std::function<void()> changed,
 void PresencePoller::OnThreadStart() { prctl(PR_SET_NAME, "parlavox-poll"); }
 
 void PresencePoller::Run() {
-  bool changed = true;  // the owner always hears of the first pass
+  bool first = true;  // the owner always hears of the first pass
   std::set<std::string> said;
+  std::set<int> unreached_before;
   do {
     std::set<std::string> troubles;
-    if (RefreshPresence(users_, read_, &troubles)) changed = true;
-    if (changed && changed_) poster_.Post(changed_);
-    changed = false;
+    std::set<int> unreached;
+    const bool changed = RefreshPresence(users_, read_, &troubles, &unreached);
+    if ((first || changed || unreached != unreached_before) && changed_) {
+      poster_.Post([tell = changed_, unreached] { tell(unreached); });
+    }
+    first = false;
+    unreached_before = std::move(unreached);
     for (const std::string& trouble : troubles) {
       if (!said.contains(trouble) && trouble_)
         poster_.Post([tell = trouble_, trouble] { tell(trouble); });

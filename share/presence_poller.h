@@ -26,9 +26,10 @@ using RecordReader =
 // users are read on a thread of their own (those on the file system on the caller's),
 // so that a slow server delays nobody else, and once a server is in trouble its other
 // users are not tried in the same pass. Returns whether a name or an on/off state
-// changed; `troubles` gets every different trouble of the pass.
+// changed; `troubles` gets every different trouble of the pass, `unreached` the places
+// of the users whose records could not be read.
 bool RefreshPresence(UsersCache& users, const RecordReader& read,
-                     std::set<std::string>* troubles = nullptr);
+                     std::set<std::string>* troubles = nullptr, std::set<int>* unreached = nullptr);
 
 // A worker that refreshes presence every `interval` (5 s unless a test says otherwise)
 // at the lowest priority and posts
@@ -42,7 +43,7 @@ class PresencePoller : public WorkerThread, public PresencePolling {
                  std::chrono::milliseconds interval = kPollInterval);
   ~PresencePoller() override;
 
-  void StartPolling(std::function<void()> changed,
+  void StartPolling(std::function<void(const std::set<int>&)> changed,
                     std::function<void(const std::string&)> trouble) override;
   void AskToStop() override { RequestStop(); }
   void StopPolling() override { Stop(); }
@@ -56,7 +57,7 @@ class PresencePoller : public WorkerThread, public PresencePolling {
   TaskPoster& poster_;
   const RecordReader read_;
   const std::chrono::milliseconds interval_;
-  std::function<void()> changed_;
+  std::function<void(const std::set<int>&)> changed_;
   std::function<void(const std::string&)> trouble_;
 };
 

@@ -116,7 +116,9 @@ TEST_F(PresenceTest, EachServerIsReadApartAndOneInTroubleIsNotAskedAgainInAPass)
     return true;
   };
   std::set<std::string> troubles;
-  EXPECT_TRUE(RefreshPresence(users_, read, &troubles));
+  std::set<int> unreached;
+  EXPECT_TRUE(RefreshPresence(users_, read, &troubles, &unreached));
+  EXPECT_EQ(unreached, (std::set<int>{2, 3}));
   EXPECT_TRUE(slow_saw_fast);
   EXPECT_EQ(refused_asks, 1);
   EXPECT_EQ(troubles, std::set<std::string>{"Server refuses refused a guest"});
@@ -129,7 +131,7 @@ TEST_F(PresenceTest, PollerPostsTheFirstPassAndEveryChangeAndStopsPromptly) {
   CountingPoster poster;
   PresencePoller poller(users_, poster, ReadLocalRecord, /*interval=*/100ms);
   int changes = 0;  // touched only by posted tasks, which run on the poller's thread here
-  poller.StartPolling([&] { ++changes; }, {});
+  poller.StartPolling([&](const std::set<int>&) { ++changes; }, {});
   ASSERT_TRUE(Eventually([&] { return poster.posts == 1; }));  // an empty list reports too
   std::this_thread::sleep_for(300ms);  // passes that change nothing post nothing
   EXPECT_EQ(poster.posts, 1);

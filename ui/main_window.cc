@@ -2,6 +2,7 @@
 
 #include <QApplication>
 #include <QCloseEvent>
+#include <QFont>
 #include <QGridLayout>
 #include <QGuiApplication>
 #include <QHBoxLayout>
@@ -222,7 +223,15 @@ void MainWindow::ShowUsers(const UserList& users) {
   const QSignalBlocker quiet(users_);
   users_->clear();
   for (const UserListItem& item : users.items()) {
-    users_->addItem(new QListWidgetItem(UserPicture(item.on), QString::fromStdString(item.name)));
+    auto* line = new QListWidgetItem(UserPicture(item.on), QString::fromStdString(item.name));
+    if (!item.reached) {  // greyed and slanted, the last known name kept
+      line->setForeground(users_->palette().brush(QPalette::Disabled, QPalette::Text));
+      QFont font = line->font();
+      font.setItalic(true);
+      line->setFont(font);
+      line->setToolTip("Not reached: this user's folder can't be read");
+    }
+    users_->addItem(line);
   }
   users_->setCurrentRow(users.selected());
   if (users.selected() < 0) users_->clearSelection();

@@ -189,7 +189,7 @@ TEST_F(WindowTest, HelpOpensInTheBrowser) {
       << FileText(opened);
 }
 
-// The picture of the window in the README: three colleagues (on, off, not reached yet)
+// The picture of the window in the README: three colleagues (on, off, not reached)
 // and a message playing. Written to PARLAVOX_SCREENSHOT when that is set.
 TEST_F(WindowTest, APictureOfTheWindowShowsUsersAndAPlayingMessage) {
   ASSERT_TRUE(PublishUser(scratch_ / "ben", "Ben", 202, false));
