@@ -67,10 +67,11 @@ class IntercomBench : public testing::Test {
   FakeWatcher watcher_;
   FakePoller poller_;
   RecordingView view_;
+  FanOutView views_{{&view_}};  // a test may show the intercom on a view of its own too
   Intercom intercom_{
       settings_,
       {clock_, player_, recorder_, mixer_, priority_, folder_, records_, share_, watcher_, poller_},
-      view_,
+      views_,
       {"first idle", "second idle"}};
 };
 

@@ -1,0 +1,139 @@
+// The window's logic in-process, on Qt's offscreen platform: what it shows of the
+// intercom, and what keys and the mouse ask of it. The intercom runs on fakes; the
+// desktop tests drive the real program with real key presses.
+
+#include "ui/main_window.h"
+
+#include <QApplication>
+#include <QComboBox>
+#include <QDialog>
+#include <QKeyEvent>
+#include <QLabel>
+#include <QListWidget>
+#include <QPushButton>
+#include <QTest>
+#include <QTimer>
+#include <algorithm>
+
+#include <gtest/gtest.h>
+
+#include "core/intercom_bench_test_util.h"
+#include "ui/find_colleagues_dialog.h"
+
+namespace parlavox {
+namespace {
+
+using namespace std::chrono_literals;
+
+class MainWindowTest : public IntercomBench {
+ protected:
+  MainWindowTest() { views_.Add(&window_); }
+  ~MainWindowTest() override {
+    intercom_.End();
+    views_ = FanOutView({&view_});  // the window goes before the intercom does
+  }
+
+  QListWidget* Users() { return window_.findChild<QListWidget*>(); }
+
+  MainWindow window_{intercom_, clock_, nullptr, [] {}};
+};
+
+TEST_F(MainWindowTest, ShowsTheUsersTheirStateAndTheStatusLine) {
+  ListUser("Ann", 101);
+  ListUser("Ben", 202, /*on=*/false);
+  ListUser("Cid", 303, /*on=*/false, /*reachable=*/false);
+  Start();
+  poller_.changed({2});  // Cid's folder could not be read
+  QListWidget* users = Users();
+  ASSERT_EQ(users->count(), 3);
+  EXPECT_EQ(users->item(0)->text(), "Ann");
+  EXPECT_EQ(users->currentRow(), 0);  // the first is selected
+  EXPECT_FALSE(users->item(1)->font().italic());
+  EXPECT_TRUE(users->item(2)->font().italic());  // not reached: slanted and greyed
+  EXPECT_EQ(users->item(2)->text(), "Cid");      // with the last name read
+  EXPECT_FALSE(users->item(2)->toolTip().isEmpty());
+
+  intercom_.ShowStatus("Server fileserver does not answer");
+  const QList<QLabel*> labels = window_.findChildren<QLabel*>();
+  EXPECT_TRUE(std::any_of(labels.begin(), labels.end(), [](const QLabel* label) {
+    return label->text() == "Server fileserver does not answer";
+  }));
+}
+
+TEST_F(MainWindowTest, F5HeldCallsTheSelectedUserAndLettingGoEndsTheCall) {
+  ListUser("Ann", 101);
+  ListUser("Ben", 202);
+  Start();
+  QListWidget* users = Users();
+  QTest::keyClick(users, Qt::Key_Down);  // Ben
+  QTest::keyPress(users, Qt::Key_F5);
+  ASSERT_EQ(share_.opened.size(), 1u);
+  EXPECT_EQ(share_.opened[0].substr(0, 9), "/srv/Ben/");
+  EXPECT_TRUE(recorder_.is_recording());
+  QKeyEvent repeat(QEvent::KeyPress, Qt::Key_F5, Qt::NoModifier, QString(), /*autorep=*/true);
+  QApplication::sendEvent(users, &repeat);  // the key repeats: that starts nothing
+  EXPECT_EQ(share_.opened.size(), 1u);
+  QTest::keyRelease(users, Qt::Key_F5);
+  clock_.Advance(WindowKeys::kRepeatWait + 1ms);  // no repeat followed: a real release
+  EXPECT_FALSE(recorder_.is_recording());
+
+  // "F" turns the intercom off, and the call buttons with it; "O" on again.
+  const auto call_button = [&] {
+    for (const QPushButton* button : window_.findChildren<QPushButton*>()) {
+      if (button->text() == "Call") return button->isEnabled();
+    }
+    ADD_FAILURE() << "no Call button";
+    return false;
+  };
+  QTest::keyClick(users, Qt::Key_F);
+  EXPECT_EQ(view_.on, false);
+  EXPECT_FALSE(call_button());
+  QTest::keyClick(users, Qt::Key_O, Qt::ControlModifier);
+  EXPECT_EQ(view_.on, true);
+  EXPECT_TRUE(call_button());
+}
+
+TEST(FindColleaguesDialogTest, ColleaguesFoundAreTickedAndThoseListedCannotBePickedAgain) {
+  const ColleagueFinder find = [](const std::string& where) {
+    EXPECT_EQ(where, "\\\\fileserver");
+    UserRecord ann, ben;
+    ann.SetName("Ann");
+    ann.set_on(true);
+    ben.SetName("Ben");
+    return std::vector<FoundUser>{{"\\\\fileserver\\office\\ann", ann},
+                                  {"\\\\fileserver\\office\\ben", ben}};
+  };
+  const ServerFinder announced = [] { return std::vector<std::string>{"\\\\fileserver"}; };
+  // Looks once the dialog shows, then closes it with Add, whatever the checks found.
+  const auto look = [](QDialog* dialog) {
+    QApplication::processEvents();  // the announced servers come in once it shows
+    auto* where = dialog->findChild<QComboBox*>();
+    ASSERT_EQ(where->findText("\\\\fileserver"), 0);  // listed and announced: once
+    where->setCurrentIndex(0);
+    QTest::keyClick(where, Qt::Key_Return);  // looks
+    auto* found = dialog->findChild<QListWidget*>();
+    ASSERT_EQ(found->count(), 2);
+    EXPECT_TRUE(found->item(0)->text().startsWith("Ann (on)"));
+    EXPECT_EQ(found->item(0)->checkState(), Qt::Checked);
+    EXPECT_FALSE(found->item(1)->flags() & Qt::ItemIsEnabled);  // Ben is listed already
+  };
+  QTimer::singleShot(0, [&] {
+    auto* dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
+    ASSERT_NE(dialog, nullptr);
+    look(dialog);
+    dialog->accept();
+  });
+  const std::vector<std::string> picked =
+      RunFindColleaguesDialog(nullptr, find, announced, {"\\\\fileserver\\office\\ben"});
+  EXPECT_EQ(picked, std::vector<std::string>{"\\\\fileserver\\office\\ann"});
+}
+
+}  // namespace
+}  // namespace parlavox
+
+int main(int argc, char** argv) {
+  qputenv("QT_QPA_PLATFORM", "offscreen");
+  QApplication application(argc, argv);
+  testing::InitGoogleTest(&argc, argv);
+  return RUN_ALL_TESTS();
+}
