@@ -10,10 +10,67 @@ namespace parlavox {
 
 namespace {
 
+// `text` with its %XX escapes undone, as GVfs writes the values of its mount names.
+std::string Unescaped(std::string_view text) {
+  std::string plain;
+  for (size_t i = 0; i < text.size(); ++i) {
+    int value = 0;
+    const char* digits = text.data() + i + 1;
+    if (text[i] == '%' && i + 2 < text.size() &&
+        std::from_chars(digits, digits + 2, value, 16).ptr == digits + 2) {
+      plain += static_cast<char>(value);
+      i += 2;
+    } else {
+      plain += text[i];
+    }
+  }
+  return plain;
+}
+
+// The smb:// name of a folder inside a desktop's FUSE mount of a share:
+// ".../gvfs/smb-share:server=HOST,share=SHARE[,port=N,...]/path" (GVfs) or
+// ".../kio-fuse-XXXXXX/smb/[user@]HOST[:port]/SHARE/path" (KDE's kio-fuse).
+std::optional<std::string> SmbNameOfMountedFolder(std::string_view folder) {
+  if (const size_t gvfs = folder.find("/gvfs/smb-share:"); gvfs != std::string_view::npos) {
+    std::string_view rest = folder.substr(gvfs + 16);
+    const size_t end = rest.find('/');
+    const std::string_view keys = rest.substr(0, end);
+    std::string server, share, port;
+    for (size_t at = 0; at <= keys.size();) {
+      const size_t comma = std::min(keys.find(',', at), keys.size());
+      const std::string_view pair = keys.substr(at, comma - at);
+      const size_t equals = pair.find('=');
+      const std::string_view key = pair.substr(0, equals);
+      const std::string value =
+          equals == std::string_view::npos ? "" : Unescaped(pair.substr(equals + 1));
+      if (key == "server") server = value;
+      if (key == "share") share = value;
+      if (key == "port") port = value;
+      at = comma + 1;
+    }
+    if (server.empty() || share.empty()) return std::nullopt;
+    return "smb://" + server + (port.empty() ? "" : ":" + port) + "/" + share +
+           (end == std::string_view::npos ? "" : std::string(rest.substr(end)));
+  }
+  if (const size_t kio = folder.find("/kio-fuse-"); kio != std::string_view::npos) {
+    const size_t smb = folder.find('/', kio + 1);
+    if (smb == std::string_view::npos || folder.substr(smb, 5) != "/smb/") return std::nullopt;
+    std::string_view rest = folder.substr(smb + 5);
+    if (const size_t at = rest.find('@'); at != std::string_view::npos && at < rest.find('/')) {
+      rest.remove_prefix(at + 1);  // the account is credentials.ini's business
+    }
+    return "smb://" + std::string(rest);
+  }
+  return std::nullopt;
+}
+
 // The host and port of a name in either form, and what follows the host after its
 // separator (nullopt when nothing follows); nullopt when it is no such name.
 std::optional<std::pair<ShareLocation, std::optional<std::string>>> ParseHost(
     std::string_view name) {
+  if (const std::optional<std::string> smb_name = SmbNameOfMountedFolder(name)) {
+    return ParseHost(*smb_name);
+  }
   std::string rest;
   if (name.size() > 2 && name.substr(0, 2) == "\\\\") {
     rest = std::string(name.substr(2));

@@ -17,7 +17,10 @@ struct ShareLocation {
 };
 
 // The location a folder name means; nullopt for a local (or mounted) folder. Host and
-// share must not be empty.
+// share must not be empty. A folder inside a desktop's FUSE mount of a share (GVfs's
+// ".../gvfs/smb-share:server=HOST,share=SHARE/...", kio-fuse's
+// ".../kio-fuse-XXXXXX/smb/HOST/SHARE/...") means its share too: those mounts can't be
+// written through reliably, so the share is reached directly.
 std::optional<ShareLocation> ParseShareName(std::string_view folder);
 
 // The server a name means when it names a server alone ("\\host", "smb://host[:port]"),

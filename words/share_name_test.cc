@@ -21,6 +21,14 @@ TEST(ShareNameTest, BothNameFormsAreReadAndLocalFoldersAreNot) {
       {"smb://host/", nullptr},         // no share
       {"smb://host:99999/s", nullptr},  // no such port
       {"smb://:445/s", nullptr},        // no host
+      // Desktops' FUSE mounts of shares mean the share itself.
+      {"/run/user/1000/gvfs/smb-share:server=fileserver,share=office/anna",
+       "smb://fileserver/office/anna"},
+      {"/run/user/1000/gvfs/smb-share:domain=OFFICE,port=4450,server=nas,share=my%20share,user=b",
+       "smb://nas:4450/my share"},
+      {"/run/user/1000/gvfs/smb-share:server=nas", nullptr},  // no share
+      {"/run/user/1000/kio-fuse-AbCdEf/smb/bob@nas/office/anna", "smb://nas/office/anna"},
+      {"/run/user/1000/kio-fuse-AbCdEf/sftp/nas/office", nullptr},
   };
   for (const Case& c : cases) {
     const std::optional<ShareLocation> location = ParseShareName(c.folder);
