@@ -171,9 +171,19 @@ class CallProcessTest : public testing::Test {
                       limit);
   }
 
-  static bool FirstUserOn(const IntercomCopy& copy) {
-    const QJsonArray users = copy.Status()["users"].toArray();
-    return !users.isEmpty() && users[0].toObject()["on"].toBool();
+  static bool FirstUserOn(const IntercomCopy& copy) { return copy.UserStatus(0)["on"].toBool(); }
+
+  // A Samba server whose share "office", with Carol's inward folder in it, only the
+  // account may use.
+  std::unique_ptr<SambaServer> OfficeServerWithCarol() {
+    const std::string office = scratch_ / "office";
+    EXPECT_TRUE(PublishUser(office + "/carol", "Carol", 303, true));
+    auto samba =
+        std::make_unique<SambaServer>(scratch_ / "samba", std::map<std::string, std::string>{},
+                                      std::map<std::string, std::string>{{"office", office}});
+    EXPECT_TRUE(samba->account_added()) << samba->log();
+    EXPECT_TRUE(samba->Answers(10s)) << samba->log();
+    return samba;
   }
 
   bool BothSeeEachOtherOn() {
@@ -259,8 +269,7 @@ TEST_F(CallProcessTest, CopiesReachEachOtherThroughASambaServerByBothNameForms) 
   ann_.Set("users", "folder0", "\\\\127.0.0.1\\ben");
   ben_.Set("users", "folder0", "smb://127.0.0.1/ann");
   ASSERT_TRUE(BothSeeEachOtherOn()) << ann_.log() << ben_.log();
-  ASSERT_TRUE(Eventually(
-      [&] { return ann_.Status()["users"].toArray()[0].toObject()["name"] == "Ben"; }, 12s));
+  ASSERT_TRUE(Eventually([&] { return ann_.UserStatus(0)["name"] == "Ben"; }, 12s));
 
   SpeakerRecording ben_speaker(ben_server_, scratch_ / "ben-heard.raw");
   Speak(ann_, ann_server_, {"--call", "0"});
@@ -315,11 +324,7 @@ TEST_F(CallProcessTest, AnInwardFolderKeptOnASambaServerWorksThroughIt) {
 // takes connections and never answers: each trouble is said once, naming the server,
 // neither holds up her view of Ben, and a password put right is used at the next poll.
 TEST_F(CallProcessTest, ASambaServerThatRefusesAndOneThatNeverAnswersAreNamedOnceAndHoldUpNobody) {
-  const std::string office = scratch_ / "office";
-  ASSERT_TRUE(PublishUser(office + "/carol", "Carol", 303, true));
-  SambaServer samba(scratch_ / "samba", {}, {{"office", office}});
-  ASSERT_TRUE(samba.account_added()) << samba.log();
-  ASSERT_TRUE(samba.Answers(10s)) << samba.log();
+  const std::unique_ptr<SambaServer> samba = OfficeServerWithCarol();
   const SilentListener hung;
   ASSERT_NE(hung.port(), 0);
   ASSERT_EQ(ann_.Control({"--quit"}).first, 0);
@@ -341,9 +346,9 @@ TEST_F(CallProcessTest, ASambaServerThatRefusesAndOneThatNeverAnswersAreNamedOnc
       },
       15s))
       << ann_.log();
-  const auto carol = [&] { return ann_.Status()["users"].toArray()[2].toObject(); };
-  EXPECT_FALSE(carol()["reached"].toBool()) << ann_.Control({"--status"}).second;
-  EXPECT_FALSE(ann_.Status()["users"].toArray()[3].toObject()["reached"].toBool());
+  const auto carol = [&] { return ann_.UserStatus(2); };
+  EXPECT_FALSE(carol()["reached"].toBool(true)) << ann_.Control({"--status"}).second;
+  EXPECT_FALSE(ann_.UserStatus(3)["reached"].toBool(true));
 
   ann_.SetCredentials("[127.0.0.1]\nusername=root\npassword=" +
                       std::string(SambaServer::kPassword));
@@ -360,6 +365,65 @@ TEST_F(CallProcessTest, ASambaServerThatRefusesAndOneThatNeverAnswersAreNamedOnc
   const std::string log = ann_.log();
   EXPECT_EQ(count(log, refused), 1u) << log;
   EXPECT_EQ(count(log, hangs), 1u) << log;
+}
+
+// The file manager saved the account for the server in the desktop's secret store
+// (GNOME Keyring, on a session bus of the test's own): with no credentials.ini, it is
+// the account used.
+TEST_F(CallProcessTest, AnAccountSavedInTheDesktopsSecretStoreReachesASambaShare) {
+  const std::unique_ptr<SambaServer> samba = OfficeServerWithCarol();
+  const std::string bus_socket = scratch_ / "bus", keyring_home = scratch_ / "keyring";
+  std::filesystem::create_directories(keyring_home + "/run");
+  std::filesystem::permissions(keyring_home + "/run", std::filesystem::perms::owner_all);
+  const std::string bus_address = "DBUS_SESSION_BUS_ADDRESS=unix:path=" + bus_socket;
+  ChildProcess bus({"/usr/bin/dbus-daemon", "--session", "--nofork", "--nopidfile",
+                    "--address=unix:path=" + bus_socket},
+                   {"PATH=/usr/bin:/bin"}, "/dev/null", scratch_ / "bus.log");
+  ASSERT_TRUE(Eventually([&] { return std::filesystem::exists(bus_socket); }, 10s));
+  const std::vector<std::string> keyring_environment = {
+      "PATH=/usr/bin:/bin", "HOME=" + keyring_home, "XDG_RUNTIME_DIR=" + keyring_home + "/run",
+      bus_address};
+  std::string environment;
+  for (const std::string& entry : keyring_environment) environment += " '" + entry + "'";
+  // The keyring's password on its standard input: a login keyring made and unlocked.
+  const std::string keyring_pid = scratch_ / "keyring.pid";
+  ASSERT_EQ(Shell("(printf keyring | env" + environment +
+                  " gnome-keyring-daemon --foreground --unlock --components=secrets >'" +
+                  scratch_ / "keyring.log" + "' 2>&1 & echo $! >'" + keyring_pid + "')"),
+            0);
+  struct StopKeyring {
+    std::string pid_file;
+    ~StopKeyring() {
+      if (const std::string pid = FileText(pid_file); !pid.empty()) kill(std::stoi(pid), SIGTERM);
+    }
+  } stop_keyring{keyring_pid};
+  // Once it owns the store's name (a store started on demand would be locked), the file
+  // manager's entry.
+  ASSERT_TRUE(Eventually(
+      [&] {
+        return Shell("env" + environment +
+                     " dbus-send --session --print-reply --dest=org.freedesktop.DBus / "
+                     "org.freedesktop.DBus.NameHasOwner string:org.freedesktop.secrets "
+                     "| grep -q true") == 0;
+      },
+      10s, 100ms))
+      << FileText(scratch_ / "keyring.log");
+  ASSERT_EQ(Shell("printf %s '" + std::string(SambaServer::kPassword) + "' | env" + environment +
+                  " secret-tool store --label=smb xdg:schema org.gnome.keyring.NetworkPassword "
+                  "server 127.0.0.1 protocol smb user root"),
+            0)
+      << FileText(scratch_ / "keyring.log");
+
+  ASSERT_EQ(ann_.Control({"--quit"}).first, 0);
+  ann_.process().WaitForExit(10s);
+  ann_.Set("users", "foldercount", "3");
+  ann_.Set("users", "folder2", "\\\\127.0.0.1\\office\\carol");
+  ann_.AddEnvironment(bus_address);
+  ann_.Start();
+  ASSERT_TRUE(ann_.WaitUntilAnswering()) << ann_.log();
+  EXPECT_TRUE(Eventually([&] { return ann_.UserStatus(2)["on"].toBool(); }, 12s)) << ann_.log();
+  EXPECT_EQ(ann_.Control({"--quit"}).first, 0);
+  EXPECT_EQ(ann_.process().WaitForExit(10s), 0) << ann_.log();  // clean, also sanitized
 }
 
 // A network 20 ms slower a round trip (a relay that holds every packet back 10 ms each

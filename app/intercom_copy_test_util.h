@@ -127,6 +127,12 @@ class IntercomCopy {
     const std::string output = Control({"--status"}).second;
     return QJsonDocument::fromJson(QByteArray::fromStdString(output)).object();
   }
+  // What the running copy says of the user at `index` of its list; empty while the list
+  // is shorter.
+  QJsonObject UserStatus(int index) const {
+    const QJsonArray users = Status()["users"].toArray();
+    return index < users.size() ? users[index].toObject() : QJsonObject();
+  }
 
   bool WaitUntilAnswering() const {
     return Eventually([&] { return Control({"--status"}).first == 0; }, std::chrono::seconds(10));

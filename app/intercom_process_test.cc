@@ -80,7 +80,7 @@ TEST_F(IntercomProcessTest, FirstStartPublishesItselfAndPollsTheOthers) {
       copy_.log().find("users: Alice (not reached), Bob (off), Pending Connection (not reached)"),
       std::string::npos)
       << copy_.log();
-  EXPECT_FALSE(copy_.Status()["users"].toArray()[0].toObject()["reached"].toBool());
+  EXPECT_FALSE(copy_.UserStatus(0)["reached"].toBool(true));
 
   EXPECT_EQ(copy_.Control({"--quit"}).first, 0);
   EXPECT_EQ(copy_.process().WaitForExit(10s), 0);

@@ -27,6 +27,7 @@
 #include "platform/autostart_entry.h"
 #include "platform/desktop_entry.h"
 #include "platform/headless_view.h"
+#include "platform/saved_accounts.h"
 #include "platform/service.h"
 #include "platform/user_share.h"
 #include "settings/startup.h"
@@ -138,7 +139,7 @@ int RunIntercom(QCoreApplication& application, const sigset_t& termination, cons
     FolderStore folders = FolderStore::FromEnvironment();
     UsersCache users(settings);
     KeyAssignments keys(settings, users);
-    SmbConnections finder_smb(CredentialsFile::ForUser());
+    SmbConnections finder_smb(CredentialsFile::ForUser(FindSavedSmbAccount));
     const SettingsContext context{
         settings,
         folders,
@@ -166,7 +167,7 @@ int RunIntercom(QCoreApplication& application, const sigset_t& termination, cons
 
 // Prints the colleagues found in `folder` as a JSON array of {folder, name, id, on}.
 int PrintUsersFound(const std::string& folder) {
-  SmbConnections smb(CredentialsFile::ForUser());
+  SmbConnections smb(CredentialsFile::ForUser(FindSavedSmbAccount));
   QJsonArray users;
   for (const FoundUser& user : FindUsers(smb, folder)) {
     users.append(QJsonObject{{"folder", QString::fromStdString(user.folder)},
@@ -265,7 +266,7 @@ int main(int argc, char** argv) {
     return 2;
   }
   if (requested.size() == 1) {
-    SmbConnections smb(CredentialsFile::ForUser());
+    SmbConnections smb(CredentialsFile::ForUser(FindSavedSmbAccount));
     FolderRecordStore records(smb);
     return RunControlOption(requested[0].first, requested[0].second, records);
   }

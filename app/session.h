@@ -23,6 +23,7 @@
 #include "platform/portal_hot_keys.h"
 #include "platform/qt_clock.h"
 #include "platform/qt_task_poster.h"
+#include "platform/saved_accounts.h"
 #include "platform/x11_hot_keys.h"
 #include "settings/key_assignments.h"
 #include "settings/settings_file.h"
@@ -85,7 +86,7 @@ class Session {
   LSoundRecorder recorder_{poster_};
   NiceProcessPriority priority_;
   DiskInboxFolder inbox_folder_{settings_, clock_};
-  SmbConnections smb_{CredentialsFile::ForUser()};
+  SmbConnections smb_{CredentialsFile::ForUser(FindSavedSmbAccount)};
   FolderRecordStore records_{smb_};
   BackgroundShareAccess share_{share_worker_, poster_, smb_};
   UsersCache users_{settings_};

@@ -6,7 +6,8 @@ set -euo pipefail
 packages=(
   # build
   cmake ninja-build g++ pkg-config qt6-base-dev qt6-svg-dev libpulse-dev libsndfile1-dev
-  libx11-dev libsmbclient-dev libgtest-dev libgmock-dev libbenchmark-dev clang-format
+  libx11-dev libsmbclient-dev libsecret-1-dev libgtest-dev libgmock-dev libbenchmark-dev
+  clang-format
   # the thread-safety analysis
   clang
   # tests: a private sound server, a virtual desktop (display, window manager, tray)
@@ -15,8 +16,9 @@ packages=(
   espeak-ng sox python3
   # a private session bus for the desktop-portal tests
   dbus-daemon
-  # a private Samba server for the office-network tests
-  samba smbclient
+  # a private Samba server for the office-network tests, and a secret store with a
+  # password saved as the file manager saves it
+  samba smbclient gnome-keyring libsecret-tools
   # a share mounted through FUSE (smbnetfs), as some desktops reach them
   smbnetfs
   # the Debian package: dependencies from dpkg-shlibdeps, checked by lintian

@@ -7,22 +7,28 @@
 
 namespace parlavox {
 
-CredentialsFile CredentialsFile::ForUser() {
-  return CredentialsFile(XdgConfigHome() + "/parlavox/credentials.ini");
+CredentialsFile CredentialsFile::ForUser(SavedAccounts saved) {
+  return CredentialsFile(XdgConfigHome() + "/parlavox/credentials.ini", std::move(saved));
 }
 
 Credentials CredentialsFile::For(const std::string& host, std::string* refusal) const {
   struct stat status {};
-  if (stat(path_.c_str(), &status) != 0) return {};
-  if ((status.st_mode & 077) != 0) {
-    if (refusal != nullptr) {
-      *refusal = path_ + " may be read by others: it is not used (chmod 600 " + path_ + ")";
+  if (stat(path_.c_str(), &status) == 0) {
+    if ((status.st_mode & 077) != 0) {
+      if (refusal != nullptr) {
+        *refusal = path_ + " may be read by others: it is not used (chmod 600 " + path_ + ")";
+      }
+    } else if (Credentials kept{ReadProfileString(path_, host, "username", ""),
+                                ReadProfileString(path_, host, "password", ""),
+                                ReadProfileString(path_, host, "domain", "")};
+               !kept.username.empty()) {
+      return kept;
     }
-    return {};
   }
-  return {ReadProfileString(path_, host, "username", ""),
-          ReadProfileString(path_, host, "password", ""),
-          ReadProfileString(path_, host, "domain", "")};
+  if (saved_) {
+    if (std::optional<Credentials> saved = saved_(host)) return *saved;
+  }
+  return {};
 }
 
 }  // namespace parlavox

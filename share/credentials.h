@@ -1,32 +1,37 @@
 #ifndef PARLAVOX_SHARE_CREDENTIALS_H_
 #define PARLAVOX_SHARE_CREDENTIALS_H_
 
+#include <functional>
+#include <optional>
 #include <string>
+
+#include "words/credentials.h"
 
 namespace parlavox {
 
-// The account to reach a server with; all empty: a guest.
-struct Credentials {
-  std::string username;
-  std::string password;
-  std::string domain;
-};
+// Accounts kept for a host elsewhere (the desktop's secret store, where the file
+// manager keeps the passwords it was asked to remember); nullopt when there is none.
+using SavedAccounts = std::function<std::optional<Credentials>(const std::string& host)>;
 
 // The credentials a person keeps for their servers in a profile file (credentials.ini
 // beside folders.ini): a section per host name as written in the folder names, without
-// a port ("[fileserver]", "[192.168.1.20]"), with "username", "password" and "domain".
+// a port ("[fileserver]", "[192.168.1.20]"), with "username", "password" and "domain";
+// where the file names no user for a host, `saved` is asked.
 class CredentialsFile {
  public:
-  explicit CredentialsFile(std::string path) : path_(std::move(path)) {}
+  explicit CredentialsFile(std::string path, SavedAccounts saved = {})
+      : path_(std::move(path)), saved_(std::move(saved)) {}
   // $XDG_CONFIG_HOME/parlavox/credentials.ini.
-  static CredentialsFile ForUser();
+  static CredentialsFile ForUser(SavedAccounts saved = {});
 
-  // The credentials for `host`; a guest's when there are none, or when the file may be
-  // read by others than its owner (then `refusal` says so, as ssh refuses a loose key).
+  // The credentials for `host`: the file's, else those saved, else a guest's. A file that
+  // may be read by others than its owner is not used (then `refusal` says so, as ssh
+  // refuses a loose key).
   Credentials For(const std::string& host, std::string* refusal) const;
 
  private:
   std::string path_;
+  SavedAccounts saved_;
 };
 
 }  // namespace parlavox

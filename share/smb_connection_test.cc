@@ -31,6 +31,18 @@ TEST(CredentialsTest, AreReadPerHostAndRefusedWhenOthersMayReadThem) {
   chmod(path.c_str(), 0644);  // as ssh refuses a key that others may read
   EXPECT_TRUE(file.For("fileserver", &refusal).username.empty());
   EXPECT_NE(refusal.find("may be read by others"), std::string::npos) << refusal;
+
+  // An account saved in the desktop's store (a fake store here) serves where the file
+  // names none, also while the file is refused; the file's own wins.
+  const CredentialsFile with_saved(path, [](const std::string& host) {
+    return host == "other" || host == "fileserver" ? std::optional<Credentials>({"saved", "pw", ""})
+                                                   : std::nullopt;
+  });
+  EXPECT_EQ(with_saved.For("fileserver", nullptr).username, "saved");  // file refused
+  chmod(path.c_str(), 0600);
+  EXPECT_EQ(with_saved.For("fileserver", nullptr).username, "anna");
+  EXPECT_EQ(with_saved.For("other", nullptr).username, "saved");
+  EXPECT_TRUE(with_saved.For("third", nullptr).username.empty());
 }
 
 // A server that accepts the connection and never answers, as a machine that hangs: the
