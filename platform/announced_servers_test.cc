@@ -10,10 +10,10 @@ namespace {
 TEST(AnnouncedServersTest, ResolvedServicesGiveEachServerOnceAndNothingElseDoes) {
   const std::string browsed =
       "+;eth0;IPv4;fileserver;Microsoft Windows Network;local\n"
-      "=;eth0;IPv4;fileserver;Microsoft Windows Network;local;fileserver.local;192.168.1.20;"
+      "=;eth0;IPv4;fileserver;Microsoft Windows Network;local;fileserver.local;127.0.0.20;"
       "445;\"model=Xserve\"\n"
       "=;eth0;IPv6;fileserver;Microsoft Windows Network;local;fileserver.local;fe80::1;445;\n"
-      "=;eth0;IPv4;nas;Microsoft Windows Network;local;nas.local.;192.168.1.30;4450;\n"
+      "=;eth0;IPv4;nas;Microsoft Windows Network;local;nas.local.;127.0.0.30;4450;\n"
       "=;eth0;IPv4;broken;Microsoft Windows Network;local\n";
   std::vector<std::string> asked;
   EXPECT_EQ(AnnouncedSmbServers([&](const std::vector<std::string>& argv) {

@@ -12,7 +12,7 @@ TEST(ShareNameTest, BothNameFormsAreReadAndLocalFoldersAreNot) {
   };
   const Case cases[] = {
       {"\\\\fileserver\\office\\anna", "smb://fileserver/office/anna"},
-      {"\\\\192.168.1.20\\parlavox-anna", "smb://192.168.1.20/parlavox-anna"},
+      {"\\\\127.0.0.20\\parlavox-anna", "smb://127.0.0.20/parlavox-anna"},
       {"smb://127.0.0.1/share", "smb://127.0.0.1/share"},
       {"SMB://host:4450/share/a/b/", "smb://host:4450/share/a/b"},
       {"/srv/office/anna", nullptr},
