@@ -7,6 +7,8 @@
 #include <cstdio>
 #include <filesystem>
 
+#include "words/share_name.h"
+
 namespace parlavox {
 namespace {
 
@@ -58,6 +60,9 @@ std::string UserShareName() {
 
 UserShareOutcome ShareInwardFolder(const std::string& folder, const ProgramRunner& run,
                                    bool let_guests_through) {
+  if (ParseShareName(folder)) {
+    return {true, "The folder is on a server already: colleagues add it as " + folder, {folder}};
+  }
   if (let_guests_through) {
     for (const std::string& above : ClosedToOthers(folder)) {
       std::error_code ignored;  // what stays closed is said below

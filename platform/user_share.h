@@ -25,7 +25,7 @@ std::string UserShareName();
 // that colleagues on other machines can drop messages in it, through `run`. A folder
 // that guests can't reach, because a folder above it is closed to others, is not shared,
 // unless `let_guests_through` first lets others pass through those folders (o+x: pass,
-// not list).
+// not list). A folder on a server is shared already: its own name is the one to use.
 UserShareOutcome ShareInwardFolder(const std::string& folder, const ProgramRunner& run,
                                    bool let_guests_through = false);
 // Removes the user share again, when it shares `folder` (another folder shared under

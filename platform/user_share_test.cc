@@ -41,6 +41,15 @@ TEST(UserShareTest, NetIsAskedForAGuestShareAndEachRefusalIsToldWithItsFix) {
                                                "/home/ann/Incoming", "Parlavox inward folder",
                                                "S-1-1-0:F", "guest_ok=y"}));
   }
+  // A folder on a server needs no share of this machine.
+  const UserShareOutcome on_server =
+      ShareInwardFolder("\\\\fileserver\\office\\ann", [](const std::vector<std::string>&) {
+        ADD_FAILURE() << "net was asked";
+        return ProgramRun{};
+      });
+  EXPECT_TRUE(on_server.done);
+  EXPECT_EQ(on_server.names, std::vector<std::string>{"\\\\fileserver\\office\\ann"});
+
   // A home closed to others (Debian's default) keeps guests out: said before net is asked.
   ScratchFolder scratch;
   std::filesystem::create_directories(scratch / "home/Incoming");

@@ -20,7 +20,6 @@
 #include "ui/folder_prompt.h"
 #include "ui/help.h"
 #include "ui/settings_pages.h"
-#include "words/share_name.h"
 
 namespace parlavox {
 namespace {
@@ -138,17 +137,12 @@ class GeneralPage : public SettingsPage {
   int help_topic() const override { return help::kGeneralPage; }
 
  private:
-  // Shares the folder shown, or finds it on a server already, and says so with the
-  // names colleagues add it by, which a button copies; or says what stands in the way,
-  // offering to let colleagues through folders above it that keep them out.
+  // Shares the folder shown and says so with the names colleagues add it by, which a
+  // button copies; or says what stands in the way, offering to let colleagues through
+  // folders above it that keep them out.
   void Share(bool let_guests_through = false) {
-    const std::string folder = folder_->text().trimmed().toStdString();
     const UserShareOutcome outcome =
-        ParseShareName(folder)
-            ? UserShareOutcome{true,
-                               "The folder is on a server already: colleagues add it as " + folder,
-                               {folder}}
-            : context_.share_folder(folder, let_guests_through);
+        context_.share_folder(folder_->text().trimmed().toStdString(), let_guests_through);
     QMessageBox box(outcome.done ? QMessageBox::Information : QMessageBox::Warning,
                     "Share on the network", QString::fromStdString(outcome.text), QMessageBox::Ok,
                     this);
