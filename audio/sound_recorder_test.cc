@@ -16,13 +16,6 @@ using namespace std::chrono_literals;
 
 constexpr uint32_t kRate = 11025;
 
-int DeviceIndex(const std::vector<SoundDevice>& devices, const std::string& name) {
-  for (size_t i = 1; i < devices.size(); ++i) {
-    if (devices[i].server_name == name) return static_cast<int>(i);
-  }
-  return -1;
-}
-
 struct Events : LSoundRecorderListener, LSoundPlayerListener {
   void OnRecordStarted(uint32_t) override { started_at.push_back(writer->length()); }
   void OnRecordWaiting(uint32_t) override { waiting_at.push_back(writer->length()); }

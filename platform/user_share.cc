@@ -73,29 +73,32 @@ UserShareOutcome ShareInwardFolder(const std::string& folder, const ProgramRunne
   if (const std::vector<std::string> closed = ClosedToOthers(folder); !closed.empty()) {
     std::string folders;
     for (const std::string& above : closed) folders += " " + above;
-    UserShareOutcome outcome{false, "Colleagues can't reach the folder through" + folders +
-                                        ", which others may not pass: chmod o+x" + folders};
+    UserShareOutcome outcome{.done = false,
+                             .text = "Colleagues can't reach the folder through" + folders +
+                                     ", which others may not pass: chmod o+x" + folders};
     outcome.guests_kept_out = true;
     return outcome;
   }
   const std::string name = UserShareName();
   const ProgramRun added = run({"net", "usershare", "add", name, folder, "Parlavox inward folder",
                                 "S-1-1-0:F", "guest_ok=y"});
-  if (added.exit_code != 0) return {false, RefusalText(added)};
+  if (added.exit_code != 0) return {.done = false, .text = RefusalText(added)};
   const std::string host = HostName();
   const std::string windows_name = "\\\\" + host + "\\" + name;
   const std::string url = "smb://" + host + "/" + name;
-  return {true, "Colleagues add you as " + windows_name + " or " + url, {windows_name, url}};
+  return {.done = true,
+          .text = "Colleagues add you as " + windows_name + " or " + url,
+          .names = {windows_name, url}};
 }
 
 UserShareOutcome UnshareInwardFolder(const std::string& folder, const ProgramRunner& run) {
   const ProgramRun info = run({"net", "usershare", "info", UserShareName()});
   if (info.exit_code != 0 || info.output.find("path=" + folder + "\n") == std::string::npos) {
-    return {true, "Your inward folder is not shared"};
+    return {.done = true, .text = "Your inward folder is not shared"};
   }
   const ProgramRun deleted = run({"net", "usershare", "delete", UserShareName()});
-  if (deleted.exit_code != 0) return {false, RefusalText(deleted)};
-  return {true, "Your inward folder is no longer shared"};
+  if (deleted.exit_code != 0) return {.done = false, .text = RefusalText(deleted)};
+  return {.done = true, .text = "Your inward folder is no longer shared"};
 }
 
 }  // namespace parlavox

@@ -8,7 +8,7 @@ packages=(
   cmake ninja-build g++ pkg-config qt6-base-dev qt6-svg-dev libpulse-dev libsndfile1-dev
   libx11-dev libsmbclient-dev libsecret-1-dev libgtest-dev libgmock-dev libbenchmark-dev
   clang-format
-  # the thread-safety analysis
+  # the ThreadSanitizer build, with its thread-safety analysis
   clang
   # tests: a private sound server, a virtual desktop (display, window manager, tray)
   # with real key presses and screenshots, audio tools

@@ -4,7 +4,7 @@
 #include <mutex>
 
 // Clang's thread-safety analysis (-Wthread-safety) checks these; other compilers
-// ignore them. scripts/check_thread_safety.sh runs the analysis over every source.
+// ignore them. Built with clang, every source is analysed and a fault is an error.
 #if defined(__clang__)
 #define PARLAVOX_THREAD_ANNOTATION(x) __attribute__((x))
 #else
