@@ -14,6 +14,7 @@
 #include "audio/sound_server_test_util.h"
 #include "audio/wave_file.h"
 #include "core/calls.h"
+#include "platform/secret_store_test_util.h"
 #include "share/message_file.h"
 #include "share/samba_server_test_util.h"
 
@@ -372,53 +373,15 @@ TEST_F(CallProcessTest, ASambaServerThatRefusesAndOneThatNeverAnswersAreNamedOnc
 // the account used.
 TEST_F(CallProcessTest, AnAccountSavedInTheDesktopsSecretStoreReachesASambaShare) {
   const std::unique_ptr<SambaServer> samba = OfficeServerWithCarol();
-  const std::string bus_socket = scratch_ / "bus", keyring_home = scratch_ / "keyring";
-  std::filesystem::create_directories(keyring_home + "/run");
-  std::filesystem::permissions(keyring_home + "/run", std::filesystem::perms::owner_all);
-  const std::string bus_address = "DBUS_SESSION_BUS_ADDRESS=unix:path=" + bus_socket;
-  ChildProcess bus({"/usr/bin/dbus-daemon", "--session", "--nofork", "--nopidfile",
-                    "--address=unix:path=" + bus_socket},
-                   {"PATH=/usr/bin:/bin"}, "/dev/null", scratch_ / "bus.log");
-  ASSERT_TRUE(Eventually([&] { return std::filesystem::exists(bus_socket); }, 10s));
-  const std::vector<std::string> keyring_environment = {
-      "PATH=/usr/bin:/bin", "HOME=" + keyring_home, "XDG_RUNTIME_DIR=" + keyring_home + "/run",
-      bus_address};
-  std::string environment;
-  for (const std::string& entry : keyring_environment) environment += " '" + entry + "'";
-  // The keyring's password on its standard input: a login keyring made and unlocked.
-  const std::string keyring_pid = scratch_ / "keyring.pid";
-  ASSERT_EQ(Shell("(printf keyring | env" + environment +
-                  " gnome-keyring-daemon --foreground --unlock --components=secrets >'" +
-                  scratch_ / "keyring.log" + "' 2>&1 & echo $! >'" + keyring_pid + "')"),
-            0);
-  struct StopKeyring {
-    std::string pid_file;
-    ~StopKeyring() {
-      if (const std::string pid = FileText(pid_file); !pid.empty()) kill(std::stoi(pid), SIGTERM);
-    }
-  } stop_keyring{keyring_pid};
-  // Once it owns the store's name (a store started on demand would be locked), the file
-  // manager's entry.
-  ASSERT_TRUE(Eventually(
-      [&] {
-        return Shell("env" + environment +
-                     " dbus-send --session --print-reply --dest=org.freedesktop.DBus / "
-                     "org.freedesktop.DBus.NameHasOwner string:org.freedesktop.secrets "
-                     "| grep -q true") == 0;
-      },
-      10s, 100ms))
-      << FileText(scratch_ / "keyring.log");
-  ASSERT_EQ(Shell("printf %s '" + std::string(SambaServer::kPassword) + "' | env" + environment +
-                  " secret-tool store --label=smb xdg:schema org.gnome.keyring.NetworkPassword "
-                  "server 127.0.0.1 protocol smb user root"),
-            0)
-      << FileText(scratch_ / "keyring.log");
+  const PrivateSecretStore store(scratch_ / "store");
+  ASSERT_TRUE(store.ready()) << store.log();
+  ASSERT_TRUE(store.SaveAsFileManager("127.0.0.1", "root", SambaServer::kPassword)) << store.log();
 
   ASSERT_EQ(ann_.Control({"--quit"}).first, 0);
   ann_.process().WaitForExit(10s);
   ann_.Set("users", "foldercount", "3");
   ann_.Set("users", "folder2", "\\\\127.0.0.1\\office\\carol");
-  ann_.AddEnvironment(bus_address);
+  ann_.AddEnvironment(store.bus_variable());
   ann_.Start();
   ASSERT_TRUE(ann_.WaitUntilAnswering()) << ann_.log();
   EXPECT_TRUE(Eventually([&] { return ann_.UserStatus(2)["on"].toBool(); }, 12s)) << ann_.log();

@@ -156,8 +156,12 @@ int RunIntercom(QCoreApplication& application, const sigset_t& termination, cons
         },
         [&](const std::string& where) { return FindUsers(finder_smb, where); },
         [] { return AnnouncedSmbServers(RunProgram); }};
-    window.emplace(session.intercom(), session.clock(), session.activation(),
-                   [&] { session.RunSettings([&] { RunSettingsSheet(&*window, context); }); });
+    window.emplace(
+        session.intercom(), session.clock(), session.activation(),
+        [&] { session.RunSettings([&] { RunSettingsSheet(&*window, context); }); },
+        [&](const std::string& host, const Credentials& account, bool remember) {
+          session.GiveAccount(host, account, remember);
+        });
     views.Add(&*window);
     session.Run(termination, [&] { window->Begin(start.started_as); });
   }

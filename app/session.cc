@@ -34,6 +34,7 @@ Session::~Session() {
   // The workers run tasks that use what is declared after them.
   share_worker_.Stop();
   mixer_worker_.Stop();
+  secrets_worker_.Stop();
 }
 
 void Session::RunSettings(const std::function<void()>& sheet) {
@@ -46,6 +47,19 @@ void Session::RunSettings(const std::function<void()>& sheet) {
   if (settings_.inward_folder() != inward_folder) SayWhereColleaguesAreKeptOut();
 }
 
+void Session::GiveAccount(const std::string& host, const Credentials& account, bool remember) {
+  given_accounts_.Give(host, account);
+  if (!remember) return;
+  // The store may ask the person to unlock it: that waits on a thread of its own.
+  secrets_worker_.Post([this, host, account] {
+    if (SaveSmbAccount(host, account)) return;
+    poster_.Post([this, host] {
+      intercom_.ShowStatus("The password for " + host +
+                           " could not be saved: the desktop's password store did not take it");
+    });
+  });
+}
+
 void Session::SayWhereColleaguesAreKeptOut() {
   if (const std::string note = InwardFolderAccessNote(settings_.inward_folder()); !note.empty()) {
     intercom_.ShowStatus(note);
@@ -55,6 +69,7 @@ void Session::SayWhereColleaguesAreKeptOut() {
 int Session::Run(const sigset_t& termination, const std::function<void()>& started) {
   share_worker_.Start(0);
   mixer_worker_.Start(0);
+  secrets_worker_.Start(0);
   const std::string socket_path = ControlSocketPath();
   if (!control_.Listen(socket_path)) {
     std::fprintf(stderr, "parlavox: can't listen on %s; command-line control is off\n",
@@ -83,6 +98,7 @@ int Session::Run(const sigset_t& termination, const std::function<void()>& start
   // What is still on its way to a share (the end of a message) gets there first.
   share_worker_.Stop();
   mixer_worker_.Stop();
+  secrets_worker_.Stop();
   return result;
 }
 

@@ -56,6 +56,11 @@ class Session {
   // inward folder moved to one that keeps colleagues out is said with the fix.
   void RunSettings(const std::function<void()>& sheet);
 
+  // An account the person typed for `host` after it refused: used from the next poll on
+  // for as long as the program runs, and, with `remember`, saved in the desktop's secret
+  // store (the status line says when that fails).
+  void GiveAccount(const std::string& host, const Credentials& account, bool remember);
+
   // Which window of the desktop is active, where that can be known; else null.
   DesktopActivation* activation() { return x11_hot_keys_.get(); }
   // Where the hot keys are bound once the session runs; null without hot keys.
@@ -80,13 +85,15 @@ class Session {
   QtClock clock_;
   SerialWorker share_worker_{"parlavox-share"};
   SerialWorker mixer_worker_{"parlavox-mixer"};
+  SerialWorker secrets_worker_{"parlavox-secret"};
   MixerControl mixer_control_;
   BackgroundMixer mixer_{mixer_control_, mixer_worker_};
   LSoundPlayer player_{poster_};
   LSoundRecorder recorder_{poster_};
   NiceProcessPriority priority_;
   DiskInboxFolder inbox_folder_{settings_, clock_};
-  SmbConnections smb_{CredentialsFile::ForUser(FindSavedSmbAccount)};
+  GivenAccounts given_accounts_;
+  SmbConnections smb_{CredentialsFile::ForUser(FindSavedSmbAccount, &given_accounts_)};
   FolderRecordStore records_{smb_};
   BackgroundShareAccess share_{share_worker_, poster_, smb_};
   UsersCache users_{settings_};

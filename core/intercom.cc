@@ -1,6 +1,7 @@
 #include "core/intercom.h"
 
 #include "words/hot_key_commands.h"
+#include "words/server_trouble.h"
 
 namespace parlavox {
 
@@ -46,7 +47,16 @@ void Intercom::StartWorkers() {
         unreached_ = unreached;
         FillUserList();
       }),
-      lifetime_.Bind([this](const std::string& trouble) { status_.ShowStatus(trouble); }));
+      lifetime_.Bind([this](const std::string& trouble) { OnServerTrouble(trouble); }));
+}
+
+void Intercom::OnServerTrouble(const std::string& trouble) {
+  status_.ShowStatus(trouble);
+  // Asked once a run for each server: a person who said no is not asked at every poll.
+  if (const std::optional<std::string> host = RefusingServer(trouble);
+      host && asked_for_account_.insert(*host).second) {
+    view_.AskForAccount(*host, trouble);
+  }
 }
 
 void Intercom::OnInwardFolder(bool usable) {

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -127,6 +128,7 @@ class Intercom {
   void StartWorkers();
   // The watcher found the inward folder gone (nobody can call) or back.
   void OnInwardFolder(bool usable);
+  void OnServerTrouble(const std::string& trouble);
   void FillUserList();
   // Runs a call start and shows the pushed look of `button` when it started.
   void StartCallWith(int index, CallButton button, CallDone done);
@@ -137,7 +139,8 @@ class Intercom {
   UsersCache users_cache_;
   OwnRecord own_;
   UserList users_;
-  std::set<int> unreached_;  // the users whose folders the last poll could not read
+  std::set<int> unreached_;                  // the users whose folders the last poll could not read
+  std::set<std::string> asked_for_account_;  // servers the person was asked about
   StatusLine status_;
   Inbox inbox_;
   Calls calls_;

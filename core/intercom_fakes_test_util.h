@@ -331,6 +331,9 @@ class RecordingView : public IntercomView {
   void ShowAlert(const std::string& text, const std::string& caption) override {
     alerts.push_back(caption + ": " + text);
   }
+  void AskForAccount(const std::string& host, const std::string&) override {
+    asked_for_account.push_back(host);
+  }
   void ShowMainWindow() override { ++shown; }
   void HideMainWindow() override { ++hidden; }
   void TakeActivationForHotKey() override { ++activations_taken; }
@@ -338,7 +341,7 @@ class RecordingView : public IntercomView {
 
   std::vector<UserListItem> users;
   std::optional<bool> on;
-  std::vector<std::string> statuses, idle_texts, alerts;
+  std::vector<std::string> statuses, idle_texts, alerts, asked_for_account;
   CallButton button = CallButton::kNone;
   bool playback_meter = false, record_meter = false;
   int8_t playback_level = 0, record_level = 0;

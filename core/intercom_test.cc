@@ -4,6 +4,7 @@
 
 #include "core/intercom_bench_test_util.h"
 #include "util/paths.h"
+#include "words/server_trouble.h"
 
 namespace parlavox {
 namespace {
@@ -116,6 +117,19 @@ TEST_F(IntercomTest, WhileTheSettingsAreOpenOthersSeeThisUserOff) {
   intercom_.BeginSettings();
   intercom_.EndSettings();
   EXPECT_FALSE(Published().is_on());
+}
+
+// A server's troubles are said on the status line; one that refused the account also
+// asks the person for another, once a run for each server.
+TEST_F(IntercomTest, AServerThatRefusesAsksForAnAccountOncePerServer) {
+  Start();
+  poller_.trouble("Server nas does not answer");
+  poller_.trouble(RefusalSentence("fileserver", "", "give it a user name and password"));
+  poller_.trouble(RefusalSentence("fileserver", "anna", "wrong user name or password"));
+  poller_.trouble(RefusalSentence("backup", "anna", "wrong user name or password"));
+  EXPECT_EQ(view_.asked_for_account, (std::vector<std::string>{"fileserver", "backup"}));
+  EXPECT_EQ(view_.statuses.back(),
+            "Server backup refused the account \"anna\": wrong user name or password");
 }
 
 TEST_F(IntercomTest, AHotKeyCallLastsWhileTheHotKeyKeepsFiring) {

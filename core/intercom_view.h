@@ -36,6 +36,9 @@ class IntercomView {
   virtual void ShowIdentity(const UserRecord& /*own*/) {}
   // A message the person has to acknowledge.
   virtual void ShowAlert(const std::string& /*text*/, const std::string& /*caption*/) {}
+  // Server `host` refused the account it was given (`refusal` says so): the person may
+  // give another, without holding up the intercom.
+  virtual void AskForAccount(const std::string& /*host*/, const std::string& /*refusal*/) {}
   // Brings the main window up and to the front; hides it (the tray icon stays).
   virtual void ShowMainWindow() {}
   virtual void HideMainWindow() {}
@@ -78,6 +81,9 @@ class FanOutView : public IntercomView {
   void ShowIdentity(const UserRecord& own) override { Each(&IntercomView::ShowIdentity, own); }
   void ShowAlert(const std::string& text, const std::string& caption) override {
     Each(&IntercomView::ShowAlert, text, caption);
+  }
+  void AskForAccount(const std::string& host, const std::string& refusal) override {
+    Each(&IntercomView::AskForAccount, host, refusal);
   }
   void ShowMainWindow() override { Each(&IntercomView::ShowMainWindow); }
   void HideMainWindow() override { Each(&IntercomView::HideMainWindow); }

@@ -37,4 +37,27 @@ std::optional<Credentials> FindSavedSmbAccount(const std::string& host) {
   return found;
 }
 
+bool SaveSmbAccount(const std::string& host, const Credentials& account) {
+  // The table points into these strings: they live until it is gone.
+  const std::string protocol = "smb";
+  GHashTable* attributes = g_hash_table_new(g_str_hash, g_str_equal);
+  const auto set = [attributes](const char* name, const std::string& value) {
+    if (!value.empty()) {
+      g_hash_table_insert(attributes, const_cast<char*>(name), const_cast<char*>(value.c_str()));
+    }
+  };
+  set("server", host);
+  set("protocol", protocol);
+  set("user", account.username);
+  set("domain", account.domain);
+  const std::string label = "smb://" + account.username + "@" + host;
+  GError* error = nullptr;
+  const bool saved = secret_password_storev_sync(SECRET_SCHEMA_COMPAT_NETWORK, attributes,
+                                                 SECRET_COLLECTION_DEFAULT, label.c_str(),
+                                                 account.password.c_str(), nullptr, &error);
+  g_hash_table_unref(attributes);
+  if (error != nullptr) g_error_free(error);
+  return saved;
+}
+
 }  // namespace parlavox

@@ -15,6 +15,10 @@ namespace parlavox {
 // or no store runs.
 std::optional<Credentials> FindSavedSmbAccount(const std::string& host);
 
+// Saves `account` for SMB on `host` in the secret store's default collection, where
+// FindSavedSmbAccount and the file manager find it. False when no store took it.
+bool SaveSmbAccount(const std::string& host, const Credentials& account);
+
 }  // namespace parlavox
 
 #endif  // PARLAVOX_PLATFORM_SAVED_ACCOUNTS_H_

@@ -12,6 +12,8 @@
 #include <cstring>
 #include <thread>
 
+#include "words/server_trouble.h"
+
 namespace parlavox {
 namespace {
 
@@ -306,15 +308,12 @@ std::string SmbConnection::Trouble(int error, const ShareLocation& where) {
   Turn turn(counts_as_use_);
   switch (error) {
     case EPERM:
-    case EACCES: {
-      std::string who =
-          account_.username.empty() ? "a guest" : "the account \"" + account_.username + "\"";
-      std::string trouble = "Server " + host_ + " refused " + who;
-      if (!account_note_.empty()) return trouble + ": " + account_note_;
-      return trouble + (account_.username.empty()
-                            ? ": give it a user name and password in credentials.ini"
-                            : ": wrong user name or password");
-    }
+    case EACCES:
+      return RefusalSentence(host_, account_.username,
+                             !account_note_.empty() ? account_note_
+                             : account_.username.empty()
+                                 ? "give it a user name and password in credentials.ini"
+                                 : "wrong user name or password");
     default:
       return IsServerError(error) ? "Server " + host_ + " does not answer" : "";
   }

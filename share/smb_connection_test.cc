@@ -43,6 +43,14 @@ TEST(CredentialsTest, AreReadPerHostAndRefusedWhenOthersMayReadThem) {
   EXPECT_EQ(with_saved.For("fileserver", nullptr).username, "anna");
   EXPECT_EQ(with_saved.For("other", nullptr).username, "saved");
   EXPECT_TRUE(with_saved.For("third", nullptr).username.empty());
+
+  // One typed after a refusal comes before all of them, for its host only.
+  GivenAccounts given;
+  const CredentialsFile with_given(path, {}, &given);
+  given.Give("fileserver", {"typed", "pw2", "HOME"});
+  EXPECT_EQ(with_given.For("fileserver", nullptr).username, "typed");
+  EXPECT_EQ(with_given.For("fileserver", nullptr).domain, "HOME");
+  EXPECT_TRUE(with_given.For("other", nullptr).username.empty());
 }
 
 // A server that accepts the connection and never answers, as a machine that hangs: the

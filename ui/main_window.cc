@@ -21,10 +21,11 @@
 namespace parlavox {
 
 MainWindow::MainWindow(Intercom& intercom, Clock& clock, DesktopActivation* activation,
-                       std::function<void()> settings)
+                       std::function<void()> settings, AccountGiver give_account)
     : intercom_(intercom),
       keys_(intercom, clock, [this] { OpenHelpAt(help::kContents); }),
       settings_(std::move(settings)),
+      give_account_(std::move(give_account)),
       activation_(activation) {
   setWindowTitle("Parlavox");
   setWindowIcon(ProgramIcon());
@@ -268,6 +269,11 @@ void MainWindow::ShowAlert(const std::string& text, const std::string& caption) 
   QMessageBox alert(QMessageBox::NoIcon, QString::fromStdString(caption),
                     QString::fromStdString(text), QMessageBox::Ok, this);
   alert.exec();
+}
+
+void MainWindow::AskForAccount(const std::string& host, const std::string& refusal) {
+  // Not modal: the window still takes calls while the person looks for the password.
+  (new AccountDialog(this, host, refusal, give_account_))->show();
 }
 
 void MainWindow::ShowMainWindow() {

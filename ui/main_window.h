@@ -15,6 +15,7 @@
 #include "core/intercom_view.h"
 #include "core/stop_guard.h"
 #include "core/window_keys.h"
+#include "ui/account_dialog.h"
 #include "ui/level_meter.h"
 #include "ui/splash_screen.h"
 #include "ui/tray_icon.h"
@@ -35,9 +36,10 @@ class MainWindow : public QMainWindow, public IntercomView {
   // The window of `intercom`, made before the intercom starts; `intercom`, `clock` and
   // `activation` must outlive it. `activation` tells which window a hot-key call took
   // the activation from (may be null); `settings` runs the Settings sequence (the menu
-  // item is disabled without it).
+  // item is disabled without it); `give_account` hears an account typed for a server that
+  // refused.
   MainWindow(Intercom& intercom, Clock& clock, DesktopActivation* activation,
-             std::function<void()> settings);
+             std::function<void()> settings, AccountGiver give_account);
   ~MainWindow() override;
   // How the program was started: as usual, "/logon" (with the desktop session) or
   // "/install" (the first start after installing).
@@ -58,6 +60,7 @@ class MainWindow : public QMainWindow, public IntercomView {
   void EnableRecordMeter(bool enabled) override;
   void ShowRecordLevels(const ChannelLevels& levels) override;
   void ShowAlert(const std::string& text, const std::string& caption) override;
+  void AskForAccount(const std::string& host, const std::string& refusal) override;
   void ShowMainWindow() override;
   void HideMainWindow() override;
   bool AnswerSecondStart() override;
@@ -89,6 +92,7 @@ class MainWindow : public QMainWindow, public IntercomView {
   QLabel* status_ = nullptr;
   std::unique_ptr<TrayIcon> tray_;
   const std::function<void()> settings_;
+  const AccountGiver give_account_;
   DesktopActivation* const activation_;
   std::optional<DesktopActivation::Window> activation_before_hot_key_;
   bool ending_ = false;  // the close is allowed: the window goes for good

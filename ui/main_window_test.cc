@@ -7,8 +7,10 @@
 #include <QApplication>
 #include <QComboBox>
 #include <QDialog>
+#include <QDialogButtonBox>
 #include <QKeyEvent>
 #include <QLabel>
+#include <QLineEdit>
 #include <QListWidget>
 #include <QPushButton>
 #include <QTest>
@@ -19,6 +21,7 @@
 
 #include "core/intercom_bench_test_util.h"
 #include "ui/find_colleagues_dialog.h"
+#include "words/server_trouble.h"
 
 namespace parlavox {
 namespace {
@@ -35,7 +38,16 @@ class MainWindowTest : public IntercomBench {
 
   QListWidget* Users() { return window_.findChild<QListWidget*>(); }
 
-  MainWindow window_{intercom_, clock_, nullptr, [] {}};
+  struct Given {
+    std::string host;
+    Credentials account;
+    bool remember;
+  };
+  std::vector<Given> given_;
+  MainWindow window_{intercom_, clock_, nullptr, [] {},
+                     [this](const std::string& host, const Credentials& account, bool remember) {
+                       given_.push_back({host, account, remember});
+                     }};
 };
 
 TEST_F(MainWindowTest, ShowsTheUsersTheirStateAndTheStatusLine) {
@@ -91,6 +103,39 @@ TEST_F(MainWindowTest, F5HeldCallsTheSelectedUserAndLettingGoEndsTheCall) {
   QTest::keyClick(users, Qt::Key_O, Qt::ControlModifier);
   EXPECT_EQ(view_.on, true);
   EXPECT_TRUE(call_button());
+}
+
+// A server that refused asks for an account in a dialog that holds nothing up: what is
+// typed goes to the session, Cancel gives nothing, and each server is asked about once.
+TEST_F(MainWindowTest, AServerThatRefusesAsksForAnAccountWithoutHoldingTheWindowUp) {
+  Start();
+  const auto dialog = [&] {
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);  // closed ones go
+    return window_.findChild<AccountDialog*>();
+  };
+  poller_.trouble(RefusalSentence("fileserver", "", "give it a user name"));
+  ASSERT_NE(dialog(), nullptr);
+  EXPECT_FALSE(dialog()->isModal());
+  EXPECT_EQ(dialog()->windowTitle(), "Log on to fileserver");
+  QTest::keyClicks(dialog()->findChild<QLineEdit*>("username"), " anna ");
+  QTest::keyClicks(dialog()->findChild<QLineEdit*>("password"), "pass word");
+  QTest::keyClicks(dialog()->findChild<QLineEdit*>("domain"), "OFFICE");
+  dialog()->findChild<QDialogButtonBox*>()->button(QDialogButtonBox::Ok)->click();
+  ASSERT_EQ(given_.size(), 1u);
+  EXPECT_EQ(given_[0].host, "fileserver");
+  EXPECT_EQ(given_[0].account.username, "anna");
+  EXPECT_EQ(given_[0].account.password, "pass word");
+  EXPECT_EQ(given_[0].account.domain, "OFFICE");
+  EXPECT_TRUE(given_[0].remember);
+  EXPECT_EQ(dialog(), nullptr);
+
+  poller_.trouble(RefusalSentence("fileserver", "anna", "wrong user name or password"));
+  EXPECT_EQ(dialog(), nullptr);  // asked once
+  poller_.trouble(RefusalSentence("nas", "", "give it a user name"));
+  ASSERT_NE(dialog(), nullptr);
+  dialog()->findChild<QDialogButtonBox*>()->button(QDialogButtonBox::Cancel)->click();
+  EXPECT_EQ(given_.size(), 1u);
+  EXPECT_EQ(dialog(), nullptr);
 }
 
 TEST(FindColleaguesDialogTest, ColleaguesFoundAreTickedAndThoseListedCannotBePickedAgain) {

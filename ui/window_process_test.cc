@@ -9,6 +9,8 @@
 #include <gtest/gtest.h>
 
 #include "audio/wave_file.h"
+#include "platform/secret_store_test_util.h"
+#include "share/samba_server_test_util.h"
 #include "ui/desktop_copy_test_util.h"
 
 namespace parlavox {
@@ -125,6 +127,43 @@ TEST_F(WindowTest, AStartFromTheMenuTakesOverFromACopyWithoutAWindow) {
   EXPECT_TRUE(Eventually([&] { return WindowShown(); }));
   EXPECT_NE(copy_.log().find("asked to show its window"), std::string::npos) << copy_.log();
   EXPECT_EQ(copy_.log().find("show itself; running without"), std::string::npos) << copy_.log();
+}
+
+// Carol's folder is on a Samba server that refuses guests: the window asks for the
+// account, and the password typed there reaches her at the next poll and is kept in the
+// desktop's secret store (one of the test's own).
+TEST_F(WindowTest, ASambaServerThatRefusesAGuestAsksForTheAccountAndRemembersIt) {
+  const std::string office = scratch_ / "office";
+  ASSERT_TRUE(PublishUser(office + "/carol", "Carol", 303, true));
+  SambaServer samba(scratch_ / "samba", {}, {{"office", office}});
+  ASSERT_TRUE(samba.account_added()) << samba.log();
+  ASSERT_TRUE(samba.Answers(10s)) << samba.log();
+  const PrivateSecretStore store(scratch_ / "store");
+  ASSERT_TRUE(store.ready()) << store.log();
+  copy_.Set("users", "foldercount", "2");
+  copy_.Set("users", "folder1", "\\\\127.0.0.1\\office\\carol");
+  copy_.AddEnvironment(store.bus_variable());
+  copy_.StartWindowed(desktop_.display());  // the splash goes by itself
+  ASSERT_TRUE(copy_.WaitUntilAnswering()) << copy_.log();
+
+  std::optional<std::string> dialog;
+  ASSERT_TRUE(Eventually(
+      [&] { return (dialog = desktop_.VisibleWindow("Log on to 127.0.0.1")).has_value(); }, 15s))
+      << copy_.log();
+  EXPECT_FALSE(copy_.UserStatus(1)["reached"].toBool(true));
+  if (const char* picture = std::getenv("PARLAVOX_ACCOUNT_SCREENSHOT")) {
+    desktop_.Screenshot(picture);
+  }
+  desktop_.Run("xdotool windowactivate --sync " + *dialog);
+  desktop_.Run("xdotool type root");  // the user name is asked first
+  desktop_.Run("xdotool key Tab");
+  desktop_.Run(std::string("xdotool type ") + SambaServer::kPassword);
+  desktop_.Run("xdotool key Return");  // OK; "Remember the password" is ticked
+  ASSERT_TRUE(Eventually([&] { return copy_.UserStatus(1)["on"].toBool(); }, 15s)) << copy_.log();
+  EXPECT_EQ(copy_.UserStatus(1)["name"].toString(), "Carol");
+  EXPECT_TRUE(Eventually([&] {
+    return store.SavedPassword("127.0.0.1") == SambaServer::kPassword;
+  })) << store.log();
 }
 
 TEST_F(WindowTest, ClosingAsksWhetherToGoOnInTheBackground) {
