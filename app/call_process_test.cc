@@ -14,7 +14,6 @@
 #include "audio/sound_server_test_util.h"
 #include "audio/wave_file.h"
 #include "core/calls.h"
-#include "platform/secret_store_test_util.h"
 #include "share/message_file.h"
 #include "share/samba_server_test_util.h"
 
@@ -262,19 +261,27 @@ TEST_F(CallProcessTest, AMessageGrowingLiveIsHeardWholeAtTheLevelSetOnAQuietDesk
 }
 
 // The two copies know each other only by their folders on a Samba server, named as
-// Windows copies name them and as Linux desktops do: nothing is mounted.
-TEST_F(CallProcessTest, CopiesReachEachOtherThroughASambaServerByBothNameForms) {
+// Windows copies name them and as Linux desktops do: nothing is mounted. Ann's way to
+// the server is 20 ms slower a round trip (a relay that holds every packet back 10 ms
+// each way), and still the whole speech arrives.
+TEST_F(CallProcessTest, CopiesReachEachOtherThroughASambaServerByBothNameFormsAlsoWhenSlower) {
   SambaServer samba(scratch_ / "samba",
                     {{"ann", ann_.inward_folder()}, {"ben", ben_.inward_folder()}});
   ASSERT_TRUE(samba.Answers(10s)) << samba.log();
-  ann_.Set("users", "folder0", "\\\\127.0.0.1\\ben");
-  ben_.Set("users", "folder0", "smb://127.0.0.1/ann");
+  ChildProcess relay(
+      {"/usr/bin/python3", PARLAVOX_TCP_RELAY, "127.0.0.1:4450", "127.0.0.1:445", "10"},
+      {"PATH=/usr/bin:/bin"}, scratch_ / "relay.out", scratch_ / "relay.err");
+  ASSERT_TRUE(
+      Eventually([&] { return FileText(scratch_ / "relay.out").starts_with("relaying"); }, 10s))
+      << FileText(scratch_ / "relay.err");
+  ann_.Set("users", "folder0", "smb://127.0.0.1:4450/ben");
+  ben_.Set("users", "folder0", "\\\\127.0.0.1\\ann");
   ASSERT_TRUE(BothSeeEachOtherOn()) << ann_.log() << ben_.log();
   ASSERT_TRUE(Eventually([&] { return ann_.UserStatus(0)["name"] == "Ben"; }, 12s));
 
   SpeakerRecording ben_speaker(ben_server_, scratch_ / "ben-heard.raw");
   Speak(ann_, ann_server_, {"--call", "0"});
-  ASSERT_TRUE(AllPlayed(ben_, 10s)) << ben_.log();
+  ASSERT_TRUE(AllPlayed(ben_, 15s)) << ben_.log();
   EXPECT_GT(SpeechFound(RawSamples(speech_ + ".raw"), ben_speaker.Heard()), 0.6) << ben_.log();
 }
 
@@ -368,47 +375,6 @@ TEST_F(CallProcessTest, ASambaServerThatRefusesAndOneThatNeverAnswersAreNamedOnc
   EXPECT_EQ(count(log, hangs), 1u) << log;
 }
 
-// The file manager saved the account for the server in the desktop's secret store
-// (GNOME Keyring, on a session bus of the test's own): with no credentials.ini, it is
-// the account used.
-TEST_F(CallProcessTest, AnAccountSavedInTheDesktopsSecretStoreReachesASambaShare) {
-  const std::unique_ptr<SambaServer> samba = OfficeServerWithCarol();
-  const PrivateSecretStore store(scratch_ / "store");
-  ASSERT_TRUE(store.ready()) << store.log();
-  ASSERT_TRUE(store.SaveAsFileManager("127.0.0.1", "root", SambaServer::kPassword)) << store.log();
-
-  ASSERT_EQ(ann_.Control({"--quit"}).first, 0);
-  ann_.process().WaitForExit(10s);
-  ann_.Set("users", "foldercount", "3");
-  ann_.Set("users", "folder2", "\\\\127.0.0.1\\office\\carol");
-  ann_.AddEnvironment(store.bus_variable());
-  ann_.Start();
-  ASSERT_TRUE(ann_.WaitUntilAnswering()) << ann_.log();
-  EXPECT_TRUE(Eventually([&] { return ann_.UserStatus(2)["on"].toBool(); }, 12s)) << ann_.log();
-  EXPECT_EQ(ann_.Control({"--quit"}).first, 0);
-  EXPECT_EQ(ann_.process().WaitForExit(10s), 0) << ann_.log();  // clean, also sanitized
-}
-
-// A network 20 ms slower a round trip (a relay that holds every packet back 10 ms each
-// way) between Ann and the server of Ben's folder: the whole speech arrives.
-TEST_F(CallProcessTest, ThroughASlowerNetworkToASambaServerTheWholeSpeechArrives) {
-  SambaServer samba(scratch_ / "samba", {{"ben", ben_.inward_folder()}});
-  ASSERT_TRUE(samba.Answers(10s)) << samba.log();
-  ChildProcess relay(
-      {"/usr/bin/python3", PARLAVOX_TCP_RELAY, "127.0.0.1:4450", "127.0.0.1:445", "10"},
-      {"PATH=/usr/bin:/bin"}, scratch_ / "relay.out", scratch_ / "relay.err");
-  ASSERT_TRUE(
-      Eventually([&] { return FileText(scratch_ / "relay.out").starts_with("relaying"); }, 10s))
-      << FileText(scratch_ / "relay.err");
-  ann_.Set("users", "folder0", "smb://127.0.0.1:4450/ben");
-  ASSERT_TRUE(BothSeeEachOtherOn()) << ann_.log();
-
-  SpeakerRecording ben_speaker(ben_server_, scratch_ / "ben-heard.raw");
-  Speak(ann_, ann_server_, {"--call", "0"});
-  ASSERT_TRUE(AllPlayed(ben_, 15s)) << ben_.log();
-  EXPECT_GT(SpeechFound(RawSamples(speech_ + ".raw"), ben_speaker.Heard()), 0.6) << ben_.log();
-}
-
 // Ben's inward folder lies on a Samba server that his machine mounts through FUSE
 // (smbnetfs), which can't cut files and won't delete one that is still open: two calls
 // are heard, and both messages go.
@@ -486,21 +452,6 @@ TEST_F(CallProcessTest, AnInwardFolderSharedAsASambaUserShareIsReachedByTheNameS
   Speak(ann_, ann_server_, {"--call", "0"});
   ASSERT_TRUE(AllPlayed(ben_, 10s)) << ben_.log();
   EXPECT_GT(SpeechFound(RawSamples(speech_ + ".raw"), ben_speaker.Heard()), 0.6) << ben_.log();
-}
-
-TEST_F(CallProcessTest, CallsToUsersWhoAreOffOrUnreachableWriteNothing) {
-  ASSERT_TRUE(BothSeeEachOtherOn());
-  ASSERT_EQ(ben_.Control({"--off"}).first, 0);
-  const auto [off_code, off_output] = ann_.Control({"--call", "0"});
-  EXPECT_EQ(off_code, 1);
-  EXPECT_EQ(ann_.Status()["status"].toString(), "User's Parlavox is off");
-  EXPECT_FALSE(ann_.Status()["recording"].toBool());
-  EXPECT_TRUE(InboxEmpty(ben_));
-  ASSERT_EQ(ben_.Control({"--on"}).first, 0);
-
-  EXPECT_EQ(ann_.Control({"--call", "1"}).first, 1);
-  EXPECT_EQ(ann_.Status()["status"].toString(), "Unable to contact user's computer");
-  EXPECT_FALSE(std::filesystem::exists(scratch_ / "nobody"));
 }
 
 TEST_F(CallProcessTest, ACallerKilledMidCallLeavesAMessageThatStillPlaysAndGoes) {

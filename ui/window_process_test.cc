@@ -131,7 +131,7 @@ TEST_F(WindowTest, AStartFromTheMenuTakesOverFromACopyWithoutAWindow) {
 
 // Carol's folder is on a Samba server that refuses guests: the window asks for the
 // account, and the password typed there reaches her at the next poll and is kept in the
-// desktop's secret store (one of the test's own).
+// desktop's secret store (GNOME Keyring on a session bus of the test's own).
 TEST_F(WindowTest, ASambaServerThatRefusesAGuestAsksForTheAccountAndRemembersIt) {
   const std::string office = scratch_ / "office";
   ASSERT_TRUE(PublishUser(office + "/carol", "Carol", 303, true));
@@ -164,6 +164,15 @@ TEST_F(WindowTest, ASambaServerThatRefusesAGuestAsksForTheAccountAndRemembersIt)
   EXPECT_TRUE(Eventually([&] {
     return store.SavedPassword("127.0.0.1") == SambaServer::kPassword;
   })) << store.log();
+
+  // The next start finds the account in the store, where the file manager keeps its
+  // own, and asks nothing.
+  ASSERT_EQ(copy_.Control({"--quit"}).first, 0);
+  ASSERT_EQ(copy_.process().WaitForExit(10s), 0) << copy_.log();
+  copy_.StartWindowed(desktop_.display());
+  ASSERT_TRUE(copy_.WaitUntilAnswering()) << copy_.log();
+  EXPECT_TRUE(Eventually([&] { return copy_.UserStatus(1)["on"].toBool(); }, 15s)) << copy_.log();
+  EXPECT_FALSE(desktop_.VisibleWindow("Log on to 127.0.0.1"));
 }
 
 TEST_F(WindowTest, ClosingAsksWhetherToGoOnInTheBackground) {
