@@ -2,7 +2,8 @@
 """Measures Parlavox across a real Samba server on this machine (smbd on 127.0.0.1:445,
 so it needs root): mouth-to-ear through loopback SMB, with the callee's inward folder
 shared and with it kept on the server; how soon a message on the server is noticed;
-the same calls through a relay that adds 20 ms a round trip; one presence pass over
+the same calls through a relay that adds 20 ms a round trip (--relay-delay-ms sets
+half of that); one presence pass over
 100 users on one server; and the idle wakeups of a copy whose users and own inward
 folder are on the server.
 
@@ -229,6 +230,8 @@ def main():
     parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
     parser.add_argument("--calls", type=int, default=10)
     parser.add_argument("--idle-seconds", type=float, default=30)
+    parser.add_argument("--relay-delay-ms", type=int, default=10,
+                        help="how long the relay holds each packet back, each way")
     parser.add_argument("--binary", help="the program to measure (default: build/parlavox)")
     options = parser.parse_args()
     if options.binary:
@@ -256,12 +259,14 @@ def main():
         report("mouth to ear, callee's inward folder kept on the server", latencies)
         report("a message on the server noticed (first bytes copied) after", notices)
         relay = subprocess.Popen([sys.executable, os.path.join(ROOT, "scripts", "tcp_relay.py"),
-                                  "127.0.0.1:4450", "127.0.0.1:445", "10"],
+                                  "127.0.0.1:4450", "127.0.0.1:445",
+                                  str(options.relay_delay_ms)],
                                  stdout=subprocess.DEVNULL)
         time.sleep(1)
         latencies, _ = call_latencies(os.path.join(folder, "shared"), options.calls, None,
                                       "smb://127.0.0.1:4450/callee")
-        report("mouth to ear, shared folder, 20 ms more round trip", latencies)
+        report(f"mouth to ear, shared folder, {2 * options.relay_delay_ms} ms more round trip",
+               latencies)
         report("one presence pass over 100 users on one server", presence_pass(folder, office))
         print(f"idle, 10 users and the own inward folder on the server: "
               f"{idle_wakeups(folder, options.idle_seconds):.2f} wakeups/s")
