@@ -116,7 +116,7 @@ class CallProcessTest : public testing::Test {
   ~CallProcessTest() override {
     for (IntercomCopy* copy : {&ann_, &ben_}) {
       copy->Control({"--quit"});
-      copy->process().WaitForExit(10s);
+      EXPECT_EQ(copy->process().WaitForExit(10s), 0) << copy->log();  // ended, and cleanly
     }
   }
 

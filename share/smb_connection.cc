@@ -253,11 +253,21 @@ int EndWait(const smbc_notify_callback_action*, size_t changes, void* data) {
          std::chrono::steady_clock::now() >= wait->deadline;
 }
 
+// Lets those that wait for their turn have it before a wait takes the library again: a
+// waiting thread is not woken first when the library is let go, and the wait, already
+// running, would take it back at once, again and again.
+void LetTheWaitingGoFirst(const std::function<bool()>& interrupted) {
+  while (SmbConnection::Turn::waiting() > 0 && !interrupted()) {
+    std::this_thread::sleep_for(kGiveWayInterval);
+  }
+}
+
 }  // namespace
 
 bool SmbConnection::WaitForChange(const std::string& folder_url, std::chrono::milliseconds limit,
                                   const std::function<bool()>& interrupted) {
   if (!MayAnswer()) return false;
+  LetTheWaitingGoFirst(interrupted);
   const auto began = std::chrono::steady_clock::now();
   Wait wait{began + limit, interrupted};
   {
@@ -276,12 +286,14 @@ bool SmbConnection::WaitForChange(const std::string& folder_url, std::chrono::mi
     smbc_getFunctionClosedir(context_)(context_, folder);
     if (waited != 0) return false;
   }
-  // Having given way, it lets the others finish (a presence pass, a stretch of a call)
-  // before the caller looks at the folder again, rather than once for each of their
-  // operations.
-  while (wait.gave_way && std::chrono::steady_clock::now() - Turn::last_use() < kBusyTime &&
-         !interrupted()) {
-    std::this_thread::sleep_for(kGiveWayInterval);
+  // Having given way, it lets the others have their turn and finish (a presence pass, a
+  // stretch of a call) before the caller looks at the folder again, rather than once for
+  // each of their operations.
+  if (wait.gave_way) {
+    LetTheWaitingGoFirst(interrupted);
+    while (std::chrono::steady_clock::now() - Turn::last_use() < kBusyTime && !interrupted()) {
+      std::this_thread::sleep_for(kGiveWayInterval);
+    }
   }
   return true;
 }

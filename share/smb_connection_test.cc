@@ -2,12 +2,15 @@
 
 #include <sys/stat.h>
 
+#include <atomic>
 #include <chrono>
+#include <thread>
 
 #include <gtest/gtest.h>
 
 #include "share/credentials.h"
 #include "share/samba_server_test_util.h"
+#include "util/eventually_test_util.h"
 #include "util/scratch_folder_test_util.h"
 #include "words/share_name.h"
 
@@ -69,6 +72,38 @@ TEST(SmbConnectionTest, AServerThatNeverAnswersIsGivenUpOnAfterTheTimeOut) {
   EXPECT_LT(std::chrono::steady_clock::now() - began, 3 * SmbConnection::kTimeout);
   EXPECT_EQ(connections.For(location).Trouble(error, location), "Server 127.0.0.5 does not answer")
       << error;
+}
+
+// A wait for changes that runs again and again, as the own inward folder's mirror waits,
+// must still let every other operation on the library have its turn (a copy that could
+// not publish itself off never ended).
+TEST(SmbConnectionTest, AWaitForChangesOnASambaShareThatRunsOnLetsEveryOperationHaveItsTurn) {
+  ScratchFolder scratch;
+  std::filesystem::create_directories(scratch / "office/inward");
+  SambaServer samba(scratch / "samba", {{"office", scratch / "office"}});
+  ASSERT_TRUE(samba.Answers(std::chrono::seconds(10))) << samba.log();
+  SmbConnections connections{CredentialsFile("/nonexistent/credentials.ini")};
+  const ShareLocation inward = *ParseShareName("smb://127.0.0.1/office/inward");
+  std::atomic<bool> stop = false;
+  std::atomic<int> waits = 0;
+  std::thread mirror([&] {
+    const std::unique_ptr<SmbConnection> watching = connections.NewBackground(inward);
+    const std::unique_ptr<SmbConnection> listing = connections.NewBackground(inward);
+    while (!stop) {
+      ++waits;
+      watching->WaitForChange(SmbUrl(inward), std::chrono::seconds(30),
+                              [&] { return stop.load(); });
+      listing->List(SmbUrl(inward));
+    }
+  });
+  ASSERT_TRUE(Eventually([&] { return waits > 0; }));
+  // Operations now and then, as the presence poll and calls do, each while the wait runs.
+  for (int i = 0; i < 10; ++i) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(300));
+    EXPECT_TRUE(connections.For(inward).List(SmbUrl(inward)).has_value()) << i;
+  }
+  stop = true;
+  mirror.join();
 }
 
 }  // namespace
