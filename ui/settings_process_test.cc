@@ -263,32 +263,5 @@ TEST_F(SettingsTest, TheKeysPageTakesAKeyAndACommand) {
   CloseSheet(kOkX);
 }
 
-TEST_F(SettingsTest, AnAddWhoseKeyWasCancelledStillAsksForTheCommand) {
-  StartWindow();
-  OpenSettings();
-  ClickInSheet(kKeysTabX, kTabsY);
-  const auto keys = [&](const char* key) {
-    return FindProfileString(copy_.settings(), "keys", key).value_or("<missing>");
-  };
-  const auto press_then_select = [&](const char* on_select) {
-    ClickInSheet(kAddX, kAddY);
-    ASSERT_TRUE(Eventually([&] { return desktop_.VisibleWindow("Press Key"); }));
-    desktop_.Run("xdotool windowactivate --sync " + *desktop_.VisibleWindow("Press Key"));
-    desktop_.Run("xdotool key Escape");  // no key
-    ASSERT_TRUE(Eventually([&] { return desktop_.VisibleWindow("Select Command"); }));
-    desktop_.Run("xdotool windowactivate --sync " + *desktop_.VisibleWindow("Select Command"));
-    desktop_.Run(std::string("xdotool key ") + on_select);
-    ASSERT_TRUE(Eventually([&] { return !desktop_.VisibleWindow("Select Command"); }));
-  };
-
-  press_then_select("Escape");  // cancelled: nothing is added
-  EXPECT_EQ(keys("keycount"), "<missing>");
-  press_then_select("Home Return");  // "Open Parlavox", with the key index 0 already holds
-  EXPECT_EQ(keys("keycount"), "1");
-  EXPECT_EQ(keys("command0"), "1");
-  EXPECT_EQ(keys("key0"), "<missing>");  // read as Enter without modifiers
-  CloseSheet(kOkX);
-}
-
 }  // namespace
 }  // namespace parlavox
