@@ -139,7 +139,8 @@ int RunIntercom(QCoreApplication& application, const sigset_t& termination, cons
     FolderStore folders = FolderStore::FromEnvironment();
     UsersCache users(settings);
     KeyAssignments keys(settings, users);
-    SmbConnections finder_smb(CredentialsFile::ForUser(FindSavedSmbAccount));
+    SmbConnections finder_smb(
+        CredentialsFile::ForUser(FindSavedSmbAccount, &session.given_accounts()));
     const SettingsContext context{
         settings,
         folders,

@@ -60,6 +60,8 @@ class Session {
   // for as long as the program runs, and, with `remember`, saved in the desktop's secret
   // store (the status line says when that fails).
   void GiveAccount(const std::string& host, const Credentials& account, bool remember);
+  // The accounts given so far, for other connections of the program to use too.
+  const GivenAccounts& given_accounts() const { return given_accounts_; }
 
   // Which window of the desktop is active, where that can be known; else null.
   DesktopActivation* activation() { return x11_hot_keys_.get(); }
