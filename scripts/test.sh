@@ -17,9 +17,9 @@ configure() {
   cmake -S . -B "$folder" -G Ninja "$@" >/dev/null
 }
 # Most tests wait on sound servers, desktops and servers of their own: three at a time
-# keep two cores busy.
+# keep two cores busy, two while the other tree builds beside them.
 run_tests() {
-  (cd "$1" && ctest --output-on-failure --parallel 3 --timeout 300)
+  (cd "$1" && ctest --output-on-failure --parallel "$2" --timeout 300)
 }
 
 configure build-sanitize -DCMAKE_BUILD_TYPE=Debug -DPARLAVOX_SANITIZE=ON
@@ -30,10 +30,10 @@ tsan_build=$!
 trap 'kill $tsan_build 2>/dev/null || true' EXIT
 
 ASAN_OPTIONS=detect_leaks=1:abort_on_error=1 UBSAN_OPTIONS=print_stacktrace=1 \
-  LSAN_OPTIONS="suppressions=$PWD/scripts/lsan.supp" run_tests build-sanitize
+  LSAN_OPTIONS="suppressions=$PWD/scripts/lsan.supp" run_tests build-sanitize 2
 if ! wait $tsan_build; then
   cat build-tsan.log
   exit 1
 fi
 TSAN_OPTIONS="halt_on_error=1:second_deadlock_stack=1:suppressions=$PWD/scripts/tsan.supp" \
-  run_tests build-tsan
+  run_tests build-tsan 3
