@@ -291,10 +291,8 @@ bool SmbConnection::WaitForChange(const std::string& folder_url, std::chrono::mi
   // each of their operations.
   if (wait.gave_way) {
     LetTheWaitingGoFirst(interrupted);
-    for (auto quiet = Turn::last_use() + kBusyTime;
-         std::chrono::steady_clock::now() < quiet && !interrupted();
-         quiet = Turn::last_use() + kBusyTime) {
-      std::this_thread::sleep_until(quiet);
+    while (std::chrono::steady_clock::now() - Turn::last_use() < kBusyTime && !interrupted()) {
+      std::this_thread::sleep_for(kGiveWayInterval);
     }
   }
   return true;
