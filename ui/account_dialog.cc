@@ -7,6 +7,8 @@
 #include <QLineEdit>
 #include <QVBoxLayout>
 
+#include "words/server_trouble.h"
+
 namespace parlavox {
 
 AccountDialog::AccountDialog(QWidget* owner, const std::string& host, const std::string& refusal,
@@ -14,8 +16,8 @@ AccountDialog::AccountDialog(QWidget* owner, const std::string& host, const std:
     : QDialog(owner) {
   setAttribute(Qt::WA_DeleteOnClose);
   setWindowTitle(QString("Log on to %1").arg(QString::fromStdString(host)));
-  // Only who was refused: the advice after the colon is for the log, this is the remedy.
-  auto* why = new QLabel(QString::fromStdString(refusal.substr(0, refusal.find(": "))) +
+  // Only who was refused: the advice is for the log, this dialog is the remedy.
+  auto* why = new QLabel(QString::fromStdString(RefusalWithoutAdvice(refusal)) +
                          ".\nYour colleagues there are reached with this account:");
   why->setWordWrap(true);
   auto* username = new QLineEdit;

@@ -5,13 +5,14 @@ namespace {
 
 constexpr std::string_view kServer = "Server ";
 constexpr std::string_view kRefused = " refused ";
+constexpr std::string_view kAdvice = ": ";
 
 }  // namespace
 
 std::string RefusalSentence(const std::string& host, const std::string& username,
                             const std::string& why) {
   const std::string who = username.empty() ? "a guest" : "the account \"" + username + "\"";
-  return std::string(kServer) + host + std::string(kRefused) + who + ": " + why;
+  return std::string(kServer) + host + std::string(kRefused) + who + std::string(kAdvice) + why;
 }
 
 std::optional<std::string> RefusingServer(const std::string& sentence) {
@@ -22,6 +23,10 @@ std::optional<std::string> RefusingServer(const std::string& sentence) {
     return std::nullopt;
   }
   return sentence.substr(kServer.size(), host_end - kServer.size());
+}
+
+std::string RefusalWithoutAdvice(const std::string& sentence) {
+  return sentence.substr(0, sentence.find(kAdvice));
 }
 
 }  // namespace parlavox

@@ -14,6 +14,9 @@ std::string RefusalSentence(const std::string& host, const std::string& username
 // The server a sentence says refused an account; nullopt for any other sentence.
 std::optional<std::string> RefusingServer(const std::string& sentence);
 
+// What a refusal sentence says without its advice: "Server <host> refused <who>".
+std::string RefusalWithoutAdvice(const std::string& sentence);
+
 }  // namespace parlavox
 
 #endif  // PARLAVOX_WORDS_SERVER_TROUBLE_H_
