@@ -12,6 +12,8 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
+#include <QMenu>
+#include <QMenuBar>
 #include <QPushButton>
 #include <QTest>
 #include <QTimer>
@@ -44,7 +46,8 @@ class MainWindowTest : public IntercomBench {
     bool remember;
   };
   std::vector<Given> given_;
-  MainWindow window_{intercom_, clock_, nullptr, [] {},
+  int settings_opened_ = 0;
+  MainWindow window_{intercom_, clock_, nullptr, [this] { ++settings_opened_; },
                      [this](const std::string& host, const Credentials& account, bool remember) {
                        given_.push_back({host, account, remember});
                      }};
@@ -103,6 +106,34 @@ TEST_F(MainWindowTest, F5HeldCallsTheSelectedUserAndLettingGoEndsTheCall) {
   QTest::keyClick(users, Qt::Key_O, Qt::ControlModifier);
   EXPECT_EQ(view_.on, true);
   EXPECT_TRUE(call_button());
+}
+
+// The Intercom menu does what the keys do, and shows whether the intercom is on.
+TEST_F(MainWindowTest, TheIntercomMenuSwitchesCallsAndOpensTheSettings) {
+  ListUser("Ann", 101);
+  Start();
+  QMenu* menu = window_.menuBar()->actions().value(0)->menu();
+  ASSERT_NE(menu, nullptr);
+  const auto item = [&](const QString& text) {
+    for (QAction* action : menu->actions()) {
+      if (action->text() == text) return action;
+    }
+    ADD_FAILURE() << "no " << text.toStdString();
+    return new QAction(menu);
+  };
+  item("O&ff\tCtrl+F")->trigger();
+  EXPECT_EQ(view_.on, false);
+  EXPECT_TRUE(item("O&ff\tCtrl+F")->isChecked());
+  EXPECT_FALSE(item("&On\tCtrl+O")->isChecked());
+  item("&On\tCtrl+O")->trigger();
+  EXPECT_EQ(view_.on, true);
+  EXPECT_TRUE(item("&On\tCtrl+O")->isChecked());
+  item("Call\tF5")->trigger();  // a call that lasts until asked again
+  EXPECT_TRUE(recorder_.is_recording());
+  item("Call\tF5")->trigger();
+  EXPECT_FALSE(recorder_.is_recording());
+  item("Settings...")->trigger();
+  EXPECT_EQ(settings_opened_, 1);
 }
 
 // A server that refused asks for an account in a dialog that holds nothing up: what is

@@ -5,10 +5,13 @@
 #include "ui/settings_pages.h"
 
 #include <QApplication>
+#include <QCheckBox>
 #include <QComboBox>
 #include <QDialog>
 #include <QDialogButtonBox>
 #include <QLabel>
+#include <QLineEdit>
+#include <QListWidget>
 #include <QPushButton>
 #include <QTest>
 #include <QTimer>
@@ -17,24 +20,35 @@
 #include <gtest/gtest.h>
 
 #include "core/intercom_fakes_test_util.h"
+#include "settings/general_settings.h"
+#include "ui/decibel_edit.h"
 #include "ui/key_dialogs.h"
 #include "util/scratch_folder_test_util.h"
 
 namespace parlavox {
 namespace {
 
-class NoStartAtLogin : public StartAtLogin {
+class FakeStartAtLogin : public StartAtLogin {
  public:
-  bool IsOn() const override { return false; }
-  void Set(bool) override {}
+  bool IsOn() const override { return on; }
+  void Set(bool to) override { on = to; }
+  bool on = false;
 };
 
 class SettingsPagesTest : public testing::Test {
  protected:
   SettingsPagesTest() { settings_.LocateFolders(folders_, scratch_.path()); }
 
-  std::string Value(const std::string& key) {
-    return settings_.FindText(kKeysSection, key).value_or("<missing>");
+  std::string Value(const std::string& key, std::string_view section = kKeysSection) {
+    return settings_.FindText(section, key).value_or("<missing>");
+  }
+  template <typename Widget>
+  static Widget* Named(const QWidget* page, const QString& text) {
+    for (Widget* widget : page->findChildren<Widget*>()) {
+      if (widget->text() == text) return widget;
+    }
+    ADD_FAILURE() << "no " << text.toStdString();
+    return nullptr;
   }
   // Does `steps` in the dialog titled `title` once it shows; it must close it.
   static void Answer(const QString& title, std::function<void(QDialog*)> steps) {
@@ -58,9 +72,23 @@ class SettingsPagesTest : public testing::Test {
   UsersCache users_{settings_};
   KeyAssignments keys_{settings_, users_};
   FakeMixer mixer_;
-  NoStartAtLogin login_;
-  SettingsContext context_{
-      settings_, folders_, users_, keys_, mixer_, login_, [](int) { return ""; }, {}, {}, {}};
+  FakeStartAtLogin login_;
+  // Finds Ann and Ben wherever it is asked to look.
+  std::vector<FoundUser> Find(const std::string& where) {
+    looked_in_.push_back(where);
+    return {{where + "/ann", {}}, {where + "/ben", {}}};
+  }
+  std::vector<std::string> looked_in_;
+  SettingsContext context_{settings_,
+                           folders_,
+                           users_,
+                           keys_,
+                           mixer_,
+                           login_,
+                           [](int) { return ""; },
+                           {},
+                           [this](const std::string& where) { return Find(where); },
+                           [] { return std::vector<std::string>{}; }};
 };
 
 TEST_F(SettingsPagesTest, AKeyIsWrittenAsItIsPressedAndCanBePressedAnewWhereTheCommandIsChosen) {
@@ -97,10 +125,7 @@ TEST_F(SettingsPagesTest, AKeyIsWrittenAsItIsPressedAndCanBePressedAnewWhereTheC
 TEST_F(SettingsPagesTest, TheKeysPageAddsALineOnlyWhenACommandIsChosen) {
   const std::unique_ptr<SettingsPage> page(NewKeysPage(context_));
   page->Fill();
-  QPushButton* add = nullptr;
-  for (QPushButton* button : page->findChildren<QPushButton*>()) {
-    if (button->text() == "Add...") add = button;
-  }
+  QPushButton* add = Named<QPushButton>(page.get(), "Add...");
   ASSERT_NE(add, nullptr);
   const auto add_with = [&](const std::function<void(QDialog*)>& choose) {
     Answer("Press Key", [](QDialog* press_key) { QTest::keyClick(press_key, Qt::Key_Escape); });
@@ -116,6 +141,54 @@ TEST_F(SettingsPagesTest, TheKeysPageAddsALineOnlyWhenACommandIsChosen) {
   EXPECT_EQ(Value("keycount"), "1");
   EXPECT_EQ(Value("command0"), "1");
   EXPECT_EQ(Value("key0"), "<missing>");  // read as Enter without modifiers
+}
+
+// The General page writes what it shows when it is left: a level typed, start at login
+// ticked, the inward folder typed anew.
+TEST_F(SettingsPagesTest, TheGeneralPageWritesWhatItShowsWhenItIsLeft) {
+  const std::unique_ptr<SettingsPage> page(NewGeneralPage(context_));
+  page->Fill();
+  auto* output_level = page->findChildren<LDBEdit*>().value(0);
+  ASSERT_NE(output_level, nullptr);
+  auto* level_text = output_level->findChild<QLineEdit*>();
+  level_text->selectAll();
+  QTest::keyClicks(level_text, "-6");
+  Named<QCheckBox>(page.get(), "Run Parlavox automatically on tray at start-up")->click();
+  QLineEdit* folder = nullptr;
+  for (QLineEdit* edit : page->findChildren<QLineEdit*>()) {
+    if (dynamic_cast<LDBEdit*>(edit->parentWidget()) == nullptr) folder = edit;
+  }
+  ASSERT_NE(folder, nullptr);
+  folder->selectAll();
+  QTest::keyClicks(folder, QString::fromStdString(scratch_ / "moved"));
+  EXPECT_EQ(Value("soundoutvolume", kSettingsSection), "<missing>");  // nothing before leaving
+  page->Save();
+  EXPECT_EQ(Value("soundoutvolume", kSettingsSection), "-6dB");
+  EXPECT_TRUE(login_.on);
+  EXPECT_EQ(LoadGeneralSettings(settings_, folders_, login_).inward_folder, scratch_ / "moved");
+}
+
+// The Users page adds a folder typed at once, and those found on the network all at once.
+TEST_F(SettingsPagesTest, TheUsersPageAddsFoldersTypedAndFound) {
+  const std::unique_ptr<SettingsPage> page(NewUsersPage(context_));
+  page->Fill();
+  Answer("Locate user folder", [](QDialog* locate) {
+    QTest::keyClicks(locate->findChild<QLineEdit*>(), " /srv/office/cid ");
+    locate->accept();
+  });
+  Named<QPushButton>(page.get(), "Add...")->click();
+  EXPECT_EQ(Value("folder0", kUsersSection), "/srv/office/cid");
+  Answer("Find on network", [](QDialog* find) {
+    auto* where = find->findChild<QComboBox*>();
+    where->setEditText("/srv/office");
+    QTest::keyClick(where, Qt::Key_Return);  // looks
+    find->accept();
+  });
+  Named<QPushButton>(page.get(), "Find on network…")->click();
+  EXPECT_EQ(looked_in_, std::vector<std::string>{"/srv/office"});
+  EXPECT_EQ(Value("folder1", kUsersSection), "/srv/office/ann");
+  EXPECT_EQ(Value("folder2", kUsersSection), "/srv/office/ben");
+  EXPECT_EQ(page->findChild<QListWidget*>()->count(), 3);
 }
 
 }  // namespace
