@@ -186,6 +186,27 @@ class CallProcessTest : public testing::Test {
     return samba;
   }
 
+  // Puts a whole message of six seconds' tone from Ann at `path`, all at once.
+  void PutLongMessageFromAnn(const std::string& path) {
+    {
+      auto writer = CreateWaveFileWriter(scratch_ / "long.wav", kRate, 1, 16, 0);
+      const std::vector<int32_t> tone = HalfASecondOfTone();
+      for (int i = 0; i < 12; ++i) writer->Write(tone.data(), int64_t(tone.size()));
+    }
+    std::filesystem::rename(scratch_ / "long.wav", path);
+  }
+
+  // Ann calls Ben while he hears her message at `message`: refused, the message uncut.
+  void ExpectACallAgainRefusedWhileHeard(const std::string& message) {
+    const auto size = std::filesystem::file_size(message);
+    const auto [call, errors] = ann_.Run({"--call", "0"});
+    EXPECT_EQ(call.first, 1);
+    EXPECT_NE(errors.find("still playing"), std::string::npos) << errors;
+    EXPECT_EQ(ann_.Status()["status"].toString().toStdString(),
+              RefusalText(CallRefusal::kPreviousMessagePlaying));
+    EXPECT_EQ(std::filesystem::file_size(message), size);
+  }
+
   bool BothSeeEachOtherOn() {
     return Eventually([&] { return FirstUserOn(ann_) && FirstUserOn(ben_); }, 12s);
   }
@@ -329,6 +350,13 @@ TEST_F(CallProcessTest, AnInwardFolderKeptOnASambaServerWorksThroughIt) {
   // scores 0.64 to 0.97 on a quiet machine, less under the test run's load).
   EXPECT_GT(SpeechFound(RawSamples(speech_ + ".raw"), ben_speaker.Heard()), 0.5) << ben_.log();
   EXPECT_EQ(ben_.Status()["previous_caller"].toInt(), ann_.OwnRecord().id);
+
+  // While Ben hears a long one, Ann's next call can't cut it on the server.
+  PutLongMessageFromAnn(message);
+  ASSERT_TRUE(Eventually([&] { return ben_.Status()["playing"].toBool(); }, 5s));
+  std::this_thread::sleep_for(500ms);  // the mirror holds it once it is copied whole
+  ExpectACallAgainRefusedWhileHeard(message);
+  EXPECT_TRUE(Eventually([&] { return !std::filesystem::exists(message); }, 15s));
 }
 
 // Ann lists a colleague on a server that refuses her account and one on a machine that
@@ -516,21 +544,9 @@ TEST_F(CallProcessTest, ANewCallCannotCutAMessageThatIsStillPlaying) {
   // Ben hears a long message from Ann...
   const std::string message =
       ben_.inward_folder() + "/" + std::to_string(ann_.OwnRecord().id) + ".wav";
-  {
-    auto writer = CreateWaveFileWriter(scratch_ / "long.wav", kRate, 1, 16, 0);
-    const std::vector<int32_t> tone = HalfASecondOfTone();
-    for (int i = 0; i < 12; ++i) writer->Write(tone.data(), int64_t(tone.size()));
-  }
-  std::filesystem::rename(scratch_ / "long.wav", message);
+  PutLongMessageFromAnn(message);
   ASSERT_TRUE(Eventually([&] { return ben_.Status()["playing"].toBool(); }, 5s));
-  const auto size = std::filesystem::file_size(message);
-  // ...when Ann calls him again.
-  const auto [call, errors] = ann_.Run({"--call", "0"});
-  EXPECT_EQ(call.first, 1);
-  EXPECT_NE(errors.find("still playing"), std::string::npos) << errors;
-  EXPECT_EQ(ann_.Status()["status"].toString().toStdString(),
-            RefusalText(CallRefusal::kPreviousMessagePlaying));
-  EXPECT_EQ(std::filesystem::file_size(message), size);
+  ExpectACallAgainRefusedWhileHeard(message);  // ...when Ann calls him again
   EXPECT_TRUE(AllPlayed(ben_, 15s));
 }
 

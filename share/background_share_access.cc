@@ -1,5 +1,7 @@
 #include "share/background_share_access.h"
 
+#include <cerrno>
+
 #include "audio/queued_wave_file_writer.h"
 #include "share/batched_writable_file.h"
 #include "share/folder_access.h"
@@ -76,13 +78,16 @@ void BackgroundShareAccess::OpenOnShare(const ShareLocation& share, const std::s
   worker.Post([this, &worker, url = SmbUrl(share, name), share, done = std::move(done),
                reports = std::move(reports)]() mutable {
     MessageOpening opening;
-    std::unique_ptr<WritableFile> on_server = smb_.For(share).OpenForWriting(url);
+    int error = 0;
+    std::unique_ptr<WritableFile> on_server = smb_.For(share).OpenForWriting(url, &error);
+    // The callee's copy holds the message against writing while it is heard.
+    opening.still_playing = error == EBUSY;
     if (on_server) {
       on_server = std::make_unique<BatchedWritableFile>(std::move(on_server), kBatchBytes);
     }
     std::shared_ptr<WaveFileWriter> file =
         CreateWaveFileWriter(std::move(on_server), 11025, 1, 16, 0);
-    opening.unwritable = !file->is_valid();
+    opening.unwritable = !opening.still_playing && !file->is_valid();
     if (file->is_valid()) {
       opening.writer = std::make_shared<QueuedWaveFileWriter>(
           std::move(file), worker, [this, finished = std::move(reports.finished)](bool whole) {

@@ -65,6 +65,10 @@ bool InwardMirror::Sync() {
     const bool unchanged =
         known && known->size == file.size && known->modified_ns == file.modified_ns;
     const bool local_exists = Exists(local);
+    if (known && known->held && (!unchanged || !local_exists)) {
+      remote_.Release(file.name);  // before it goes, or is copied anew
+      known->held = copies_[file.name].held = false;
+    }
     if (known && !local_exists) {
       // The inbox is done with it: it goes from the server too, unless a new message
       // came under its name meanwhile.
@@ -75,7 +79,7 @@ bool InwardMirror::Sync() {
       known.reset();
     }
     if (unchanged) {
-      copies[file.name] = *known;
+      copies[file.name] = HeldOnceComplete(file.name, local, *known);
       continue;
     }
     const bool afresh = !known || file.size < known->size;
@@ -84,14 +88,26 @@ bool InwardMirror::Sync() {
       continue;
     }
     if (const std::optional<Copy> copy = CopyDown(file, afresh ? 0 : known->size, local)) {
-      copies[file.name] = *copy;
+      copies[file.name] = HeldOnceComplete(file.name, local, *copy);
       copied_ = true;
     } else if (known) {
       copies[file.name] = *known;
     }
   }
+  for (const auto& [name, copy] : copies_) {
+    if (copy.held && !copies.contains(name)) remote_.Release(name);  // gone from the server
+  }
   copies_ = std::move(copies);
   return true;
+}
+
+InwardMirror::Copy InwardMirror::HeldOnceComplete(const std::string& name, const std::string& local,
+                                                  Copy copy) {
+  if (!copy.held) {
+    const std::optional<MessageLook> look = LookAtMessage(local);
+    copy.held = look && look->complete && look->size == copy.size && remote_.Hold(name);
+  }
+  return copy;
 }
 
 std::optional<InwardMirror::Copy> InwardMirror::CopyDown(const RemoteFolder::File& file,

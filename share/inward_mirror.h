@@ -26,6 +26,11 @@ class RemoteFolder {
   // At most `size` bytes of a file from `offset` on; nullopt when it can't be read.
   virtual std::optional<std::string> Read(const std::string& name, int64_t offset, size_t size) = 0;
   virtual bool Remove(const std::string& name) = 0;
+  // Keeps a file from being written or removed by others until Release (so that no
+  // caller can cut a message while it is heard); false when it can't be held now, as
+  // while its writer still has it open.
+  virtual bool Hold(const std::string& name) = 0;
+  virtual void Release(const std::string& name) = 0;
   // Waits up to `limit` for the server to report a change in the folder, or until
   // `interrupted` says so (it is asked now and then); returns false at once where the
   // server can't report changes.
@@ -41,8 +46,11 @@ std::string LocalInwardFolder(const std::string& inward_folder);
 // Keeps a local folder in step with the messages of an inward folder on a server, so
 // that the inbox plays them as it plays local ones: each message is copied down while
 // it grows; one that the inbox deleted here (played, or thrown away) is deleted on the
-// server as well, unless it changed there since. A message sent again under the same
-// name is copied afresh, but never over a copy the inbox holds (is playing).
+// server as well, unless it changed there since. A message whose copy is complete is
+// held on the server until then, so that a new call answers that it is still playing
+// rather than cut it. A message sent again under the same name (by a caller who
+// could write it all the same) is copied afresh, but never over a copy the inbox holds
+// (is playing).
 class InwardMirror {
  public:
   // `remote` outlives this object.
@@ -62,11 +70,14 @@ class InwardMirror {
   struct Copy {
     int64_t size = 0;
     int64_t modified_ns = 0;
+    bool held = false;  // on the server
   };
   // Copies `file` into `local` from `from` on (0: afresh), with its header again; the
   // copy as far as it got, nullopt when nothing could be copied.
   std::optional<Copy> CopyDown(const RemoteFolder::File& file, int64_t from,
                                const std::string& local);
+  // `copy` held on the server once the local copy at `local` is complete.
+  Copy HeldOnceComplete(const std::string& name, const std::string& local, Copy copy);
 
   RemoteFolder& remote_;
   const std::string local_folder_;

@@ -4,9 +4,11 @@
 #include <unistd.h>
 
 #include <filesystem>
+#include <set>
 
 #include <gtest/gtest.h>
 
+#include "audio/wave_file.h"
 #include "share/message_file.h"
 #include "util/scratch_folder_test_util.h"
 
@@ -37,11 +39,20 @@ class FolderAsServer : public RemoteFolder {
     return text.substr(static_cast<size_t>(offset), size);
   }
   bool Remove(const std::string& name) override {
-    return std::filesystem::remove(folder_ + "/" + name);
+    return !held.contains(name) && std::filesystem::remove(folder_ + "/" + name);
   }
+  bool Hold(const std::string& name) override {
+    if (writing) return false;
+    held.insert(name);
+    return true;
+  }
+  void Release(const std::string& name) override { EXPECT_EQ(held.erase(name), 1u) << name; }
   bool WaitForChange(std::chrono::milliseconds, const std::function<bool()>&) override {
     return false;
   }
+
+  std::set<std::string> held;
+  bool writing = false;  // its caller has the file open
 
  private:
   std::string folder_;
@@ -114,6 +125,25 @@ TEST_F(InwardMirrorTest, AMessageSentAgainUnderItsNameIsCopiedAfreshButNeverOver
   ASSERT_TRUE(mirror_.Sync());
   EXPECT_EQ(FileText(Here("7.wav")), "second and third");
   EXPECT_TRUE(std::filesystem::exists(OnServer("7.wav")));
+}
+
+// A whole message is held on the server from when its writer lets go of it until it has
+// been heard (its copy here deleted), and let go of before it is deleted there.
+TEST_F(InwardMirrorTest, AWholeMessageIsHeldOnTheServerUntilItHasBeenHeard) {
+  const std::vector<int32_t> sound(1000, 4096);
+  CreateWaveFileWriter(OnServer("7.wav"), 11025, 1, 16, 0)->Write(sound.data(), 1000);
+  Append("8.wav", "HEAD----");  // still growing: nothing to hold
+  server_.writing = true;
+  ASSERT_TRUE(mirror_.Sync());
+  EXPECT_TRUE(server_.held.empty());
+  server_.writing = false;
+  ASSERT_TRUE(mirror_.Sync());
+  EXPECT_EQ(server_.held, std::set<std::string>{"7.wav"});
+  ASSERT_TRUE(mirror_.Sync());  // held once
+  std::filesystem::remove(Here("7.wav"));
+  ASSERT_TRUE(mirror_.Sync());
+  EXPECT_TRUE(server_.held.empty());
+  EXPECT_FALSE(std::filesystem::exists(OnServer("7.wav")));
 }
 
 TEST_F(InwardMirrorTest, ClearingTakesOnlyMessagesAndAFolderThatIsGoneCantBeSynced) {

@@ -53,7 +53,8 @@ FileLock LockMessage(const std::string& path, FileLock::Kind kind) {
 
 MessageForCall OpenMessageForCall(const std::string& path) {
   int fd = open(path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0666);
-  if (fd < 0) return {};
+  // A mounted share says so where the callee's copy holds the message on the server.
+  if (fd < 0) return {.still_playing = errno == EBUSY || errno == ETXTBSY};
   if (flock(fd, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK) {
     close(fd);
     return {.still_playing = true};

@@ -2,7 +2,9 @@
 
 #include <sys/prctl.h>
 
+#include <atomic>
 #include <filesystem>
+#include <map>
 
 #include "share/inward_mirror.h"
 #include "util/worker_thread.h"
@@ -39,6 +41,14 @@ class SmbRemoteFolder : public RemoteFolder {
   bool Remove(const std::string& name) override {
     return connection_->Remove(SmbUrl(location_, name));
   }
+  bool Hold(const std::string& name) override {
+    if (held_.contains(name)) return true;
+    std::unique_ptr<SmbConnection::HeldFile> held = connection_->Hold(SmbUrl(location_, name));
+    if (!held) return false;
+    held_[name] = std::move(held);
+    return true;
+  }
+  void Release(const std::string& name) override { held_.erase(name); }
   bool WaitForChange(std::chrono::milliseconds limit,
                      const std::function<bool()>& interrupted) override {
     return notifying_->WaitForChange(SmbUrl(location_), limit, interrupted);
@@ -48,18 +58,23 @@ class SmbRemoteFolder : public RemoteFolder {
   std::unique_ptr<SmbConnection> connection_;
   std::unique_ptr<SmbConnection> notifying_;
   ShareLocation location_;
+  std::map<std::string, std::unique_ptr<SmbConnection::HeldFile>> held_;  // on connection_
 };
 
 }  // namespace
 
 class ShareInboxWatcher::MirrorThread : public WorkerThread {
  public:
+  // `local_changed` is set when the local copy changed (a message heard and deleted):
+  // the server is looked at again within a second, to let go of what was heard there.
   MirrorThread(std::unique_ptr<RemoteFolder> remote, const std::string& local_folder,
-               TaskPoster& owner, std::function<void(bool)> usable)
+               TaskPoster& owner, std::function<void(bool)> usable,
+               std::shared_ptr<std::atomic<bool>> local_changed)
       : remote_(std::move(remote)),
         mirror_(*remote_, local_folder),
         owner_(owner),
-        usable_(std::move(usable)) {}
+        usable_(std::move(usable)),
+        local_changed_(std::move(local_changed)) {}
   ~MirrorThread() override { Stop(); }
 
  protected:
@@ -84,8 +99,9 @@ class ShareInboxWatcher::MirrorThread : public WorkerThread {
       // word is waited for, with a look now and then in case it missed something; where
       // it has none to give, the folder is looked at every second.
       const bool growing = now - last_copy < std::chrono::seconds(2);
-      if (!remote_->WaitForChange(growing ? kGrowingWait : kRelistInterval,
-                                  [this] { return StopRequested(); })) {
+      if (!remote_->WaitForChange(growing ? kGrowingWait : kRelistInterval, [this] {
+            return StopRequested() || local_changed_->exchange(false);
+          })) {
         WaitForStop(growing ? kGrowingWait : kIdleWait);
       }
     }
@@ -96,6 +112,7 @@ class ShareInboxWatcher::MirrorThread : public WorkerThread {
   InwardMirror mirror_;
   TaskPoster& owner_;
   std::function<void(bool)> usable_;
+  std::shared_ptr<std::atomic<bool>> local_changed_;
 };
 
 ShareInboxWatcher::ShareInboxWatcher(InboxWatching& local, SmbConnections& smb, TaskPoster& owner)
@@ -112,14 +129,23 @@ void ShareInboxWatcher::StartWatching(const std::string& folder, std::function<v
   std::error_code ignored;
   std::filesystem::create_directories(local_folder, ignored);
   std::filesystem::permissions(local_folder, std::filesystem::perms::owner_all, ignored);
-  local_.StartWatching(local_folder, changed, usable);
+  auto local_changed = std::make_shared<std::atomic<bool>>(false);
+  local_.StartWatching(
+      local_folder,
+      [changed, local_changed] {
+        *local_changed = true;
+        changed();
+      },
+      usable);
   mirror_ = std::make_unique<MirrorThread>(
       std::make_unique<SmbRemoteFolder>(smb_.NewBackground(*share), smb_.NewBackground(*share),
                                         *share),
-      local_folder, owner_, [usable, changed](bool reached) {
+      local_folder, owner_,
+      [usable, changed](bool reached) {
         usable(reached);
         if (reached) changed();
-      });
+      },
+      local_changed);
   mirror_->Start(WorkerThread::kPriorityLowest);
 }
 

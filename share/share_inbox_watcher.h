@@ -17,7 +17,9 @@ namespace parlavox {
 // (LocalInwardFolder) in step with the server through an InwardMirror, and `local`
 // watches that copy. The thread waits for the server's change notification (waking once
 // a second to see whether it is asked to stop), looks anyway every 30 s, every 100 ms
-// while a message grows, and every second where the server can't notify. A server that
+// while a message grows, within a second after the local copy changed (a message heard
+// is let go of and deleted on the server), and every second where the server can't
+// notify. A server that
 // can't be reached is reported unusable, and usable again once it answers. `local`,
 // `smb` and `owner` outlive this object.
 class ShareInboxWatcher : public InboxWatching {

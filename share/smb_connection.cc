@@ -307,6 +307,23 @@ std::unique_ptr<WritableFile> SmbConnection::OpenForWriting(const std::string& u
   return std::make_unique<File>(*this, file);
 }
 
+SmbConnection::HeldFile::~HeldFile() {
+  Turn turn(connection_.counts_as_use_);
+  smbc_getFunctionClose(connection_.context_)(connection_.context_, file_);
+}
+
+std::unique_ptr<SmbConnection::HeldFile> SmbConnection::Hold(const std::string& url, int* error) {
+  if (!MayAnswer()) return Failed(error, ETIMEDOUT), nullptr;
+  Turn turn(counts_as_use_);
+  if (context_ == nullptr) return Failed(error, ENOMEM), nullptr;
+  smbc_setOptionOpenShareMode(context_, SMBC_SHAREMODE_DENY_WRITE);
+  SMBCFILE* file = smbc_getFunctionOpen(context_)(context_, url.c_str(), O_RDONLY, 0);
+  const int open_error = errno;
+  smbc_setOptionOpenShareMode(context_, SMBC_SHAREMODE_DENY_NONE);
+  if (file == nullptr) return Failed(error, Noted(open_error)), nullptr;
+  return std::make_unique<HeldFile>(*this, file);
+}
+
 std::string SmbConnection::Trouble(int error, const ShareLocation& where) {
   if (error == EACCES) {
     // The library reports a refused logon as it reports a file that may not be read.

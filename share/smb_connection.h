@@ -17,6 +17,7 @@
 #include "words/share_name.h"
 
 struct _SMBCCTX;
+struct _SMBCFILE;
 
 namespace parlavox {
 
@@ -73,6 +74,23 @@ class SmbConnection {
   // The file at `url` for writing, made when missing; null when it can't be opened. It
   // uses this connection, which must outlive it.
   std::unique_ptr<WritableFile> OpenForWriting(const std::string& url, int* error = nullptr);
+
+  // A file kept open so that nobody may write or delete it, as long as this object lives.
+  class HeldFile {
+   public:
+    HeldFile(SmbConnection& connection, _SMBCFILE* file) : connection_(connection), file_(file) {}
+    ~HeldFile();
+    HeldFile(const HeldFile&) = delete;
+    HeldFile& operator=(const HeldFile&) = delete;
+
+   private:
+    SmbConnection& connection_;
+    _SMBCFILE* const file_;
+  };
+  // Holds the file at `url` against writing (a sharing violation for any other opener
+  // who asks to write); null when it can't be held (EBUSY: someone has it open for
+  // writing now). It uses this connection, which must outlive it.
+  std::unique_ptr<HeldFile> Hold(const std::string& url, int* error = nullptr);
 
  private:
   class File;

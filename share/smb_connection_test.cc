@@ -74,36 +74,75 @@ TEST(SmbConnectionTest, AServerThatNeverAnswersIsGivenUpOnAfterTheTimeOut) {
       << error;
 }
 
+// One Samba server for the tests below, with the share "office".
+class SambaShareTest : public testing::Test {
+ protected:
+  static void SetUpTestSuite() {
+    scratch_ = new ScratchFolder;
+    std::filesystem::create_directories(*scratch_ / "office/inward");
+    samba_ = new SambaServer(*scratch_ / "samba", {{"office", *scratch_ / "office"}});
+  }
+  static void TearDownTestSuite() {
+    delete samba_;
+    delete scratch_;
+  }
+  void SetUp() override { ASSERT_TRUE(samba_->Answers(std::chrono::seconds(10))) << samba_->log(); }
+
+  static inline ScratchFolder* scratch_;
+  static inline SambaServer* samba_;
+  SmbConnections connections_{CredentialsFile("/nonexistent/credentials.ini")};
+  const ShareLocation inward_ = *ParseShareName("smb://127.0.0.1/office/inward");
+};
+
 // A wait for changes that runs again and again, as the own inward folder's mirror waits,
 // must still let every other operation on the library have its turn (a copy that could
 // not publish itself off never ended).
-TEST(SmbConnectionTest, AWaitForChangesOnASambaShareThatRunsOnLetsEveryOperationHaveItsTurn) {
-  ScratchFolder scratch;
-  std::filesystem::create_directories(scratch / "office/inward");
-  SambaServer samba(scratch / "samba", {{"office", scratch / "office"}});
-  ASSERT_TRUE(samba.Answers(std::chrono::seconds(10))) << samba.log();
-  SmbConnections connections{CredentialsFile("/nonexistent/credentials.ini")};
-  const ShareLocation inward = *ParseShareName("smb://127.0.0.1/office/inward");
+TEST_F(SambaShareTest, AWaitForChangesThatRunsOnLetsEveryOperationHaveItsTurn) {
   std::atomic<bool> stop = false;
   std::atomic<int> waits = 0;
   std::thread mirror([&] {
-    const std::unique_ptr<SmbConnection> watching = connections.NewBackground(inward);
-    const std::unique_ptr<SmbConnection> listing = connections.NewBackground(inward);
+    const std::unique_ptr<SmbConnection> watching = connections_.NewBackground(inward_);
+    const std::unique_ptr<SmbConnection> listing = connections_.NewBackground(inward_);
     while (!stop) {
       ++waits;
-      watching->WaitForChange(SmbUrl(inward), std::chrono::seconds(30),
+      watching->WaitForChange(SmbUrl(inward_), std::chrono::seconds(30),
                               [&] { return stop.load(); });
-      listing->List(SmbUrl(inward));
+      listing->List(SmbUrl(inward_));
     }
   });
   ASSERT_TRUE(Eventually([&] { return waits > 0; }));
   // Operations now and then, as the presence poll and calls do, each while the wait runs.
   for (int i = 0; i < 10; ++i) {
     std::this_thread::sleep_for(std::chrono::milliseconds(300));
-    EXPECT_TRUE(connections.For(inward).List(SmbUrl(inward)).has_value()) << i;
+    EXPECT_TRUE(connections_.For(inward_).List(SmbUrl(inward_)).has_value()) << i;
   }
   stop = true;
   mirror.join();
+}
+
+// A message held by the copy that plays it can't be written or deleted by a caller, who
+// learns that it is busy; let go, it can be cut for the next call.
+TEST_F(SambaShareTest, AFileHeldAgainstWritingIsBusyForOthersUntilLetGo) {
+  const std::string url = SmbUrl(inward_, "101.wav");
+  SmbConnection& caller = connections_.For(inward_);
+  ASSERT_TRUE(caller.WriteWhole(url, "RIFF"));
+  const std::unique_ptr<SmbConnection> player = connections_.NewBackground(inward_);
+  {
+    const std::unique_ptr<WritableFile> writing = caller.OpenForWriting(url);
+    int error = 0;
+    EXPECT_EQ(player->Hold(url, &error), nullptr);  // the caller still writes it
+    EXPECT_EQ(error, EBUSY);
+  }
+  std::unique_ptr<SmbConnection::HeldFile> held = player->Hold(url);
+  ASSERT_NE(held, nullptr);
+  int error = 0;
+  EXPECT_EQ(caller.OpenForWriting(url, &error), nullptr);
+  EXPECT_EQ(error, EBUSY);
+  EXPECT_FALSE(caller.Remove(url));
+  EXPECT_EQ(player->ReadAt(url, 0, 4), "RIFF");  // reading goes on
+  held.reset();
+  EXPECT_NE(caller.OpenForWriting(url), nullptr);
+  EXPECT_TRUE(player->Remove(url));
 }
 
 }  // namespace
