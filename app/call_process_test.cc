@@ -484,6 +484,16 @@ TEST_F(CallProcessTest, AnInwardFolderSharedAsASambaUserShareIsReachedByTheNameS
   Speak(ann_, ann_server_, {"--call", "0"});
   ASSERT_TRUE(AllPlayed(ben_, 10s)) << ben_.log();
   EXPECT_GT(SpeechFound(RawSamples(speech_ + ".raw"), ben_speaker.Heard()), 0.6) << ben_.log();
+
+  // While Ben hears a long one, Ann's next call through the share can't cut it.
+  const std::string message =
+      ben_.inward_folder() + "/" + std::to_string(ann_.OwnRecord().id) + ".wav";
+  PutLongMessageFromAnn(message);
+  std::filesystem::permissions(message, std::filesystem::perms::all);  // as a guest made it
+  ASSERT_TRUE(Eventually([&] { return ben_.Status()["playing"].toBool(); }, 5s));
+  std::this_thread::sleep_for(500ms);  // held through the share once Ben's copy asked Samba
+  ExpectACallAgainRefusedWhileHeard(message);
+  EXPECT_TRUE(AllPlayed(ben_, 15s));
 }
 
 TEST_F(CallProcessTest, ACallerKilledMidCallLeavesAMessageThatStillPlaysAndGoes) {

@@ -24,6 +24,7 @@
 #include "platform/qt_clock.h"
 #include "platform/qt_task_poster.h"
 #include "platform/saved_accounts.h"
+#include "platform/user_share.h"
 #include "platform/x11_hot_keys.h"
 #include "settings/key_assignments.h"
 #include "settings/settings_file.h"
@@ -93,9 +94,11 @@ class Session {
   LSoundPlayer player_{poster_};
   LSoundRecorder recorder_{poster_};
   NiceProcessPriority priority_;
-  DiskInboxFolder inbox_folder_{settings_, clock_};
   GivenAccounts given_accounts_;
   SmbConnections smb_{CredentialsFile::ForUser(FindSavedSmbAccount, &given_accounts_)};
+  SharedFolderGuard guard_{
+      smb_, [](const std::string& folder) { return UserShareOf(folder, RunProgram); }};
+  DiskInboxFolder inbox_folder_{settings_, clock_, &guard_};
   FolderRecordStore records_{smb_};
   BackgroundShareAccess share_{share_worker_, poster_, smb_};
   UsersCache users_{settings_};

@@ -91,9 +91,15 @@ UserShareOutcome ShareInwardFolder(const std::string& folder, const ProgramRunne
           .names = {windows_name, url}};
 }
 
-UserShareOutcome UnshareInwardFolder(const std::string& folder, const ProgramRunner& run) {
+std::string UserShareOf(const std::string& folder, const ProgramRunner& run) {
   const ProgramRun info = run({"net", "usershare", "info", UserShareName()});
-  if (info.exit_code != 0 || info.output.find("path=" + folder + "\n") == std::string::npos) {
+  const bool shared =
+      info.exit_code == 0 && info.output.find("path=" + folder + "\n") != std::string::npos;
+  return shared ? UserShareName() : "";
+}
+
+UserShareOutcome UnshareInwardFolder(const std::string& folder, const ProgramRunner& run) {
+  if (UserShareOf(folder, run).empty()) {
     return {.done = true, .text = "Your inward folder is not shared"};
   }
   const ProgramRun deleted = run({"net", "usershare", "delete", UserShareName()});

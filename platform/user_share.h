@@ -28,6 +28,8 @@ std::string UserShareName();
 // not list). A folder on a server is shared already: its own name is the one to use.
 UserShareOutcome ShareInwardFolder(const std::string& folder, const ProgramRunner& run,
                                    bool let_guests_through = false);
+// The name of the user share that shares `folder`, "" when it is not shared.
+std::string UserShareOf(const std::string& folder, const ProgramRunner& run);
 // Removes the user share again, when it shares `folder` (another folder shared under
 // the name is left alone).
 UserShareOutcome UnshareInwardFolder(const std::string& folder, const ProgramRunner& run);

@@ -65,7 +65,13 @@ std::shared_ptr<WaveFileReader> DiskInboxFolder::Open(const std::string& name) {
   const std::string path = PathOf(name);
   hold_.reset();
   hold_.emplace(LockMessage(path, FileLock::Kind::kShared));
+  if (guard_ != nullptr) guard_->Hold(LocalInwardFolder(settings_.inward_folder()), name);
   return OpenWaveFileReader(path);
+}
+
+void DiskInboxFolder::Release() {
+  hold_.reset();
+  if (guard_ != nullptr) guard_->Release();
 }
 
 bool DiskInboxFolder::IsStillComing(const std::string& name) {
@@ -73,7 +79,7 @@ bool DiskInboxFolder::IsStillComing(const std::string& name) {
 }
 
 void DiskInboxFolder::Remove(const std::string& name) {
-  hold_.reset();  // closed first: some file systems (smbnetfs) keep open files
+  Release();  // closed first: some file systems (smbnetfs) keep open files
   Delete(name);
   arrivals_.Forget(name);
 }

@@ -10,6 +10,7 @@
 #include "core/inbox_folder.h"
 #include "settings/settings_file.h"
 #include "share/message_file.h"
+#include "share/shared_folder_guard.h"
 #include "util/clock.h"
 
 namespace parlavox {
@@ -17,18 +18,19 @@ namespace parlavox {
 // The InboxFolder on the file system: the inward folder that `settings` names at the
 // time of each call, or the local copy of one on a server (LocalInwardFolder). Still-coming
 // messages are told apart by MessageArrivals on `clock`; a held message is locked shared
-// (LockMessage).
+// (LockMessage), and held through `guard` too where one is given (it outlives this).
 class DiskInboxFolder : public InboxFolder {
  public:
-  DiskInboxFolder(const SettingsFile& settings, const Clock& clock)
-      : settings_(settings), clock_(clock) {}
+  DiskInboxFolder(const SettingsFile& settings, const Clock& clock,
+                  SharedFolderGuard* guard = nullptr)
+      : settings_(settings), clock_(clock), guard_(guard) {}
 
   void Clear() override;
   std::vector<std::string> Messages() override;
   std::shared_ptr<WaveFileReader> Open(const std::string& name) override;
   bool IsStillComing(const std::string& name) override;
   void Remove(const std::string& name) override;
-  void Release() override { hold_.reset(); }
+  void Release() override;
 
  private:
   std::string PathOf(const std::string& name) const;
@@ -40,6 +42,7 @@ class DiskInboxFolder : public InboxFolder {
   MessageArrivals arrivals_;
   std::map<std::string, MessageLook> undeletable_;  // played, as they were then
   std::optional<FileLock> hold_;
+  SharedFolderGuard* const guard_;
 };
 
 }  // namespace parlavox

@@ -1,0 +1,50 @@
+#ifndef PARLAVOX_SHARE_SHARED_FOLDER_GUARD_H_
+#define PARLAVOX_SHARE_SHARED_FOLDER_GUARD_H_
+
+#include <cstdint>
+#include <functional>
+#include <string>
+
+#include "share/smb_connection.h"
+#include "util/manual_reset_event.h"
+#include "util/mutex.h"
+#include "util/worker_thread.h"
+
+namespace parlavox {
+
+// Keeps a caller from cutting the message being heard where callers reach the own
+// inward folder through this machine's Samba: Samba does not see the lock taken on the
+// file system, so the message is also opened through the share (at 127.0.0.1) in a way
+// that denies others writing, once its caller has let go of it. All of it happens on a
+// thread of its own; a folder that is not shared costs nothing more than asking.
+class SharedFolderGuard : private WorkerThread {
+ public:
+  // `share_of` names the share of this machine that serves a folder, "" where none
+  // does; it is asked on the guard's thread. `smb` outlives this object.
+  SharedFolderGuard(SmbConnections& smb, std::function<std::string(const std::string&)> share_of);
+  ~SharedFolderGuard() override;
+
+  // Holds the message `name` of `folder` from now (or from when its caller lets go of
+  // it) until the next Hold or Release.
+  void Hold(const std::string& folder, const std::string& name);
+  void Release() { Hold("", ""); }
+
+ private:
+  struct Wanted {
+    std::string folder, name;
+    uint64_t generation = 0;
+  };
+  void Run() override;
+  void OnStopRequested() override { changed_.Set(); }
+  Wanted wanted() const;
+
+  SmbConnections& smb_;
+  const std::function<std::string(const std::string&)> share_of_;
+  mutable Mutex mutex_;
+  Wanted wanted_ GUARDED_BY(mutex_);
+  ManualResetEvent changed_;
+};
+
+}  // namespace parlavox
+
+#endif  // PARLAVOX_SHARE_SHARED_FOLDER_GUARD_H_
