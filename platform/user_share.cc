@@ -1,12 +1,12 @@
 #include "platform/user_share.h"
 
-#include <pwd.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cstdio>
 #include <filesystem>
 
+#include "util/paths.h"
 #include "words/share_name.h"
 
 namespace parlavox {
@@ -54,8 +54,8 @@ std::vector<std::string> ClosedToOthers(const std::string& folder) {
 }  // namespace
 
 std::string UserShareName() {
-  const passwd* account = getpwuid(getuid());
-  return std::string("parlavox-") + (account != nullptr ? account->pw_name : "user");
+  const std::optional<Account> account = OwnAccount();
+  return "parlavox-" + (account ? account->login : "user");
 }
 
 UserShareOutcome ShareInwardFolder(const std::string& folder, const ProgramRunner& run,

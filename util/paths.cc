@@ -5,6 +5,7 @@
 
 #include <cstdlib>
 #include <filesystem>
+#include <vector>
 
 namespace parlavox {
 namespace {
@@ -37,9 +38,20 @@ bool HasDisplay() {
   return !EnvironmentOr("DISPLAY", "").empty() || !EnvironmentOr("WAYLAND_DISPLAY", "").empty();
 }
 
+std::optional<Account> OwnAccount() {
+  passwd entry{};
+  passwd* found = nullptr;
+  std::vector<char> buffer(16384);
+  if (getpwuid_r(getuid(), &entry, buffer.data(), buffer.size(), &found) != 0 || found == nullptr) {
+    return std::nullopt;
+  }
+  const std::string gecos = entry.pw_gecos != nullptr ? entry.pw_gecos : "";
+  return Account{entry.pw_name, gecos.substr(0, gecos.find(',')), entry.pw_dir};
+}
+
 std::string HomeFolder() {
   if (const char* home = std::getenv("HOME"); home != nullptr && *home != '\0') return home;
-  if (const passwd* account = getpwuid(getuid()); account != nullptr) return account->pw_dir;
+  if (const std::optional<Account> account = OwnAccount()) return account->home;
   return "/";
 }
 

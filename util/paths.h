@@ -1,6 +1,7 @@
 #ifndef PARLAVOX_UTIL_PATHS_H_
 #define PARLAVOX_UTIL_PATHS_H_
 
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -22,6 +23,15 @@ std::string EnvironmentOr(const char* name, std::string_view fallback);
 
 // Whether DISPLAY or WAYLAND_DISPLAY names a display to show windows on.
 bool HasDisplay();
+
+// This process's user as the account database has it; nullopt without an entry. Safe
+// beside other threads (getpwuid_r), also those of libraries that call getpwuid.
+struct Account {
+  std::string login;
+  std::string full_name;  // the first field of the comment ("gecos"), "" where none
+  std::string home;
+};
+std::optional<Account> OwnAccount();
 
 // The user's home folder: $HOME, or the account's home when that is unset or empty.
 std::string HomeFolder();

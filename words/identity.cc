@@ -1,8 +1,5 @@
 #include "words/identity.h"
 
-#include <pwd.h>
-#include <unistd.h>
-
 #include <random>
 
 #include "util/paths.h"
@@ -10,11 +7,9 @@
 namespace parlavox {
 
 std::string AccountName() {
-  const passwd* account = getpwuid(getuid());
-  if (account == nullptr) return EnvironmentOr("USER", "Parlavox user");
-  std::string full_name = account->pw_gecos != nullptr ? account->pw_gecos : "";
-  full_name = full_name.substr(0, full_name.find(','));
-  return full_name.empty() ? account->pw_name : full_name;
+  const std::optional<Account> account = OwnAccount();
+  if (!account) return EnvironmentOr("USER", "Parlavox user");
+  return account->full_name.empty() ? account->login : account->full_name;
 }
 
 UserRecord NewOwnRecord() {
