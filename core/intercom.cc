@@ -89,6 +89,7 @@ void Intercom::EndSettings() {
 }
 
 void Intercom::End() {
+  parts_.watcher.AskToStop();  // its threads may take a moment to end: they start now
   own_.set_on(false);
   own_.Publish();
   parts_.watcher.StopWatching();

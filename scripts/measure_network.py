@@ -216,7 +216,7 @@ def idle_wakeups(folder, seconds):
         after = switches(process.pid)
         for thread in sorted(after):
             woken = (after[thread] - before.get(thread, 0)) / seconds
-            if woken >= 0.5:
+            if woken >= 0.05:
                 print(f"  thread {thread[0]:<16} {woken:6.2f} wakeups/s")
         return sum(after[t] - before.get(t, 0) for t in after) / seconds
     finally:

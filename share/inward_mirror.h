@@ -32,9 +32,9 @@ class RemoteFolder {
   virtual bool Hold(const std::string& name) = 0;
   virtual void Release(const std::string& name) = 0;
   // Waits up to `limit` for the server to report a change in the folder, or until
-  // `interrupted` says so (it is asked now and then); returns false at once where the
+  // `interrupted` says so (it is asked every `look`); returns false at once where the
   // server can't report changes.
-  virtual bool WaitForChange(std::chrono::milliseconds limit,
+  virtual bool WaitForChange(std::chrono::milliseconds limit, std::chrono::milliseconds look,
                              const std::function<bool()>& interrupted) = 0;
 };
 
@@ -64,6 +64,8 @@ class InwardMirror {
   bool Sync();
   // Whether the last pass copied anything.
   bool copied() const { return copied_; }
+  // Whether messages are here that the inbox has yet to be done with.
+  bool has_copies() const { return !copies_.empty(); }
 
  private:
   // The server's file as it was when last copied.

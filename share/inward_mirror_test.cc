@@ -47,7 +47,8 @@ class FolderAsServer : public RemoteFolder {
     return true;
   }
   void Release(const std::string& name) override { EXPECT_EQ(held.erase(name), 1u) << name; }
-  bool WaitForChange(std::chrono::milliseconds, const std::function<bool()>&) override {
+  bool WaitForChange(std::chrono::milliseconds, std::chrono::milliseconds,
+                     const std::function<bool()>&) override {
     return false;
   }
 

@@ -49,9 +49,9 @@ class SmbRemoteFolder : public RemoteFolder {
     return true;
   }
   void Release(const std::string& name) override { held_.erase(name); }
-  bool WaitForChange(std::chrono::milliseconds limit,
+  bool WaitForChange(std::chrono::milliseconds limit, std::chrono::milliseconds look,
                      const std::function<bool()>& interrupted) override {
-    return notifying_->WaitForChange(SmbUrl(location_), limit, interrupted);
+    return notifying_->WaitForChange(SmbUrl(location_), limit, look, interrupted);
   }
 
  private:
@@ -99,7 +99,9 @@ class ShareInboxWatcher::MirrorThread : public WorkerThread {
       // word is waited for, with a look now and then in case it missed something; where
       // it has none to give, the folder is looked at every second.
       const bool growing = now - last_copy < std::chrono::seconds(2);
-      if (!remote_->WaitForChange(growing ? kGrowingWait : kRelistInterval, [this] {
+      // A message here may be heard any moment, and must then be let go of on the server.
+      const auto look = mirror_.has_copies() ? kLookWhileMessagesWait : kIdleLook;
+      if (!remote_->WaitForChange(growing ? kGrowingWait : kRelistInterval, look, [this] {
             return StopRequested() || local_changed_->exchange(false);
           })) {
         WaitForStop(growing ? kGrowingWait : kIdleWait);

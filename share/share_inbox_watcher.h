@@ -15,18 +15,20 @@ namespace parlavox {
 // Watches the own inward folder wherever it is named to be. A folder on the file system
 // is left to `local`. For one on an SMB share, a thread keeps the folder's local copy
 // (LocalInwardFolder) in step with the server through an InwardMirror, and `local`
-// watches that copy. The thread waits for the server's change notification (waking once
-// a second to see whether it is asked to stop), looks anyway every 30 s, every 100 ms
-// while a message grows, within a second after the local copy changed (a message heard
-// is let go of and deleted on the server), and every second where the server can't
-// notify. A server that
-// can't be reached is reported unusable, and usable again once it answers. `local`,
-// `smb` and `owner` outlive this object.
+// watches that copy. The thread waits for the server's change notification, waking to
+// see whether it is asked to stop or the local copy changed (a message heard is let go
+// of and deleted on the server) every second while messages wait here, else every 3 s.
+// It looks at the folder anyway every 2 minutes, every 100 ms while a message grows, and
+// every second where the server can't notify. A server that can't be reached is
+// reported unusable, and usable again once it answers. `local`, `smb` and `owner`
+// outlive this object; stopping takes up to 3 s.
 class ShareInboxWatcher : public InboxWatching {
  public:
   static constexpr std::chrono::milliseconds kIdleWait{1000};
+  static constexpr std::chrono::milliseconds kIdleLook{3000};
+  static constexpr std::chrono::milliseconds kLookWhileMessagesWait{1000};
   static constexpr std::chrono::milliseconds kGrowingWait{100};
-  static constexpr std::chrono::milliseconds kRelistInterval{30000};
+  static constexpr std::chrono::milliseconds kRelistInterval{120000};
 
   ShareInboxWatcher(InboxWatching& local, SmbConnections& smb, TaskPoster& owner);
   ~ShareInboxWatcher() override;

@@ -12,6 +12,7 @@
 #include <cstring>
 #include <thread>
 
+#include "share/samba_threads.h"
 #include "words/server_trouble.h"
 
 namespace parlavox {
@@ -125,6 +126,7 @@ SmbConnection::SmbConnection(const ShareLocation& server, CredentialsFile creden
       port_(server.port != 0 ? server.port : 445),
       counts_as_use_(!background),
       credentials_file_(std::move(credentials)) {
+  LetSambaRunOnSeveralThreads();  // before the library's first use
   Turn turn(counts_as_use_);
   context_ = smbc_new_context();
   if (context_ == nullptr) return;
@@ -233,7 +235,6 @@ std::optional<std::vector<std::string>> SmbConnection::ListShares(int* error) {
 namespace {
 
 constexpr std::chrono::milliseconds kGiveWayInterval{100};
-constexpr std::chrono::milliseconds kLookInterval{1000};
 
 // How long after its last use by others the library counts as busy.
 constexpr std::chrono::milliseconds kBusyTime{300};
@@ -241,16 +242,26 @@ constexpr std::chrono::milliseconds kBusyTime{300};
 struct Wait {
   std::chrono::steady_clock::time_point deadline;
   const std::function<bool()>& interrupted;
+  bool gives_way;  // to operations that wait for their turn
   bool gave_way = false;
 };
 
 // Ends the wait at the first change, when the time is up, when it is interrupted or
-// when an operation waits for its turn.
+// when an operation waits for its turn (where it gives way).
 int EndWait(const smbc_notify_callback_action*, size_t changes, void* data) {
   auto* wait = static_cast<Wait*>(data);
-  wait->gave_way = SmbConnection::Turn::waiting() > 0;
+  wait->gave_way = wait->gives_way && SmbConnection::Turn::waiting() > 0;
   return changes > 0 || wait->gave_way || wait->interrupted() ||
          std::chrono::steady_clock::now() >= wait->deadline;
+}
+
+// Waits for changes in `folder` (see EndWait), looking every `look`; 0 when the server
+// could report them.
+int NotifyOnce(SMBCCTX* context, SMBCFILE* folder, std::chrono::milliseconds look, Wait& wait) {
+  return smbc_getFunctionNotify(context)(
+      context, folder, 0,
+      SMBC_NOTIFY_CHANGE_FILE_NAME | SMBC_NOTIFY_CHANGE_SIZE | SMBC_NOTIFY_CHANGE_LAST_WRITE,
+      static_cast<unsigned>(look.count()), &EndWait, &wait);
 }
 
 // Lets those that wait for their turn have it before a wait takes the library again: a
@@ -265,27 +276,35 @@ void LetTheWaitingGoFirst(const std::function<bool()>& interrupted) {
 }  // namespace
 
 bool SmbConnection::WaitForChange(const std::string& folder_url, std::chrono::milliseconds limit,
+                                  std::chrono::milliseconds look,
                                   const std::function<bool()>& interrupted) {
   if (!MayAnswer()) return false;
-  LetTheWaitingGoFirst(interrupted);
+  // Where the library may run on two threads, the wait goes on beside the others'
+  // turns, on this connection's own context; otherwise it holds the library, giving way.
+  const bool beside_others = LetSambaRunOnSeveralThreads();
+  if (!beside_others) LetTheWaitingGoFirst(interrupted);
   const auto began = std::chrono::steady_clock::now();
-  Wait wait{began + limit, interrupted};
+  Wait wait{began + limit, interrupted, !beside_others};
+  // Giving way, it looks every 100 ms while others use the library.
+  const bool busy = wait.gives_way && began - Turn::last_use() < kBusyTime;
+  look = std::min(limit, busy ? std::min(look, kGiveWayInterval) : look);
+  SMBCCTX* context = nullptr;
+  SMBCFILE* folder = nullptr;
+  int waited = -1;
   {
     MutexLock lock(library_);  // not a turn of use: it gives way to those
     if (context_ == nullptr) return false;
-    SMBCFILE* folder = smbc_getFunctionOpendir(context_)(context_, folder_url.c_str());
+    context = context_;
+    folder = smbc_getFunctionOpendir(context)(context, folder_url.c_str());
     if (folder == nullptr) return false;
-    // While others use the library, look every 100 ms whether one waits for its turn;
-    // otherwise once a second, so that an idle wait wakes the thread that seldom.
-    const bool busy = began - Turn::last_use() < kBusyTime;
-    const int waited = smbc_getFunctionNotify(context_)(
-        context_, folder, 0,
-        SMBC_NOTIFY_CHANGE_FILE_NAME | SMBC_NOTIFY_CHANGE_SIZE | SMBC_NOTIFY_CHANGE_LAST_WRITE,
-        static_cast<unsigned>(std::min(limit, busy ? kGiveWayInterval : kLookInterval).count()),
-        &EndWait, &wait);
-    smbc_getFunctionClosedir(context_)(context_, folder);
-    if (waited != 0) return false;
+    if (!beside_others) waited = NotifyOnce(context, folder, look, wait);
   }
+  if (beside_others) waited = NotifyOnce(context, folder, look, wait);
+  {
+    MutexLock lock(library_);
+    smbc_getFunctionClosedir(context)(context, folder);
+  }
+  if (waited != 0) return false;
   // Having given way, it lets the others have their turn and finish (a presence pass, a
   // stretch of a call) before the caller looks at the folder again, rather than once for
   // each of their operations.

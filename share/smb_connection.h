@@ -60,12 +60,14 @@ class SmbConnection {
   // The names of the server's disk shares, those ending in "$" left out.
   std::optional<std::vector<std::string>> ListShares(int* error = nullptr);
   // Waits up to `limit` for the server to report a change in the folder at `folder_url`:
-  // a name made, removed or renamed, or a file written. Once a second, or every 100 ms
-  // while others have used the library lately, it looks whether `interrupted` says so
-  // or an operation waits for its turn, and ends early then. Returns false at once when
-  // the server can't report changes. Use a background connection for it.
+  // a name made, removed or renamed, or a file written. Every `look` it looks whether
+  // `interrupted` says so, and ends early then. Where the library may run on several
+  // threads (LetSambaRunOnSeveralThreads) others' operations go on beside the wait;
+  // elsewhere it holds the library, and also ends when an operation waits for its turn
+  // (looking every 100 ms while others have used the library lately). Returns false at
+  // once when the server can't report changes. Use a background connection for it.
   bool WaitForChange(const std::string& folder_url, std::chrono::milliseconds limit,
-                     const std::function<bool()>& interrupted);
+                     std::chrono::milliseconds look, const std::function<bool()>& interrupted);
 
   // The sentence a person hears when an operation in `where` failed with `error`
   // because of the server (it does not answer, or refuses the account: the share
