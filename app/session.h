@@ -97,7 +97,7 @@ class Session {
   GivenAccounts given_accounts_;
   SmbConnections smb_{CredentialsFile::ForUser(FindSavedSmbAccount, &given_accounts_)};
   SharedFolderGuard guard_{
-      smb_, [](const std::string& folder) { return UserShareOf(folder, RunProgram); }};
+      smb_, [](const std::string& folder) { return SambaShareOf(folder, RunProgram); }};
   DiskInboxFolder inbox_folder_{settings_, clock_, &guard_};
   FolderRecordStore records_{smb_};
   BackgroundShareAccess share_{share_worker_, poster_, smb_};

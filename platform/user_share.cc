@@ -5,6 +5,8 @@
 
 #include <cstdio>
 #include <filesystem>
+#include <sstream>
+#include <string_view>
 
 #include "util/paths.h"
 #include "words/share_name.h"
@@ -96,6 +98,29 @@ std::string UserShareOf(const std::string& folder, const ProgramRunner& run) {
   const bool shared =
       info.exit_code == 0 && info.output.find("path=" + folder + "\n") != std::string::npos;
   return shared ? UserShareName() : "";
+}
+
+std::string SambaShareOf(const std::string& folder, const ProgramRunner& run) {
+  if (std::string share = UserShareOf(folder, run); !share.empty()) return share;
+  const ProgramRun config = run({"testparm", "-s", "--suppress-prompt"});
+  if (config.exit_code != 0) return "";
+  std::string section;
+  std::istringstream lines(config.output);
+  for (std::string line; std::getline(lines, line);) {
+    line.erase(0, line.find_first_not_of(" \t"));
+    if (line.starts_with('[') && line.ends_with(']')) {
+      section = line.substr(1, line.size() - 2);
+      continue;
+    }
+    constexpr std::string_view kPath = "path = ";
+    if (section.empty() || section == "global" || !line.starts_with(kPath)) continue;
+    std::string path = line.substr(kPath.size());
+    while (path.size() > 1 && path.ends_with('/')) path.pop_back();
+    if (path.find('%') != std::string::npos) continue;
+    if (folder == path) return section;
+    if (folder.starts_with(path + "/")) return section + folder.substr(path.size());
+  }
+  return "";
 }
 
 UserShareOutcome UnshareInwardFolder(const std::string& folder, const ProgramRunner& run) {

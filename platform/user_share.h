@@ -30,6 +30,11 @@ UserShareOutcome ShareInwardFolder(const std::string& folder, const ProgramRunne
                                    bool let_guests_through = false);
 // The name of the user share that shares `folder`, "" when it is not shared.
 std::string UserShareOf(const std::string& folder, const ProgramRunner& run);
+// Where this machine's Samba shares `folder`, for a name "smb://<this machine>/<it>":
+// the share's name, followed by the folder's path inside it where the share is a folder
+// above it ("office/anna"); "" where no share holds it. The user share comes first,
+// then the shares of smb.conf (testparm); a share whose folder varies (%) is left out.
+std::string SambaShareOf(const std::string& folder, const ProgramRunner& run);
 // Removes the user share again, when it shares `folder` (another folder shared under
 // the name is left alone).
 UserShareOutcome UnshareInwardFolder(const std::string& folder, const ProgramRunner& run);

@@ -89,5 +89,24 @@ TEST(UserShareTest, NetIsAskedForAGuestShareAndEachRefusalIsToldWithItsFix) {
   }
 }
 
+// net and testparm are fakes here: the user share, then the shares of smb.conf.
+TEST(UserShareTest, AFolderIsFoundInTheUserShareOrInAShareOfSmbConf) {
+  const ProgramRunner run = [](const std::vector<std::string>& argv) {
+    if (argv[0] == "net") return ProgramRun{0, "[x]\npath=/home/ann/Incoming\n"};
+    return ProgramRun{0,
+                      "Load smb config files from /etc/samba/smb.conf\n[global]\n\tpath = /\n"
+                      "[homes]\n\tpath = %H\n[office]\n\tpath = /srv/office/\n"};
+  };
+  const std::pair<const char*, const char*> cases[] = {
+      {"/home/ann/Incoming", "parlavox-"},  // the user share, whatever the login
+      {"/srv/office", "office"},           {"/srv/office/ben/in", "office/ben/in"},
+      {"/srv/officers/ben", ""},           {"/home/cid", ""},
+  };
+  for (const auto& [folder, share] : cases) {
+    EXPECT_TRUE(SambaShareOf(folder, run).starts_with(share)) << folder;
+    EXPECT_EQ(SambaShareOf(folder, run).empty(), *share == '\0') << folder;
+  }
+}
+
 }  // namespace
 }  // namespace parlavox

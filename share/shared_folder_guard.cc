@@ -49,8 +49,10 @@ void SharedFolderGuard::Run() {
       held.reset();
       url.clear();
       if (!want.name.empty()) {
-        if (const std::string share = share_of_(want.folder); !share.empty()) {
-          url = SmbUrl({.host = here.host, .share = share}, want.name);
+        const std::string share = share_of_(want.folder);
+        if (const auto shared = ParseShareName("smb://" + here.host + "/" + share);
+            shared && !share.empty()) {
+          url = SmbUrl(*shared, want.name);
         }
       }
       if (url.empty()) done = want.generation;

@@ -19,8 +19,9 @@ namespace parlavox {
 // thread of its own; a folder that is not shared costs nothing more than asking.
 class SharedFolderGuard : private WorkerThread {
  public:
-  // `share_of` names the share of this machine that serves a folder, "" where none
-  // does; it is asked on the guard's thread. `smb` outlives this object.
+  // `share_of` names where this machine's Samba shares a folder (a share, and the path
+  // inside it: "office/anna"), "" where it does not; it is asked on the guard's thread.
+  // `smb` outlives this object.
   SharedFolderGuard(SmbConnections& smb, std::function<std::string(const std::string&)> share_of);
   ~SharedFolderGuard() override;
 
