@@ -447,7 +447,7 @@ TEST_F(CallProcessTest, AnInwardFolderOnASambaShareMountedThroughSmbnetfsWorks) 
     // after that.
     ASSERT_TRUE(Eventually(
         [&] { return !std::filesystem::exists(message) && !ben_.Status()["playing"].toBool(); },
-        kStalledCallerTime + 15s))
+        kStalledCallerTime + 30s))
         << call << "\n"
         << ann_.log() << ben_.log();
     EXPECT_GT(SpeechFound(RawSamples(speech_ + ".raw"), ben_speaker.Heard()), 0.6) << call;

@@ -27,13 +27,14 @@ class PresenceTest : public testing::Test {
   PresenceTest() { settings_.LocateFolders(folders_, scratch_.path()); }
 
   // Lists a user whose inward folder is `folder`; a null record leaves it without one.
+  // Publishes `record` (when given) in `folder`, then lists the folder.
   void ListUser(const std::string& folder, const UserRecord* record) {
-    const int i = settings_.TakeNextIndex(kUsersSection, "folder");
-    settings_.WriteText(kUsersSection, ListKey("folder", i), folder);
     if (record) {
       std::filesystem::create_directories(folder);
       ASSERT_TRUE(WriteUserRecord(*record, JoinPath(folder, kUserRecordFileName)));
     }
+    const int i = settings_.TakeNextIndex(kUsersSection, "folder");
+    settings_.WriteText(kUsersSection, ListKey("folder", i), folder);
   }
 
   std::optional<std::string> Cached(const std::string& key) {
@@ -137,15 +138,15 @@ TEST_F(PresenceTest, PollerPostsTheFirstPassAndEveryChangeAndStopsPromptly) {
   EXPECT_EQ(poster.posts, 1);
 
   const UserRecord carol = Record("Carol", 33, true);
-  ListUser(scratch_ / "carol", &carol);
-  EXPECT_TRUE(Eventually([&] { return poster.posts == 2; }));
-  EXPECT_EQ(Cached("on0"), "true");
+  ListUser(scratch_ / "carol", &carol);  // a pass may see her listed before it reads her
+  EXPECT_TRUE(Eventually([&] { return Cached("on0") == "true"; }));
+  EXPECT_TRUE(Eventually([&] { return poster.posts >= 2; }));
 
   const auto began = std::chrono::steady_clock::now();
   poller.Stop();
   EXPECT_LT(std::chrono::steady_clock::now() - began, 1s);
   EXPECT_FALSE(poller.IsRunning());
-  EXPECT_EQ(changes, 2);
+  EXPECT_EQ(changes, poster.posts.load());  // each post ran
 }
 
 }  // namespace
