@@ -491,7 +491,7 @@ TEST_F(CallProcessTest, AnInwardFolderSharedAsASambaUserShareIsReachedByTheNameS
   PutLongMessageFromAnn(message);
   std::filesystem::permissions(message, std::filesystem::perms::all);  // as a guest made it
   ASSERT_TRUE(Eventually([&] { return ben_.Status()["playing"].toBool(); }, 5s));
-  std::this_thread::sleep_for(500ms);  // held through the share once Ben's copy asked Samba
+  std::this_thread::sleep_for(1500ms);  // held through the share once Ben's copy asked Samba
   ExpectACallAgainRefusedWhileHeard(message);
   EXPECT_TRUE(AllPlayed(ben_, 15s));
 }

@@ -16,7 +16,8 @@ namespace parlavox {
 // inward folder through this machine's Samba: Samba does not see the lock taken on the
 // file system, so the message is also opened through the share (at 127.0.0.1) in a way
 // that denies others writing, once its caller has let go of it. All of it happens on a
-// thread of its own; a folder that is not shared costs nothing more than asking.
+// thread of its own; which share holds the folder is asked half a second after a message
+// began, at most once a minute.
 class SharedFolderGuard : private WorkerThread {
  public:
   // `share_of` names where this machine's Samba shares a folder (a share, and the path
