@@ -83,6 +83,7 @@ class ShareInboxWatcher::MirrorThread : public WorkerThread {
     mirror_.ClearRemote();
     bool usable = true;
     auto last_copy = std::chrono::steady_clock::time_point();
+    auto last_message = std::chrono::steady_clock::time_point();
     while (!StopRequested()) {
       const bool reached = mirror_.Sync();
       if (reached != usable) {
@@ -95,15 +96,18 @@ class ShareInboxWatcher::MirrorThread : public WorkerThread {
       }
       const auto now = std::chrono::steady_clock::now();
       if (mirror_.copied()) last_copy = now;
+      if (mirror_.has_copies()) last_message = now;
       // A message that grew lately may grow on: look again soon. Otherwise the server's
       // word is waited for, with a look now and then in case it missed something; where
-      // it has none to give, the folder is looked at every second.
+      // it has none to give, the folder is looked at every second. While messages come
+      // and go (and for a while after), the folder is also looked at every second: a
+      // change that falls between the end of one wait and the next goes unreported.
       const bool growing = now - last_copy < std::chrono::seconds(2);
-      // A message here may be heard any moment, and must then be let go of on the server.
-      const auto look = mirror_.has_copies() ? kLookWhileMessagesWait : kIdleLook;
-      if (!remote_->WaitForChange(growing ? kGrowingWait : kRelistInterval, look, [this] {
-            return StopRequested() || local_changed_->exchange(false);
-          })) {
+      const bool lately = now - last_message < kLately;
+      const auto limit = growing ? kGrowingWait : lately ? kLookWhileMessagesWait : kRelistInterval;
+      const auto look = lately ? kLookWhileMessagesWait : kIdleLook;
+      if (!remote_->WaitForChange(
+              limit, look, [this] { return StopRequested() || local_changed_->exchange(false); })) {
         WaitForStop(growing ? kGrowingWait : kIdleWait);
       }
     }
