@@ -1,10 +1,12 @@
 #include "share/samba_threads.h"
 
 #include <dlfcn.h>
+#include <libsmbclient.h>
 #include <pthread.h>
 
 #include <cerrno>
 #include <cstdlib>
+#include <string_view>
 
 namespace parlavox {
 namespace {
@@ -69,6 +71,8 @@ const SambaThreadFunctions kPosixThreads = {
 
 bool LetSambaRunOnSeveralThreads() {
   static const bool installed = [] {
+    // The table has this shape in Samba 4 (an older one had a member more).
+    if (!std::string_view(smbc_version()).starts_with("4.")) return false;
     using SetFunctions = int (*)(const SambaThreadFunctions*);
     const auto set =
         reinterpret_cast<SetFunctions>(dlsym(RTLD_DEFAULT, "smb_thread_set_functions"));
