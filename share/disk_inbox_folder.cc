@@ -28,8 +28,10 @@ void ForEachMessage(const std::string& folder, Use use) {
 
 }  // namespace
 
+std::string DiskInboxFolder::Folder() const { return LocalInwardFolder(settings_.inward_folder()); }
+
 std::string DiskInboxFolder::PathOf(const std::string& name) const {
-  return JoinPath(LocalInwardFolder(settings_.inward_folder()), name);
+  return JoinPath(Folder(), name);
 }
 
 void DiskInboxFolder::Delete(const std::string& name) {
@@ -46,17 +48,16 @@ void DiskInboxFolder::Clear() {
 std::vector<std::string> DiskInboxFolder::Messages() {
   std::vector<std::string> names;
   std::map<std::string, MessageLook> still_undeletable;
-  ForEachMessage(LocalInwardFolder(settings_.inward_folder()),
-                 [&](const std::filesystem::directory_entry& entry) {
-                   std::string name = entry.path().filename().string();
-                   if (const auto played = undeletable_.find(name); played != undeletable_.end()) {
-                     if (LookAtMessage(entry.path()) == played->second) {
-                       still_undeletable.insert(*played);
-                       return;
-                     }
-                   }
-                   names.push_back(std::move(name));
-                 });
+  ForEachMessage(Folder(), [&](const std::filesystem::directory_entry& entry) {
+    std::string name = entry.path().filename().string();
+    if (const auto played = undeletable_.find(name); played != undeletable_.end()) {
+      if (LookAtMessage(entry.path()) == played->second) {
+        still_undeletable.insert(*played);
+        return;
+      }
+    }
+    names.push_back(std::move(name));
+  });
   undeletable_ = std::move(still_undeletable);
   return names;
 }
@@ -65,7 +66,7 @@ std::shared_ptr<WaveFileReader> DiskInboxFolder::Open(const std::string& name) {
   const std::string path = PathOf(name);
   hold_.reset();
   hold_.emplace(LockMessage(path, FileLock::Kind::kShared));
-  if (guard_ != nullptr) guard_->Hold(LocalInwardFolder(settings_.inward_folder()), name);
+  if (guard_ != nullptr) guard_->Hold(Folder(), name);
   return OpenWaveFileReader(path);
 }
 

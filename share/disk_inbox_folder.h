@@ -33,6 +33,8 @@ class DiskInboxFolder : public InboxFolder {
   void Release() override;
 
  private:
+  // Where the messages are played from (LocalInwardFolder), and one of them.
+  std::string Folder() const;
   std::string PathOf(const std::string& name) const;
   // Deletes a message; when that fails, remembers it as played as it stands now.
   void Delete(const std::string& name);
