@@ -106,11 +106,7 @@ class CallProcessTest : public testing::Test {
     EXPECT_TRUE(ben_.WaitUntilAnswering()) << ben_.log();
     EXPECT_EQ(ann_.Control({"--set-name", "Ann"}).first, 0);
     EXPECT_EQ(ben_.Control({"--set-name", "Ben"}).first, 0);
-    speech_ = scratch_ / "speech.wav";
-    EXPECT_EQ(Shell("espeak-ng -w '" + speech_ + "' 'Parlavox calling. Can you hear me, Ben?'"), 0);
-    EXPECT_EQ(
-        Shell("sox '" + speech_ + "' -r 11025 -c 1 -b 16 -e signed -t raw '" + speech_ + ".raw'"),
-        0);
+    speech_ = Spoken("speech", "Parlavox calling. Can you hear me, Ben?");
   }
 
   ~CallProcessTest() override {
@@ -149,13 +145,36 @@ class CallProcessTest : public testing::Test {
     ChildProcess parec_;
   };
 
-  // Plays the speech into a copy's microphone while that copy calls with `call`.
-  void Speak(const IntercomCopy& caller, const PrivateSoundServer& server,
+  // Speaks `text` with espeak-ng into `name`.wav, and the same as raw samples at the
+  // copies' rate into `name`.wav.raw; returns the wave file's path.
+  std::string Spoken(const std::string& name, const std::string& text) {
+    const std::string path = scratch_ / (name + ".wav");
+    EXPECT_EQ(Shell("espeak-ng -w '" + path + "' '" + text + "'"), 0);
+    EXPECT_EQ(Shell("sox '" + path + "' -r 11025 -c 1 -b 16 -e signed -t raw '" + path + ".raw'"),
+              0);
+    return path;
+  }
+
+  // Plays the speech into a copy's microphone while that copy calls with `call`. The
+  // caller runs at a higher priority during the call only (where it may raise it).
+  void Speak(IntercomCopy& caller, const PrivateSoundServer& server,
              const std::vector<std::string>& call) {
+    const bool may_raise = geteuid() == 0;
     ASSERT_EQ(caller.Control(call).first, 0) << caller.log();
+    if (may_raise) {
+      EXPECT_EQ(MainThreadNice(caller.process().pid()), -10);
+    }
     ASSERT_EQ(Shell("PULSE_SERVER=" + server.address() + " paplay --device=mic '" + speech_ + "'"),
               0);
     ASSERT_EQ(caller.Control({"--hangup"}).first, 0);
+    if (may_raise) {
+      EXPECT_EQ(MainThreadNice(caller.process().pid()), 0);
+    }
+  }
+
+  // How well the speech is found in what a copy's speaker played.
+  double SpeechHeard(SpeakerRecording& speaker) {
+    return SpeechFound(RawSamples(speech_ + ".raw"), speaker.Heard());
   }
 
   bool InboxEmpty(const IntercomCopy& copy) {
@@ -218,17 +237,12 @@ class CallProcessTest : public testing::Test {
   std::string speech_;
 };
 
-TEST_F(CallProcessTest, SpeechReachesTheCalleeAndTheReplyComesBack) {
+TEST_F(CallProcessTest, SpeechReachesTheCalleeTheReplyComesBackAndACallCannotCutAMessageHeard) {
   ASSERT_TRUE(BothSeeEachOtherOn());
-  const std::vector<int16_t> speech = RawSamples(speech_ + ".raw");
-
   SpeakerRecording ben_speaker(ben_server_, scratch_ / "ben-heard.raw");
   Speak(ann_, ann_server_, {"--call", "0"});
   ASSERT_TRUE(AllPlayed(ben_, 10s));
-  const std::vector<int16_t> ben_heard = ben_speaker.Heard();
-  EXPECT_GT(SpeechFound(speech, ben_heard), 0.6) << ben_heard.size() << " samples heard\n"
-                                                 << ben_.log();
-
+  EXPECT_GT(SpeechHeard(ben_speaker), 0.6) << ben_.log();
   const QJsonObject ben = ben_.Status();
   EXPECT_EQ(ben["previous_caller"].toInt(), ann_.OwnRecord().id);
   EXPECT_EQ(ben["status"].toString(), "<- Ann");
@@ -236,9 +250,15 @@ TEST_F(CallProcessTest, SpeechReachesTheCalleeAndTheReplyComesBack) {
   SpeakerRecording ann_speaker(ann_server_, scratch_ / "ann-heard.raw");
   Speak(ben_, ben_server_, {"--reply"});
   ASSERT_TRUE(AllPlayed(ann_, 10s));
-  const std::vector<int16_t> ann_heard = ann_speaker.Heard();
-  EXPECT_GT(SpeechFound(speech, ann_heard), 0.6) << ann_heard.size() << " samples heard\n"
-                                                 << ann_.log();
+  EXPECT_GT(SpeechHeard(ann_speaker), 0.6) << ann_.log();
+
+  // Ben hears a long message from Ann when she calls him again.
+  const std::string message =
+      ben_.inward_folder() + "/" + std::to_string(ann_.OwnRecord().id) + ".wav";
+  PutLongMessageFromAnn(message);
+  ASSERT_TRUE(Eventually([&] { return ben_.Status()["playing"].toBool(); }, 5s));
+  ExpectACallAgainRefusedWhileHeard(message);
+  EXPECT_TRUE(AllPlayed(ben_, 15s));
 }
 
 // Ben's copy is the only one playing on his sound server: nothing else keeps the sink's
@@ -303,7 +323,7 @@ TEST_F(CallProcessTest, CopiesReachEachOtherThroughASambaServerByBothNameFormsAl
   SpeakerRecording ben_speaker(ben_server_, scratch_ / "ben-heard.raw");
   Speak(ann_, ann_server_, {"--call", "0"});
   ASSERT_TRUE(AllPlayed(ben_, 15s)) << ben_.log();
-  EXPECT_GT(SpeechFound(RawSamples(speech_ + ".raw"), ben_speaker.Heard()), 0.6) << ben_.log();
+  EXPECT_GT(SpeechHeard(ben_speaker), 0.6) << ben_.log();
 }
 
 // Ben keeps his inward folder on the server itself: his record is published there, and
@@ -348,7 +368,7 @@ TEST_F(CallProcessTest, AnInwardFolderKeptOnASambaServerWorksThroughIt) {
   // Played from a local copy that grows as the server's does, the message may pause where
   // playback catches up with the copy; pauses spoil some pieces of the comparison (it
   // scores 0.64 to 0.97 on a quiet machine, less under the test run's load).
-  EXPECT_GT(SpeechFound(RawSamples(speech_ + ".raw"), ben_speaker.Heard()), 0.5) << ben_.log();
+  EXPECT_GT(SpeechHeard(ben_speaker), 0.5) << ben_.log();
   EXPECT_EQ(ben_.Status()["previous_caller"].toInt(), ann_.OwnRecord().id);
 
   // While Ben hears a long one, Ann's next call can't cut it on the server.
@@ -450,7 +470,7 @@ TEST_F(CallProcessTest, AnInwardFolderOnASambaShareMountedThroughSmbnetfsWorks) 
         kStalledCallerTime + 30s))
         << call << "\n"
         << ann_.log() << ben_.log();
-    EXPECT_GT(SpeechFound(RawSamples(speech_ + ".raw"), ben_speaker.Heard()), 0.6) << call;
+    EXPECT_GT(SpeechHeard(ben_speaker), 0.6) << call;
   }
   ben_.Control({"--quit"});  // before the mount goes
   ben_.process().WaitForExit(10s);
@@ -483,7 +503,7 @@ TEST_F(CallProcessTest, AnInwardFolderSharedAsASambaUserShareIsReachedByTheNameS
   SpeakerRecording ben_speaker(ben_server_, scratch_ / "ben-heard.raw");
   Speak(ann_, ann_server_, {"--call", "0"});
   ASSERT_TRUE(AllPlayed(ben_, 10s)) << ben_.log();
-  EXPECT_GT(SpeechFound(RawSamples(speech_ + ".raw"), ben_speaker.Heard()), 0.6) << ben_.log();
+  EXPECT_GT(SpeechHeard(ben_speaker), 0.6) << ben_.log();
 
   // While Ben hears a long one, Ann's next call through the share can't cut it.
   const std::string message =
@@ -496,42 +516,37 @@ TEST_F(CallProcessTest, AnInwardFolderSharedAsASambaUserShareIsReachedByTheNameS
   EXPECT_TRUE(AllPlayed(ben_, 15s));
 }
 
-TEST_F(CallProcessTest, ACallerKilledMidCallLeavesAMessageThatStillPlaysAndGoes) {
+// A caller that stalls for seconds, as one on a slow share may, loses nothing; one killed
+// mid-call leaves a message that Ben takes for ended once its caller counts as stalled.
+TEST_F(CallProcessTest, ACallerThatStallsLosesNothingAndOneKilledLeavesAMessageThatStillPlays) {
   ASSERT_TRUE(BothSeeEachOtherOn());
-  ASSERT_EQ(ann_.Control({"--call", "0"}).first, 0);
-  Shell("PULSE_SERVER=" + ann_server_.address() + " timeout 1 paplay --device=mic '" + speech_ +
-        "'");
-  ann_.process().Signal(SIGKILL);
-  ann_.process().WaitForExit(5s);
-  // Ben waits for a caller that stalls, as one on a slow share may, before he takes
-  // the message for ended.
-  EXPECT_TRUE(AllPlayed(ben_, kStalledCallerTime + 10s)) << ben_.log();
-  EXPECT_EQ(ben_.Status()["previous_caller"].toInt(), ann_.OwnRecord().id);
-  ann_.Start();  // so that the fixture can end it as usual
-  EXPECT_TRUE(ann_.WaitUntilAnswering());
-}
-
-TEST_F(CallProcessTest, ACallerThatStallsForSecondsLosesNothing) {
-  ASSERT_TRUE(BothSeeEachOtherOn());
-  const std::string after = scratch_ / "after.wav";
-  ASSERT_EQ(Shell("espeak-ng -w '" + after + "' 'Sorry, the network was slow. Over and out.'"), 0);
-  ASSERT_EQ(Shell("sox '" + after + "' -r 11025 -c 1 -b 16 -e signed -t raw '" + after + ".raw'"),
-            0);
+  const std::string after = Spoken("after", "Sorry, the network was slow. Over and out.");
   const std::string message =
       ben_.inward_folder() + "/" + std::to_string(ann_.OwnRecord().id) + ".wav";
-
-  SpeakerRecording ben_speaker(ben_server_, scratch_ / "ben-heard.raw");
-  ASSERT_EQ(ann_.Control({"--call", "0"}).first, 0);
   const std::string mic = "PULSE_SERVER=" + ann_server_.address() + " paplay --device=mic '";
-  ASSERT_EQ(Shell(mic + speech_ + "'"), 0);
-  ann_.process().Signal(SIGSTOP);
-  std::this_thread::sleep_for(4s);
-  EXPECT_TRUE(std::filesystem::exists(message)) << ben_.log();
-  ann_.process().Signal(SIGCONT);
-  ASSERT_EQ(Shell(mic + after + "'"), 0);
-  ASSERT_EQ(ann_.Control({"--hangup"}).first, 0);
-  ASSERT_TRUE(AllPlayed(ben_, 15s));
-  EXPECT_GT(SpeechFound(RawSamples(after + ".raw"), ben_speaker.Heard()), 0.6) << ben_.log();
+  const std::string one_second_into_mic =
+      "PULSE_SERVER=" + ann_server_.address() + " timeout 1 paplay --device=mic '";
+  {
+    SpeakerRecording ben_speaker(ben_server_, scratch_ / "ben-heard.raw");
+    ASSERT_EQ(ann_.Control({"--call", "0"}).first, 0);
+    ASSERT_EQ(Shell(mic + speech_ + "'"), 0);
+    ann_.process().Signal(SIGSTOP);
+    std::this_thread::sleep_for(4s);
+    EXPECT_TRUE(std::filesystem::exists(message)) << ben_.log();
+    ann_.process().Signal(SIGCONT);
+    ASSERT_EQ(Shell(mic + after + "'"), 0);
+    ASSERT_EQ(ann_.Control({"--hangup"}).first, 0);
+    ASSERT_TRUE(AllPlayed(ben_, 15s));
+    EXPECT_GT(SpeechFound(RawSamples(after + ".raw"), ben_speaker.Heard()), 0.6) << ben_.log();
+  }
+
+  ASSERT_EQ(ann_.Control({"--call", "0"}).first, 0);
+  Shell(one_second_into_mic + speech_ + "'");
+  ann_.process().Signal(SIGKILL);
+  ann_.process().WaitForExit(5s);
+  EXPECT_TRUE(AllPlayed(ben_, kStalledCallerTime + 10s)) << ben_.log();
+  ann_.Start();  // so that the fixture can end it as usual
+  EXPECT_TRUE(ann_.WaitUntilAnswering());
 }
 
 TEST_F(CallProcessTest, AnInwardFolderMadeAgainIsWatchedAndPublishedAgain) {
@@ -546,29 +561,7 @@ TEST_F(CallProcessTest, AnInwardFolderMadeAgainIsWatchedAndPublishedAgain) {
   SpeakerRecording ben_speaker(ben_server_, scratch_ / "ben-heard.raw");
   Speak(ann_, ann_server_, {"--call", "0"});
   ASSERT_TRUE(AllPlayed(ben_, 10s)) << ben_.log();
-  EXPECT_GT(SpeechFound(RawSamples(speech_ + ".raw"), ben_speaker.Heard()), 0.6) << ben_.log();
-}
-
-TEST_F(CallProcessTest, ANewCallCannotCutAMessageThatIsStillPlaying) {
-  ASSERT_TRUE(BothSeeEachOtherOn());
-  // Ben hears a long message from Ann...
-  const std::string message =
-      ben_.inward_folder() + "/" + std::to_string(ann_.OwnRecord().id) + ".wav";
-  PutLongMessageFromAnn(message);
-  ASSERT_TRUE(Eventually([&] { return ben_.Status()["playing"].toBool(); }, 5s));
-  ExpectACallAgainRefusedWhileHeard(message);  // ...when Ann calls him again
-  EXPECT_TRUE(AllPlayed(ben_, 15s));
-}
-
-TEST_F(CallProcessTest, TheCallerRunsAtAHigherPriorityOnlyDuringACall) {
-  if (geteuid() != 0) GTEST_SKIP() << "raising priority needs the right to";
-  ASSERT_TRUE(BothSeeEachOtherOn());
-  const pid_t pid = ann_.process().pid();
-  ASSERT_EQ(MainThreadNice(pid), 0);
-  ASSERT_EQ(ann_.Control({"--call", "0"}).first, 0);
-  EXPECT_EQ(MainThreadNice(pid), -10);
-  ASSERT_EQ(ann_.Control({"--hangup"}).first, 0);
-  EXPECT_EQ(MainThreadNice(pid), 0);
+  EXPECT_GT(SpeechHeard(ben_speaker), 0.6) << ben_.log();
 }
 
 }  // namespace

@@ -73,12 +73,18 @@ TEST_F(WindowTest, HeldKeysButtonsAndNamesTalkForAsLongAsTheyAreHeld) {
   ExpectFinishedMessage();
 }
 
-// The tray icon shows whether the intercom is on (O and F switch it) and brings the
-// hidden window back.
-TEST_F(WindowTest, TheTrayIconFollowsOnAndOffAndBringsTheHiddenWindowBack) {
-  StartWindow();
-  const std::optional<std::string> tray = desktop_.TrayIconWindow("parlavox");
-  ASSERT_TRUE(tray);
+// Started at logon, the intercom waits in the tray. Its icon brings the window, shows
+// whether the intercom is on (O and F switch it), and its menu opens the window again.
+TEST_F(WindowTest, StartedAtLogonItWaitsInATrayIconThatFollowsOnAndOffAndOpensTheWindow) {
+  StartWindow({"/logon"});
+  std::optional<std::string> tray;
+  ASSERT_TRUE(Eventually([&] { return (tray = desktop_.TrayIconWindow("parlavox")).has_value(); }));
+  std::this_thread::sleep_for(1s);
+  EXPECT_FALSE(WindowShown());
+  desktop_.Run("xdotool mousemove --window " + *tray + " 8 8 click 1");
+  ASSERT_TRUE(Eventually([&] { return WindowShown(); }));
+  window_ = *desktop_.VisibleWindow("Parlavox");
+
   const VirtualDesktop::Box icon = desktop_.Geometry(*tray);
   const int x = icon.x + 3, y = icon.y + icon.height / 2;  // inside the picture's rim
   EXPECT_EQ(desktop_.ColourAt(x, y), "#2F9E44");           // green: on
@@ -88,11 +94,6 @@ TEST_F(WindowTest, TheTrayIconFollowsOnAndOffAndBringsTheHiddenWindowBack) {
   Keys("key ctrl+o");
   ASSERT_TRUE(Eventually([&] { return copy_.OwnRecord().is_on(); }, 3s));
   EXPECT_TRUE(Eventually([&] { return desktop_.ColourAt(x, y) == "#2F9E44"; }));
-
-  HideThroughTheMenu();
-  ASSERT_TRUE(Eventually([&] { return !WindowShown(); }));
-  desktop_.Run("xdotool mousemove --window " + *tray + " 8 8 click 1");
-  EXPECT_TRUE(Eventually([&] { return WindowShown(); }));
 
   HideThroughTheMenu();
   ASSERT_TRUE(Eventually([&] { return !WindowShown(); }));
@@ -200,13 +201,6 @@ TEST_F(WindowTest, ClosingAsksWhetherToGoOnInTheBackground) {
   copy_.process().Signal(SIGTERM);
   EXPECT_EQ(copy_.process().WaitForExit(10s), 0);
   EXPECT_FALSE(copy_.OwnRecord().is_on());
-}
-
-TEST_F(WindowTest, StartedAtLogonItWaitsInTheTray) {
-  StartWindow({"/logon"});
-  EXPECT_TRUE(Eventually([&] { return desktop_.TrayIconWindow("parlavox"); }));
-  std::this_thread::sleep_for(1s);
-  EXPECT_FALSE(WindowShown());
 }
 
 TEST_F(WindowTest, HelpOpensInTheBrowser) {
