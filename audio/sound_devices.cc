@@ -33,13 +33,6 @@ std::vector<SoundDevice> List(bool outputs) {
   return devices;
 }
 
-std::optional<std::string> NameAt(int index, bool outputs) {
-  if (index <= 0) return "";
-  const std::vector<SoundDevice> devices = List(outputs);
-  if (index >= static_cast<int>(devices.size())) return std::nullopt;
-  return devices[static_cast<size_t>(index)].server_name;
-}
-
 }  // namespace
 
 std::string ResolveDevice(const DeviceChoice& choice, const std::vector<SoundDevice>& devices) {
@@ -55,7 +48,12 @@ std::string ResolveDevice(const DeviceChoice& choice, const std::vector<SoundDev
 
 std::vector<SoundDevice> ListOutputDevices() { return List(true); }
 std::vector<SoundDevice> ListInputDevices() { return List(false); }
-std::optional<std::string> OutputDeviceName(int index) { return NameAt(index, true); }
-std::optional<std::string> InputDeviceName(int index) { return NameAt(index, false); }
+
+std::optional<std::string> InputDeviceName(int index) {
+  if (index <= 0) return "";
+  const std::vector<SoundDevice> devices = ListInputDevices();
+  if (index >= static_cast<int>(devices.size())) return std::nullopt;
+  return devices[static_cast<size_t>(index)].server_name;
+}
 
 }  // namespace parlavox

@@ -20,9 +20,8 @@ struct SoundDevice {
 std::vector<SoundDevice> ListOutputDevices();
 std::vector<SoundDevice> ListInputDevices();
 
-// The server's name for the device at `index` in those lists; 0 and every negative
+// The server's name for the input device at `index` of its list; 0 and every negative
 // index mean the default device (""). nullopt when there is no such device.
-std::optional<std::string> OutputDeviceName(int index);
 std::optional<std::string> InputDeviceName(int index);
 
 // A device as the settings keep it: by the server's name when one was chosen, and by

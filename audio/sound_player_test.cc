@@ -67,14 +67,6 @@ class SoundPlayerTest : public testing::Test {
   }
   ~SoundPlayerTest() override { std::filesystem::remove_all(folder_); }
 
-  static int DeviceIndex(const std::string& sink) {
-    const std::vector<SoundDevice> devices = ListOutputDevices();
-    for (size_t i = 1; i < devices.size(); ++i) {
-      if (devices[i].server_name == sink) return static_cast<int>(i);
-    }
-    return -1;
-  }
-
   // A 1 kHz sine of `seconds` at half of 16-bit full scale.
   std::string ToneFile(double seconds) {
     const std::string path = folder_ + "/tone.wav";

@@ -14,8 +14,8 @@ class UserListTest : public testing::Test {
 
   // Adds a user whose cached keys are given; nullptr leaves a key out.
   void AddUser(const char* name, const char* on, const char* id) {
-    const int i = settings_.TakeNextIndex(kUsersSection, "folder");
-    settings_.WriteText(kUsersSection, ListKey("folder", i), "/srv/" + std::to_string(i));
+    const int i = users_.Count();
+    users_.AddFolder("/srv/" + std::to_string(i));
     if (name) settings_.WriteText(kUsersSection, ListKey("name", i), name);
     if (on) settings_.WriteText(kUsersSection, ListKey("on", i), on);
     if (id) settings_.WriteText(kUsersSection, ListKey("id", i), id);

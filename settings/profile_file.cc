@@ -316,11 +316,4 @@ bool WriteProfileString(const std::string& path, std::string_view section, std::
   return replaced;
 }
 
-void FlushProfileFile(const std::string& path) {
-  const int fd = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
-  if (fd < 0) return;
-  fsync(fd);
-  close(fd);
-}
-
 }  // namespace parlavox

@@ -39,9 +39,6 @@ std::string ReadProfileString(const std::string& path, std::string_view section,
 bool WriteProfileString(const std::string& path, std::string_view section, std::string_view key,
                         std::optional<std::string_view> value);
 
-// Makes what was written to the file durable on disk.
-void FlushProfileFile(const std::string& path);
-
 }  // namespace parlavox
 
 #endif  // PARLAVOX_SETTINGS_PROFILE_FILE_H_

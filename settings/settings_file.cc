@@ -124,12 +124,6 @@ void SettingsFile::WriteCount(std::string_view section, std::string_view prefix,
   WriteInt(section, CountKey(prefix), count);
 }
 
-int32_t SettingsFile::TakeNextIndex(std::string_view section, std::string_view prefix) {
-  const int32_t count = ReadCount(section, prefix);
-  WriteCount(section, prefix, count + 1);
-  return count;
-}
-
 void SettingsFile::MoveEntry(std::string_view section, std::string_view prefix,
                              std::string_view suffix, int from, int to) {
   const std::string from_key = ListKey(prefix, from, suffix);
@@ -145,10 +139,6 @@ void SettingsFile::RemoveListEntry(std::string_view section, std::string_view co
     for (const std::string_view prefix : prefixes) MoveEntry(section, prefix, "", i + 1, i);
   }
   WriteCount(section, count_prefix, count - 1);
-}
-
-void SettingsFile::Flush() {
-  if (!settings_path_.empty()) FlushProfileFile(settings_path_);
 }
 
 }  // namespace parlavox

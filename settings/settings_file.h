@@ -72,8 +72,6 @@ class SettingsFile {
   static constexpr int32_t kMaxListCount = 4096;
   int32_t ReadCount(std::string_view section, std::string_view prefix) const;
   void WriteCount(std::string_view section, std::string_view prefix, int32_t count);
-  // Raises the count by one and returns the old count: the index for a new entry.
-  int32_t TakeNextIndex(std::string_view section, std::string_view prefix);
   // Moves one entry's text to another index; a missing source leaves an empty entry.
   void MoveEntry(std::string_view section, std::string_view prefix, std::string_view suffix,
                  int from, int to);
@@ -81,9 +79,6 @@ class SettingsFile {
   // entries are the key families `prefixes`: later entries move down one place.
   void RemoveListEntry(std::string_view section, std::string_view count_prefix,
                        std::initializer_list<std::string_view> prefixes, int index);
-
-  // Makes every write so far durable on disk.
-  void Flush();
 
  private:
   std::string settings_path_;

@@ -77,10 +77,6 @@ TEST_F(SettingsFileTest, DecibelsUseTheirOwnTextAndAPermissiveParser) {
 }
 
 TEST_F(SettingsFileTest, NumberedListsGrowMoveAndShrink) {
-  EXPECT_EQ(settings_.TakeNextIndex("users", "folder"), 0);
-  EXPECT_EQ(settings_.ReadText("users", "foldercount"), "1");
-  EXPECT_EQ(settings_.TakeNextIndex("users", "folder"), 1);
-
   settings_.MoveEntry("users", "name", "", 7, 8);  // missing source: empty destination
   EXPECT_EQ(FindProfileString(settings_.settings_path(), "users", "name8"), "");
 

@@ -33,8 +33,7 @@ class PresenceTest : public testing::Test {
       std::filesystem::create_directories(folder);
       ASSERT_TRUE(WriteUserRecord(*record, JoinPath(folder, kUserRecordFileName)));
     }
-    const int i = settings_.TakeNextIndex(kUsersSection, "folder");
-    settings_.WriteText(kUsersSection, ListKey("folder", i), folder);
+    users_.AddFolder(folder);
   }
 
   std::optional<std::string> Cached(const std::string& key) {
