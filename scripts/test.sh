@@ -1,9 +1,10 @@
 #!/usr/bin/env bash
 # Installs what is needed, checks the formatting and that includes go only down the
 # layers, then builds and runs every test twice: under AddressSanitizer and
-# UndefinedBehaviorSanitizer (GCC), and optimised under ThreadSanitizer (clang, whose
+# UndefinedBehaviorSanitizer (GCC), and under ThreadSanitizer (clang, whose
 # thread-safety analysis checks the lock annotations as errors while it compiles). The
-# second tree is built at the lowest priority while the first one's tests run.
+# second tree is built at the lowest priority from the start, on what the first one's
+# build and tests leave of the processors.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 scripts/setup.sh
@@ -24,14 +25,14 @@ run_tests() {
 
 # Line tables are all that the sanitizers' reports need, and they build much faster
 # than full debug information; so does the ThreadSanitizer tree at -O1.
-configure build-sanitize -DCMAKE_BUILD_TYPE=Debug -DCMAKE_CXX_FLAGS_DEBUG=-g1 \
-  -DPARLAVOX_SANITIZE=ON
-cmake --build build-sanitize
 CXX=clang++ configure build-tsan -DCMAKE_BUILD_TYPE=RelWithDebInfo \
   "-DCMAKE_CXX_FLAGS_RELWITHDEBINFO=-O1 -g1 -DNDEBUG" -DPARLAVOX_TSAN=ON
 nice -n 19 cmake --build build-tsan >build-tsan.log 2>&1 &
 tsan_build=$!
 trap 'kill $tsan_build 2>/dev/null || true' EXIT
+configure build-sanitize -DCMAKE_BUILD_TYPE=Debug -DCMAKE_CXX_FLAGS_DEBUG=-g1 \
+  -DPARLAVOX_SANITIZE=ON
+cmake --build build-sanitize
 
 ASAN_OPTIONS=detect_leaks=1:abort_on_error=1 UBSAN_OPTIONS=print_stacktrace=1 \
   LSAN_OPTIONS="suppressions=$PWD/scripts/lsan.supp" run_tests build-sanitize
