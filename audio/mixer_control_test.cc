@@ -10,6 +10,7 @@
 #include "audio/sound_player.h"
 #include "audio/sound_recorder.h"
 #include "audio/sound_server_test_util.h"
+#include "util/scratch_folder_test_util.h"
 
 namespace parlavox {
 namespace {
@@ -68,9 +69,8 @@ TEST_F(MixerControlTest, RecordSourcesArePortsAndSelectingOneLeavesTheVolumeAlon
 // The levels are real decibels on the program's own streams, given as each stream is
 // made: nothing of the system's volume changes, and no stream starts at another level.
 TEST_F(MixerControlTest, LevelsAreDecibelsOfTheProgramsOwnStreams) {
-  std::string pattern = (std::filesystem::temp_directory_path() / "mixer-XXXXXX").string();
-  const std::string folder = mkdtemp(pattern.data());
-  const std::string path = folder + "/long.wav";
+  const ScratchFolder folder;
+  const std::string path = folder / "long.wav";
   {
     std::vector<int32_t> quiet(11025 * 3, 160);
     CreateWaveFileWriter(path, 11025, 1, 16, 0)->Write(quiet.data(), 11025 * 3);
@@ -89,12 +89,11 @@ TEST_F(MixerControlTest, LevelsAreDecibelsOfTheProgramsOwnStreams) {
   LSoundRecorder recorder(loop);
   recorder.set_device({0, "mic.monitor"});
   recorder.set_level(-6);
-  ASSERT_TRUE(recorder.StartRecording(CreateWaveFileWriter(folder + "/call.wav", 11025, 1, 16, 0),
-                                      0, -127, 216000000, Recorder::kStartWriting));
+  ASSERT_TRUE(recorder.StartRecording(CreateWaveFileWriter(folder / "call.wav", 11025, 1, 16, 0), 0,
+                                      -127, 216000000, Recorder::kStartWriting));
   EXPECT_NEAR(Decibels("list source-outputs"), -6, 0.1);
   EXPECT_NEAR(Decibels("get-source-volume mic.monitor"), 0, 0.1);
   recorder.StopRecording();
-  std::filesystem::remove_all(folder);
 }
 
 }  // namespace

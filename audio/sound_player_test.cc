@@ -12,6 +12,7 @@
 #include "audio/sound_devices.h"
 #include "audio/sound_server_test_util.h"
 #include "audio/wave_in.h"
+#include "util/scratch_folder_test_util.h"
 
 namespace parlavox {
 namespace {
@@ -59,17 +60,14 @@ struct RecordingListener : LSoundPlayerListener {
 class SoundPlayerTest : public testing::Test {
  protected:
   SoundPlayerTest() {
-    std::string pattern = (std::filesystem::temp_directory_path() / "player-XXXXXX").string();
-    folder_ = mkdtemp(pattern.data());
     player_.SetListener(&listener_, 0);
     player_.set_metering(true);
     player_.set_device({0, "speaker"});
   }
-  ~SoundPlayerTest() override { std::filesystem::remove_all(folder_); }
 
   // A 1 kHz sine of `seconds` at half of 16-bit full scale.
   std::string ToneFile(double seconds) {
-    const std::string path = folder_ + "/tone.wav";
+    const std::string path = folder_ / "tone.wav";
     auto writer = CreateWaveFileWriter(path, kRate, 1, 16, 0);
     std::vector<int32_t> tone(static_cast<size_t>(seconds * kRate));
     for (size_t i = 0; i < tone.size(); ++i) {
@@ -86,7 +84,7 @@ class SoundPlayerTest : public testing::Test {
   }
 
   PrivateSoundServer server_;
-  std::string folder_;
+  ScratchFolder folder_;
   TestLoop loop_;
   RecordingListener listener_;
   LSoundPlayer player_{loop_};
@@ -156,7 +154,7 @@ TEST_F(SoundPlayerTest, PlaysAToneAfterTheLeadInThenReportsTheStop) {
 // writer has stopped.
 TEST_F(SoundPlayerTest, PlaysAFileWhileAnotherProcessWritesIt) {
   constexpr int kBlock = 441, kBlocks = 100;  // 4 s
-  const std::string path = folder_ + "/live.wav";
+  const std::string path = folder_ / "live.wav";
   auto sample_at = [](int64_t i) { return int16_t(1000 + (i * 7919) % 20000); };  // never 0
   MonitorCapture monitor(loop_, "speaker.monitor");
   loop_.RunFor(300ms);

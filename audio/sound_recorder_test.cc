@@ -8,6 +8,7 @@
 #include "audio/sound_devices.h"
 #include "audio/sound_player.h"
 #include "audio/sound_server_test_util.h"
+#include "util/scratch_folder_test_util.h"
 
 namespace parlavox {
 namespace {
@@ -30,18 +31,15 @@ struct Events : LSoundRecorderListener, LSoundPlayerListener {
 class SoundRecorderTest : public testing::Test {
  protected:
   SoundRecorderTest() {
-    std::string pattern = (std::filesystem::temp_directory_path() / "recorder-XXXXXX").string();
-    folder_ = mkdtemp(pattern.data());
     player_.set_device({0, "speaker"});
     player_.SetListener(&events_, 0);
     recorder_.set_device({0, "speaker.monitor"});
     recorder_.SetListener(&events_, 0);
   }
-  ~SoundRecorderTest() override { std::filesystem::remove_all(folder_); }
 
   // Plays stretches of silence (amplitude 0) and 1 kHz sine, one after another.
   void PlaySignal(const std::vector<std::pair<double, double>>& stretches) {
-    const std::string path = folder_ + "/signal.wav";
+    const std::string path = folder_ / "signal.wav";
     {
       auto writer = CreateWaveFileWriter(path, kRate, 1, 16, 0);
       for (const auto& [seconds, amplitude] : stretches) {
@@ -56,19 +54,19 @@ class SoundRecorderTest : public testing::Test {
   }
 
   std::shared_ptr<WaveFileWriter> NewWriter() {
-    events_.writer = CreateWaveFileWriter(folder_ + "/call.wav", kRate, 1, 16, 0);
+    events_.writer = CreateWaveFileWriter(folder_ / "call.wav", kRate, 1, 16, 0);
     return events_.writer;
   }
 
   std::vector<int32_t> Recorded() {
-    auto reader = OpenWaveFileReader(folder_ + "/call.wav");
+    auto reader = OpenWaveFileReader(folder_ / "call.wav");
     std::vector<int32_t> samples(static_cast<size_t>(reader->GetLength()));
     reader->Read(samples.data(), reader->GetLength());
     return samples;
   }
 
   PrivateSoundServer server_;
-  std::string folder_;
+  ScratchFolder folder_;
   TestLoop loop_;
   Events events_;
   LSoundPlayer player_{loop_};

@@ -10,16 +10,12 @@
 #include <gtest/gtest.h>
 
 #include "audio/sample_conversion.h"
+#include "util/scratch_folder_test_util.h"
 
 namespace parlavox {
 namespace {
 
 using namespace std::string_literals;
-
-std::string Bytes(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  return std::string(std::istreambuf_iterator<char>(in), {});
-}
 
 uint32_t Le32(const std::string& bytes, size_t at) {
   return uint32_t(uint8_t(bytes[at])) | uint32_t(uint8_t(bytes[at + 1])) << 8 |
@@ -39,7 +35,7 @@ int Shell(const std::string& command) { return WEXITSTATUS(std::system(command.c
 std::vector<int16_t> DecodedBySox(const std::string& path) {
   const std::string raw = path + ".raw";
   EXPECT_EQ(Shell("sox -D '" + path + "' -t raw -e signed -b 16 -L '" + raw + "'"), 0);
-  const std::string bytes = Bytes(raw);
+  const std::string bytes = FileText(raw);
   std::vector<int16_t> values(bytes.size() / 2);
   for (size_t i = 0; i < values.size(); ++i) {
     values[i] = int16_t(uint8_t(bytes[2 * i]) | uint8_t(bytes[2 * i + 1]) << 8);
@@ -66,16 +62,11 @@ std::vector<int32_t> Tone(int frames, int channels, uint32_t rate) {
 
 class WaveFileTest : public testing::Test {
  protected:
-  WaveFileTest() {
-    std::string pattern = (std::filesystem::temp_directory_path() / "wave-XXXXXX").string();
-    folder_ = mkdtemp(pattern.data());
-  }
-  ~WaveFileTest() override { std::filesystem::remove_all(folder_); }
-  std::string Path(const std::string& name) const { return folder_ + "/" + name; }
+  std::string Path(const std::string& name) const { return folder_ / name; }
 
   // Writes a file out of a header and sample bytes for the chunk-walk cases.
   std::string Handmade(const std::string& name, const std::string& bytes) {
-    std::ofstream(Path(name), std::ios::binary) << bytes;
+    WriteFileText(Path(name), bytes);
     return Path(name);
   }
   static std::string Format(uint16_t channels, uint32_t rate, uint32_t size = 16,
@@ -90,7 +81,7 @@ class WaveFileTest : public testing::Test {
     return "RIFF" + Le(uint32_t(chunks.size() + 4), 4) + "WAVE" + chunks;
   }
 
-  std::string folder_;
+  ScratchFolder folder_;
 };
 
 TEST_F(WaveFileTest, MessageFileHasTheExact46ByteLayout) {
@@ -105,7 +96,7 @@ TEST_F(WaveFileTest, MessageFileHasTheExact46ByteLayout) {
                                Le(1, 2) + Le(11025, 4) + Le(22050, 4) + Le(2, 2) + Le(16, 2) +
                                Le(0, 2) + "data" + Le(10, 4) + Le(1, 2) + Le(0xFFFF, 2) +
                                Le(0x7FFF, 2) + Le(0x8000, 2) + Le(0, 2);
-  EXPECT_EQ(Bytes(path), expected);
+  EXPECT_EQ(FileText(path), expected);
 }
 
 TEST_F(WaveFileTest, SamplesConvertAsTheTableSaysAndWrap) {
@@ -124,21 +115,21 @@ TEST_F(WaveFileTest, SamplesConvertAsTheTableSaysAndWrap) {
 TEST_F(WaveFileTest, ProvisionalHeaderClaims32SecondsAndIsRefreshedEvery16) {
   const std::string path = Path("grow.wav");
   auto writer = CreateWaveFileWriter(path, 11025, 1, 16, 0);
-  EXPECT_EQ(Le32(Bytes(path), 42), 352800u * 2);
+  EXPECT_EQ(Le32(FileText(path), 42), 352800u * 2);
   std::vector<int32_t> block(441, 160);
   for (int i = 0; i < 400; ++i) writer->Write(block.data(), 441);  // exactly 16 s
-  EXPECT_EQ(Le32(Bytes(path), 42), 352800u * 2);                   // not refreshed yet
+  EXPECT_EQ(Le32(FileText(path), 42), 352800u * 2);                // not refreshed yet
   writer->Write(block.data(), 441);
   EXPECT_EQ(writer->length(), 176841);
-  EXPECT_EQ(Le32(Bytes(path), 42), (352800u + 176841u) * 2);
-  EXPECT_EQ(Le32(Bytes(path), 4), (352800u + 176841u) * 2 + 38);
+  EXPECT_EQ(Le32(FileText(path), 42), (352800u + 176841u) * 2);
+  EXPECT_EQ(Le32(FileText(path), 4), (352800u + 176841u) * 2 + 38);
 
   writer->Truncate(1000);
   EXPECT_EQ(std::filesystem::file_size(path), 46u + 2000u);
   writer->Truncate(5000);  // beyond the length: nothing
   EXPECT_EQ(writer->length(), 1000);
   writer.reset();
-  EXPECT_EQ(Le32(Bytes(path), 42), 2000u);
+  EXPECT_EQ(Le32(FileText(path), 42), 2000u);
 
   auto invalid = CreateWaveFileWriter(Path("no/such/folder.wav"), 11025, 1, 16, 0);
   EXPECT_FALSE(invalid->is_valid());
@@ -164,7 +155,7 @@ TEST_F(WaveFileTest, ChunkWalkAcceptsAndRefusesWhatItShould) {
   EXPECT_FALSE(opens(Riff(Format(0, 8000) + data)));
   EXPECT_FALSE(opens(Riff(Format(1, 8000))));
   EXPECT_FALSE(opens(""));
-  EXPECT_EQ(OpenWaveFileReader(folder_), nullptr);
+  EXPECT_EQ(OpenWaveFileReader(folder_.path()), nullptr);
   EXPECT_EQ(OpenWaveFileReader(Path("missing.wav")), nullptr);
 
   auto reader = OpenWaveFileReader(

@@ -7,6 +7,8 @@
 #include <fstream>
 #include <string>
 
+#include "util/atomic_file.h"
+
 namespace parlavox {
 
 // A fresh folder under the system's temporary folder, removed with everything in it
@@ -35,10 +37,9 @@ inline void WriteFileText(const std::string& path, const std::string& text) {
   std::ofstream(path, std::ios::binary) << text;
 }
 
-inline std::string FileText(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  return std::string(std::istreambuf_iterator<char>(in), {});
-}
+// The whole file, read in large pieces (a package of tens of megabytes among them);
+// "" when it can't be read.
+inline std::string FileText(const std::string& path) { return ReadWholeFile(path).value_or(""); }
 
 // Whether the file's owner may run it.
 inline bool IsExecutable(const std::string& path) {
