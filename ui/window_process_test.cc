@@ -173,6 +173,7 @@ TEST_F(WindowTest, ClosingAsksWhetherToGoOnInTheBackground) {
   ASSERT_TRUE(Eventually([&] { return desktop_.VisibleWindow("Confirm Stop"); }));
   desktop_.Run("xdotool key Return");  // Yes, the default: on in the background
   ASSERT_TRUE(Eventually([&] { return !WindowShown(); }));
+  EXPECT_TRUE(desktop_.TrayIconWindow("parlavox"));  // where it waits
   EXPECT_EQ(copy_.Control({"--status"}).first, 0);
   EXPECT_TRUE(copy_.OwnRecord().is_on());
 
