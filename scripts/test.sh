@@ -27,9 +27,10 @@ run_tests() {
 # than full debug information; so does the ThreadSanitizer tree at -O1.
 CXX=clang++ configure build-tsan -DCMAKE_BUILD_TYPE=RelWithDebInfo \
   "-DCMAKE_CXX_FLAGS_RELWITHDEBINFO=-O1 -g1 -DNDEBUG" -DPARLAVOX_TSAN=ON
-nice -n 19 cmake --build build-tsan >build-tsan.log 2>&1 &
+# In a session of its own, so that a failure here stops its compilers too.
+setsid nice -n 19 cmake --build build-tsan >build-tsan.log 2>&1 &
 tsan_build=$!
-trap 'kill $tsan_build 2>/dev/null || true' EXIT
+trap 'kill -- -$tsan_build 2>/dev/null || true' EXIT
 configure build-sanitize -DCMAKE_BUILD_TYPE=Debug -DCMAKE_CXX_FLAGS_DEBUG=-g1 \
   -DPARLAVOX_SANITIZE=ON
 cmake --build build-sanitize
