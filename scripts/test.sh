@@ -27,10 +27,17 @@ run_tests() {
 # than full debug information; so does the ThreadSanitizer tree at -O1.
 CXX=clang++ configure build-tsan -DCMAKE_BUILD_TYPE=RelWithDebInfo \
   "-DCMAKE_CXX_FLAGS_RELWITHDEBINFO=-O1 -g1 -DNDEBUG" -DPARLAVOX_TSAN=ON
-# In a session of its own, so that a failure here stops its compilers too.
-setsid nice -n 19 cmake --build build-tsan >build-tsan.log 2>&1 &
+# Whenever this script ends, that build ends too, its compilers with it. (Not in a
+# session of its own: the kernel would share the processors between sessions, whatever
+# the priority.)
+stop_tree() {
+  local child
+  for child in $(pgrep -P "$1"); do stop_tree "$child"; done
+  kill "$1" 2>/dev/null || true
+}
+nice -n 19 cmake --build build-tsan >build-tsan.log 2>&1 &
 tsan_build=$!
-trap 'kill -- -$tsan_build 2>/dev/null || true' EXIT
+trap 'stop_tree $tsan_build' EXIT
 configure build-sanitize -DCMAKE_BUILD_TYPE=Debug -DCMAKE_CXX_FLAGS_DEBUG=-g1 \
   -DPARLAVOX_SANITIZE=ON
 cmake --build build-sanitize
