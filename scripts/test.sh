@@ -31,9 +31,10 @@ CXX=clang++ configure build-tsan -DCMAKE_BUILD_TYPE=RelWithDebInfo \
 # session of its own: the kernel would share the processors between sessions, whatever
 # the priority.)
 stop_tree() {
-  local child
-  for child in $(pgrep -P "$1"); do stop_tree "$child"; done
-  kill "$1" 2>/dev/null || true
+  local children child
+  children=$(pgrep -P "$1" || true)
+  kill "$1" 2>/dev/null || true  # first, so that it starts no more
+  for child in $children; do stop_tree "$child"; done
 }
 nice -n 19 cmake --build build-tsan >build-tsan.log 2>&1 &
 tsan_build=$!
