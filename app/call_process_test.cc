@@ -192,19 +192,6 @@ class CallProcessTest : public testing::Test {
 
   static bool FirstUserOn(const IntercomCopy& copy) { return copy.UserStatus(0)["on"].toBool(); }
 
-  // A Samba server whose share "office", with Carol's inward folder in it, only the
-  // account may use.
-  std::unique_ptr<SambaServer> OfficeServerWithCarol() {
-    const std::string office = scratch_ / "office";
-    EXPECT_TRUE(PublishUser(office + "/carol", "Carol", 303, true));
-    auto samba =
-        std::make_unique<SambaServer>(scratch_ / "samba", std::map<std::string, std::string>{},
-                                      std::map<std::string, std::string>{{"office", office}});
-    EXPECT_TRUE(samba->account_added()) << samba->log();
-    EXPECT_TRUE(samba->Answers(10s)) << samba->log();
-    return samba;
-  }
-
   // Puts a whole message of six seconds' tone from Ann at `path`, all at once.
   void PutLongMessageFromAnn(const std::string& path) {
     {
@@ -379,53 +366,6 @@ TEST_F(CallProcessTest, AnInwardFolderKeptOnASambaServerWorksThroughIt) {
   EXPECT_TRUE(Eventually([&] { return !std::filesystem::exists(message); }, 15s));
 }
 
-// Ann lists a colleague on a server that refuses her account and one on a machine that
-// takes connections and never answers: each trouble is said once, naming the server,
-// neither holds up her view of Ben, and a password put right is used at the next poll.
-TEST_F(CallProcessTest, ASambaServerThatRefusesAndOneThatNeverAnswersAreNamedOnceAndHoldUpNobody) {
-  const std::unique_ptr<SambaServer> samba = OfficeServerWithCarol();
-  const SilentListener hung;
-  ASSERT_NE(hung.port(), 0);
-  ASSERT_EQ(ann_.Control({"--quit"}).first, 0);
-  ann_.process().WaitForExit(10s);
-  ann_.Set("users", "foldercount", "4");
-  ann_.Set("users", "folder2", "\\\\127.0.0.1\\office\\carol");
-  ann_.Set("users", "folder3", hung.Folder("hangs"));
-  ann_.SetCredentials("[127.0.0.1]\nusername=root\npassword=wrong\n");
-  ann_.Start();
-  ASSERT_TRUE(ann_.WaitUntilAnswering()) << ann_.log();
-  EXPECT_TRUE(Eventually([&] { return FirstUserOn(ann_); }, 10s)) << ann_.log();
-  const std::string refused =
-      "Server 127.0.0.1 refused the account \"root\": wrong user name or password";
-  const std::string hangs = "Server 127.0.0.5 does not answer";
-  ASSERT_TRUE(Eventually(
-      [&] {
-        const std::string log = ann_.log();
-        return log.find(refused) != std::string::npos && log.find(hangs) != std::string::npos;
-      },
-      15s))
-      << ann_.log();
-  const auto carol = [&] { return ann_.UserStatus(2); };
-  EXPECT_FALSE(carol()["reached"].toBool(true)) << ann_.Control({"--status"}).second;
-  EXPECT_FALSE(ann_.UserStatus(3)["reached"].toBool(true));
-
-  ann_.SetCredentials("[127.0.0.1]\nusername=root\npassword=" +
-                      std::string(SambaServer::kPassword));
-  ASSERT_TRUE(Eventually([&] { return carol()["on"].toBool(); }, 15s)) << ann_.log();
-  EXPECT_EQ(carol()["name"].toString(), "Carol");
-  EXPECT_TRUE(carol()["reached"].toBool());
-  const auto count = [](const std::string& text, const std::string& part) {
-    size_t found = 0;
-    for (size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1)) {
-      ++found;
-    }
-    return found;
-  };
-  const std::string log = ann_.log();
-  EXPECT_EQ(count(log, refused), 1u) << log;
-  EXPECT_EQ(count(log, hangs), 1u) << log;
-}
-
 // Ben's inward folder lies on a Samba server that his machine mounts through FUSE
 // (smbnetfs), which can't cut files and won't delete one that is still open: two calls
 // are heard, and both messages go.
@@ -516,52 +456,24 @@ TEST_F(CallProcessTest, AnInwardFolderSharedAsASambaUserShareIsReachedByTheNameS
   EXPECT_TRUE(AllPlayed(ben_, 15s));
 }
 
-// A caller that stalls for seconds, as one on a slow share may, loses nothing; one killed
-// mid-call leaves a message that Ben takes for ended once its caller counts as stalled.
-TEST_F(CallProcessTest, ACallerThatStallsLosesNothingAndOneKilledLeavesAMessageThatStillPlays) {
+// A caller that stalls for seconds, as one on a slow share may, loses nothing.
+TEST_F(CallProcessTest, ACallerThatStallsLosesNothing) {
   ASSERT_TRUE(BothSeeEachOtherOn());
   const std::string after = Spoken("after", "Sorry, the network was slow. Over and out.");
-  const std::string message =
-      ben_.inward_folder() + "/" + std::to_string(ann_.OwnRecord().id) + ".wav";
   const std::string mic = "PULSE_SERVER=" + ann_server_.address() + " paplay --device=mic '";
-  const std::string one_second_into_mic =
-      "PULSE_SERVER=" + ann_server_.address() + " timeout 1 paplay --device=mic '";
-  {
-    SpeakerRecording ben_speaker(ben_server_, scratch_ / "ben-heard.raw");
-    ASSERT_EQ(ann_.Control({"--call", "0"}).first, 0);
-    ASSERT_EQ(Shell(mic + speech_ + "'"), 0);
-    ann_.process().Signal(SIGSTOP);
-    std::this_thread::sleep_for(4s);
-    EXPECT_TRUE(std::filesystem::exists(message)) << ben_.log();
-    ann_.process().Signal(SIGCONT);
-    ASSERT_EQ(Shell(mic + after + "'"), 0);
-    ASSERT_EQ(ann_.Control({"--hangup"}).first, 0);
-    ASSERT_TRUE(AllPlayed(ben_, 15s));
-    EXPECT_GT(SpeechFound(RawSamples(after + ".raw"), ben_speaker.Heard()), 0.6) << ben_.log();
-  }
-
-  ASSERT_EQ(ann_.Control({"--call", "0"}).first, 0);
-  Shell(one_second_into_mic + speech_ + "'");
-  ann_.process().Signal(SIGKILL);
-  ann_.process().WaitForExit(5s);
-  EXPECT_TRUE(AllPlayed(ben_, kStalledCallerTime + 10s)) << ben_.log();
-  ann_.Start();  // so that the fixture can end it as usual
-  EXPECT_TRUE(ann_.WaitUntilAnswering());
-}
-
-TEST_F(CallProcessTest, AnInwardFolderMadeAgainIsWatchedAndPublishedAgain) {
-  ASSERT_TRUE(BothSeeEachOtherOn());
-  std::filesystem::remove_all(ben_.inward_folder());
-  ASSERT_TRUE(Eventually(
-      [&] { return ben_.Status()["status"].toString().startsWith("Nobody can call you"); }, 5s))
-      << ben_.log();
-  std::filesystem::create_directory(ben_.inward_folder());
-  ASSERT_TRUE(Eventually([&] { return ben_.OwnRecord().is_on(); }, 5s)) << ben_.log();
-
   SpeakerRecording ben_speaker(ben_server_, scratch_ / "ben-heard.raw");
-  Speak(ann_, ann_server_, {"--call", "0"});
-  ASSERT_TRUE(AllPlayed(ben_, 10s)) << ben_.log();
-  EXPECT_GT(SpeechHeard(ben_speaker), 0.6) << ben_.log();
+  ASSERT_EQ(ann_.Control({"--call", "0"}).first, 0);
+  ASSERT_EQ(Shell(mic + speech_ + "'"), 0);
+  ann_.process().Signal(SIGSTOP);
+  std::this_thread::sleep_for(4s);
+  EXPECT_TRUE(std::filesystem::exists(ben_.inward_folder() + "/" +
+                                      std::to_string(ann_.OwnRecord().id) + ".wav"))
+      << ben_.log();
+  ann_.process().Signal(SIGCONT);
+  ASSERT_EQ(Shell(mic + after + "'"), 0);
+  ASSERT_EQ(ann_.Control({"--hangup"}).first, 0);
+  ASSERT_TRUE(AllPlayed(ben_, 15s));
+  EXPECT_GT(SpeechFound(RawSamples(after + ".raw"), ben_speaker.Heard()), 0.6) << ben_.log();
 }
 
 }  // namespace

@@ -155,15 +155,6 @@ class IntercomCopy {
     WriteProfileString(home_ + "/.config/parlavox/folders.ini", "Folders", "Incoming", folder);
   }
 
-  // Writes the person's credentials.ini, readable by them alone.
-  void SetCredentials(const std::string& text) const {
-    const std::string path = home_ + "/.config/parlavox/credentials.ini";
-    std::filesystem::create_directories(home_ + "/.config/parlavox");
-    WriteFileText(path, text);
-    std::filesystem::permissions(
-        path, std::filesystem::perms::owner_read | std::filesystem::perms::owner_write);
-  }
-
   // Writes the "keys" section: one {virtual key, modifiers, command} per hot key.
   void SetHotKeys(const std::vector<std::array<int, 3>>& keys) const {
     for (size_t i = 0; i < keys.size(); ++i) {

@@ -163,32 +163,6 @@ TEST_F(IntercomProcessTest, ASecondStartBesideAStoppedCopyLeavesItAlone) {
   EXPECT_EQ(copy_.Control({"--quit"}).first, 0);
 }
 
-TEST_F(IntercomProcessTest, RefusedCallsSayWhy) {
-  copy_.Start();
-  ASSERT_TRUE(copy_.WaitUntilAnswering()) << copy_.log();
-  const auto [reply, reply_errors] = copy_.Run({"--reply"});  // nobody listed, nobody called
-  EXPECT_EQ(reply.first, 1);
-  EXPECT_NE(reply_errors.find("No user is selected"), std::string::npos) << reply_errors;
-
-  // One user listed, and a folder left behind beyond the count by an earlier removal.
-  ASSERT_TRUE(PublishUser(scratch_ / "alice", "Alice", 101, true));
-  ASSERT_TRUE(PublishUser(scratch_ / "stale", "Stale", 102, true));
-  copy_.Set("users", "folder0", scratch_ / "alice");
-  copy_.Set("users", "folder1", scratch_ / "stale");
-  copy_.Set("users", "foldercount", "1");
-  const auto [past, past_errors] = copy_.Run({"--call", "1"});
-  EXPECT_EQ(past.first, 1);
-  EXPECT_NE(past_errors.find("There is no user at that place in the list"), std::string::npos)
-      << past_errors;
-  EXPECT_EQ(std::distance(std::filesystem::directory_iterator(scratch_ / "stale"), {}), 1);
-
-  // No sound server for this copy: the microphone can't start.
-  const auto [call, call_errors] = copy_.Run({"--call", "0"});
-  EXPECT_EQ(call.first, 1);
-  EXPECT_NE(call_errors.find("Unable to start recording"), std::string::npos) << call_errors;
-  EXPECT_EQ(copy_.Control({"--quit"}).first, 0);
-}
-
 TEST_F(IntercomProcessTest, FoldersMeanTheSameWhereverTheCopyWasStarted) {
   // Started inside its own inward folder, with a user whose folder is left empty: the
   // empty folder must not be taken for the folder it was started in.

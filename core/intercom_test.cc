@@ -39,6 +39,15 @@ TEST_F(IntercomTest, StartPublishesTheIntercomOnAndTheEndPublishesItOff) {
   clock_.Advance(800ms);
   EXPECT_EQ(view_.idle_texts, std::vector<std::string>{"first idle"});
 
+  // The inward folder goes, and is made again without the record in it.
+  std::filesystem::remove_all(settings_.inward_folder());
+  watcher_.usable(false);
+  EXPECT_TRUE(view_.statuses.back().starts_with("Nobody can call you")) << view_.statuses.back();
+  std::filesystem::create_directories(settings_.inward_folder());
+  watcher_.usable(true);
+  EXPECT_TRUE(Published().is_on());
+  EXPECT_EQ(Published().id, own.id);
+
   intercom_.End();
   EXPECT_FALSE(Published().is_on());
   EXPECT_EQ(Published().id, own.id);

@@ -128,24 +128,34 @@ TEST_F(PresenceTest, EachServerIsReadApartAndOneInTroubleIsNotAskedAgainInAPass)
 }
 
 TEST_F(PresenceTest, PollerPostsTheFirstPassAndEveryChangeAndStopsPromptly) {
+  // A server that refuses every pass: its trouble is told once, not at every pass.
+  ListUser("\\\\refuses\\s\\c", nullptr);
+  const RecordReader read = [](UserRecord* record, const std::string& folder,
+                               std::string* trouble) {
+    if (!folder.starts_with("\\\\refuses")) return ReadLocalRecord(record, folder, trouble);
+    *trouble = "Server refuses refused a guest";
+    return false;
+  };
   CountingPoster poster;
-  PresencePoller poller(users_, poster, ReadLocalRecord, /*interval=*/100ms);
-  int changes = 0;  // touched only by posted tasks, which run on the poller's thread here
-  poller.StartPolling([&](const std::set<int>&) { ++changes; }, {});
-  ASSERT_TRUE(Eventually([&] { return poster.posts == 1; }));  // an empty list reports too
+  PresencePoller poller(users_, poster, read, /*interval=*/100ms);
+  int changes = 0, troubles = 0;  // touched only by posted tasks, run on the poller's thread
+  poller.StartPolling([&](const std::set<int>&) { ++changes; },
+                      [&](const std::string&) { ++troubles; });
+  ASSERT_TRUE(Eventually([&] { return poster.posts == 2; }));  // the first pass, the trouble
   std::this_thread::sleep_for(300ms);  // passes that change nothing post nothing
-  EXPECT_EQ(poster.posts, 1);
+  EXPECT_EQ(poster.posts, 2);
+  EXPECT_EQ(troubles, 1);
 
   const UserRecord carol = Record("Carol", 33, true);
   ListUser(scratch_ / "carol", &carol);  // a pass may see her listed before it reads her
-  EXPECT_TRUE(Eventually([&] { return Cached("on0") == "true"; }));
-  EXPECT_TRUE(Eventually([&] { return poster.posts >= 2; }));
+  EXPECT_TRUE(Eventually([&] { return Cached("on1") == "true"; }));
+  EXPECT_TRUE(Eventually([&] { return poster.posts >= 3; }));
 
   const auto began = std::chrono::steady_clock::now();
   poller.Stop();
   EXPECT_LT(std::chrono::steady_clock::now() - began, 1s);
   EXPECT_FALSE(poller.IsRunning());
-  EXPECT_EQ(changes, poster.posts.load());  // each post ran
+  EXPECT_EQ(changes + troubles, poster.posts.load());  // each post ran
 }
 
 }  // namespace
