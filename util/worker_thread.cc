@@ -1,25 +1,17 @@
 #include "util/worker_thread.h"
 
-#include <fcntl.h>
-#include <spawn.h>
 #include <sys/resource.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
 #include <ctime>
 #include <future>
-#include <thread>
-
-extern char** environ;
 
 namespace parlavox {
 namespace {
 
 constexpr std::chrono::milliseconds kStopGrace{5000};
-constexpr std::chrono::milliseconds kQuickStopGrace{50};
-constexpr std::chrono::milliseconds kProcessPollInterval{20};
 
 timespec DeadlineAfter(std::chrono::milliseconds delay) {
   timespec now{};
@@ -103,19 +95,15 @@ void* WorkerThread::ThreadEntry(void* argument) {
   return nullptr;
 }
 
-void WorkerThread::Stop() { StopWithin(kStopGrace); }
-
-void WorkerThread::StopQuick() { StopWithin(kQuickStopGrace); }
-
 void WorkerThread::RequestStop() {
   stop_event_.Set();
   OnStopRequested();
 }
 
-void WorkerThread::StopWithin(std::chrono::milliseconds grace) {
+void WorkerThread::Stop() {
   RequestStop();
   if (!thread_) return;
-  const timespec deadline = DeadlineAfter(grace);
+  const timespec deadline = DeadlineAfter(kStopGrace);
   if (pthread_timedjoin_np(*thread_, nullptr, &deadline) == ETIMEDOUT) {
     pthread_cancel(*thread_);
     pthread_join(*thread_, nullptr);
@@ -134,35 +122,6 @@ bool WorkerThread::SetPriority(int priority) {
   const int process_nice = getpriority(PRIO_PROCESS, 0);
   return setpriority(PRIO_PROCESS, static_cast<id_t>(thread),
                      NiceForPriority(priority, errno == 0 ? process_nice : 0)) == 0;
-}
-
-bool WorkerThread::RunProcessAndWait(const std::string& command_line) {
-  posix_spawn_file_actions_t actions;
-  posix_spawn_file_actions_init(&actions);
-  // Like a program in a hidden console of its own: it shares no terminal or output with us.
-  posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
-  posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
-  posix_spawn_file_actions_adddup2(&actions, STDOUT_FILENO, STDERR_FILENO);
-  posix_spawnattr_t attributes;
-  posix_spawnattr_init(&attributes);
-  posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSID);
-
-  std::string shell = "/bin/sh", dash_c = "-c", command = command_line;
-  char* argv[] = {shell.data(), dash_c.data(), command.data(), nullptr};
-  pid_t pid = 0;
-  const int spawned = posix_spawn(&pid, "/bin/sh", &actions, &attributes, argv, environ);
-  posix_spawnattr_destroy(&attributes);
-  posix_spawn_file_actions_destroy(&actions);
-  if (spawned != 0) return false;
-
-  while (waitpid(pid, nullptr, WNOHANG) == 0) {
-    if (WaitForStop(kProcessPollInterval)) {
-      // The program runs on by itself; someone still has to collect its exit status.
-      std::thread([pid] { waitpid(pid, nullptr, 0); }).detach();
-      break;
-    }
-  }
-  return true;
 }
 
 }  // namespace parlavox

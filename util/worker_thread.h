@@ -7,7 +7,6 @@
 #include <chrono>
 #include <mutex>
 #include <optional>
-#include <string>
 
 #include "util/manual_reset_event.h"
 
@@ -16,7 +15,7 @@ namespace parlavox {
 // Base of every background thread: one thread at a time, a manual-reset stop event
 // through which the owner asks the thread to end, and a lock for the derived class.
 //
-// The owner calls Start, Stop, StopQuick and IsRunning from one thread. Stop asks
+// The owner calls Start, Stop and IsRunning from one thread. Stop asks
 // first and forces second: it sets the stop event, waits up to 5 s for the body to
 // return, then cancels the thread, in which case OnThreadEnd is not called.
 //
@@ -41,10 +40,9 @@ class WorkerThread {
   // created, and otherwise whether the priority could be applied.
   bool Start(int priority);
 
-  // Sets the stop event and ends the thread: waits 5000 ms (Stop) or 50 ms
-  // (StopQuick) for Run to return, then cancels it. The event stays set.
+  // Sets the stop event and ends the thread: waits 5000 ms for Run to return, then
+  // cancels it. The event stays set.
   void Stop();
-  void StopQuick();
   // Sets the stop event without waiting for the thread to end.
   void RequestStop();
 
@@ -54,12 +52,6 @@ class WorkerThread {
   // Changes the priority of the running thread, from the owner or from the thread
   // itself; false when it can't be changed.
   bool SetPriority(int priority);
-
-  // Runs `command_line` through /bin/sh in a session of its own, with no input or
-  // output shared with this process, and waits until it ends or the stop event is
-  // set; the program is not killed by a stop. Returns false when the shell could
-  // not be started.
-  bool RunProcessAndWait(const std::string& command_line);
 
  protected:
   virtual void Run() = 0;
@@ -76,7 +68,6 @@ class WorkerThread {
  private:
   struct Launch;
   static void* ThreadEntry(void* launch);
-  void StopWithin(std::chrono::milliseconds grace);
 
   ManualResetEvent stop_event_;
   std::optional<pthread_t> thread_;

@@ -5,7 +5,6 @@
 
 #include <atomic>
 #include <chrono>
-#include <filesystem>
 #include <thread>
 #include <vector>
 
@@ -98,20 +97,10 @@ TEST(WorkerThreadTest, BodyThatIgnoresStopIsEndedWithoutOnThreadEnd) {
   ASSERT_TRUE(stubborn.Start(0));
   ASSERT_TRUE(Eventually([&] { return stubborn.starts == 1; }));
 
-  auto began = Clock::now();
-  stubborn.StopQuick();
-  auto waited = Clock::now() - began;
-  EXPECT_GE(waited, 50ms);
-  EXPECT_LT(waited, 4000ms);
-  EXPECT_FALSE(stubborn.IsRunning());
-  EXPECT_EQ(stubborn.ends, 0);
-
-  ASSERT_TRUE(stubborn.Start(0));
-  ASSERT_TRUE(Eventually([&] { return stubborn.starts == 2; }));
-  began = Clock::now();
+  const auto began = Clock::now();
   stubborn.Stop();
-  waited = Clock::now() - began;
-  EXPECT_GE(waited, 5000ms);
+  EXPECT_GE(Clock::now() - began, 5000ms);
+  EXPECT_FALSE(stubborn.IsRunning());
   EXPECT_EQ(stubborn.ends, 0);
 }
 
@@ -155,46 +144,6 @@ TEST(WorkerThreadTest, DestroyingARunningWorkerEndsItsThreadFirst) {
   ASSERT_TRUE(owner->Start(0));
   ASSERT_TRUE(Eventually([&] { return owner->running.load(); }));
   owner.reset();
-}
-
-// Runs one program on its own thread, as a derived body would.
-class ProcessRunner : public WorkerThread {
- public:
-  explicit ProcessRunner(std::string command) : command_(std::move(command)) {}
-  ~ProcessRunner() override { Stop(); }
-  std::atomic<bool> result{false};
-  std::atomic<bool> returned{false};
-
- protected:
-  void Run() override {
-    result = RunProcessAndWait(command_);
-    returned = true;
-  }
-
- private:
-  std::string command_;
-};
-
-TEST(WorkerThreadTest, RunProcessAndWaitWaitsForTheProgramOrForStop) {
-  const auto marker =
-      std::filesystem::temp_directory_path() / ("parlavox-worker-" + std::to_string(getpid()));
-  std::filesystem::remove(marker);
-  ProcessRunner finisher("sleep 0.2; touch '" + marker.string() + "'");
-  ASSERT_TRUE(finisher.Start(0));
-  ASSERT_TRUE(Eventually([&] { return finisher.returned.load(); }));
-  EXPECT_TRUE(finisher.result);
-  EXPECT_TRUE(std::filesystem::exists(marker));  // it returned only after the program ended
-  std::filesystem::remove(marker);
-
-  ProcessRunner sleeper("sleep 30");
-  ASSERT_TRUE(sleeper.Start(0));
-  std::this_thread::sleep_for(100ms);
-  EXPECT_FALSE(sleeper.returned);
-  const auto began = Clock::now();
-  sleeper.Stop();
-  EXPECT_LT(Clock::now() - began, 4000ms);
-  EXPECT_TRUE(sleeper.returned);
-  EXPECT_TRUE(sleeper.result);
 }
 
 }  // namespace
