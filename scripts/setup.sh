@@ -8,9 +8,10 @@ packages=(
   cmake ninja-build g++ pkg-config qt6-base-dev qt6-svg-dev libpulse-dev libsndfile1-dev
   libx11-dev libsmbclient-dev libsecret-1-dev libgtest-dev libgmock-dev libbenchmark-dev
   clang-format
-  # the ThreadSanitizer build, with its thread-safety analysis, and pgrep, with which
-  # the test script ends that build
-  clang procps
+  # the sanitizer builds with clang (its thread-safety analysis among them) and the
+  # sanitizers' runtimes, which apt only recommends; pgrep, with which the test script
+  # ends the second build
+  clang libclang-rt-14-dev procps
   # tests: a private sound server, a virtual desktop (display, window manager, tray)
   # with real key presses and screenshots, audio tools
   pulseaudio pulseaudio-utils xvfb openbox trayer xdotool x11-utils x11-xkb-utils imagemagick

@@ -87,10 +87,10 @@ TEST(WorkerThreadTest, StartClearsAStopRequestLeftFromBefore) {
 }
 
 TEST(WorkerThreadTest, BodyThatIgnoresStopIsEndedWithoutOnThreadEnd) {
-#if defined(__SANITIZE_ADDRESS__)
+#ifdef PARLAVOX_ADDRESS_SANITIZER
   // AddressSanitizer's runtime aborts while a cancelled thread unwinds (its
   // sigaltstack interceptor misreads the unwinding stack; google/sanitizers#1399),
-  // so the forced end is tested in the regular build only.
+  // so the forced end is tested in the other builds only.
   GTEST_SKIP() << "thread cancellation is not supported under AddressSanitizer";
 #endif
   ProbeThread stubborn(ProbeThread::Body::kIgnoreStop);
