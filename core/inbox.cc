@@ -66,7 +66,7 @@ void Inbox::PlayNext() {
     AnnounceCaller();
     if (!IsPlayable(reader)) {
       reader.reset();  // closed before the file goes, as some file systems want
-      folder_.Remove(name);
+      Remove(name);
       continue;
     }
     // A message that holds no sound yet is played at once: its lead-in covers the wait
@@ -80,7 +80,12 @@ void Inbox::PlayNext() {
     Play(std::move(reader));
     return;
   }
-  if (header_coming) next_->Start(kStillComingLook);
+  if (header_coming) {
+    next_->Start(kStillComingLook);
+  } else if (undeleted_looks_ > 0) {
+    --undeleted_looks_;
+    next_->Start(kUndeletedLook);
+  }
 }
 
 void Inbox::AnnounceCaller() {
@@ -119,8 +124,12 @@ void Inbox::Finish() {
   // The readers close the file before it goes, as some file systems want.
   playing_reader_.reset();
   resumed_reader_.reset();
-  if (!playing_.empty()) folder_.Remove(playing_);
+  if (!playing_.empty()) Remove(playing_);
   playing_.clear();
+}
+
+void Inbox::Remove(const std::string& name) {
+  if (!folder_.Remove(name)) undeleted_looks_ = kUndeletedLooks;
 }
 
 void Inbox::OnPlayStarted(uint32_t) { view_.EnablePlaybackMeter(true); }

@@ -30,10 +30,16 @@ namespace parlavox {
 // is missing (the messages behind it play meanwhile), and when playback catches up
 // with the caller it is not deleted: the inbox looks again every 20 ms and goes on
 // from where it stopped. A file that claims a sample rate no voice has is broken.
+//
+// A message that could not be deleted is tried again at each look, and the inbox
+// looks every 500 ms for 5 s after such a failure: a file system may hold a file for
+// a moment after its writer closed it.
 class Inbox : private LSoundPlayerListener {
  public:
   static constexpr std::chrono::milliseconds kBetweenMessages{200};
   static constexpr std::chrono::milliseconds kStillComingLook{20};
+  static constexpr std::chrono::milliseconds kUndeletedLook{500};
+  static constexpr int kUndeletedLooks = 10;
 
   Inbox(InboxFolder& folder, Player& player, const SettingsFile& settings, const UsersCache& users,
         ShareAccess& share, Clock& clock, StatusLine& status, IntercomView& view);
@@ -57,6 +63,8 @@ class Inbox : private LSoundPlayerListener {
   void Play(std::shared_ptr<WaveFileReader> reader);
   // Deletes the message being played and forgets it.
   void Finish();
+  // Deletes a message; when it stays, the inbox looks again for a while.
+  void Remove(const std::string& name);
   void OnPlayStarted(uint32_t cookie) override;
   void OnPlayStopped(uint32_t cookie) override;
   void OnPlayLevels(const ChannelLevels& levels, uint32_t cookie) override;
@@ -70,7 +78,8 @@ class Inbox : private LSoundPlayerListener {
   IntercomView& view_;
   std::unique_ptr<Timer> next_;
   int32_t previous_caller_ = -1;
-  std::string playing_;                             // the message being played
+  int undeleted_looks_ = 0;  // left to take after a message could not be deleted
+  std::string playing_;      // the message being played
   std::shared_ptr<WaveFileReader> playing_reader_;  // the player's, kept for a resume
   std::shared_ptr<WaveFileReader> resumed_reader_;  // set while waiting to go on
   Lifetime lifetime_;

@@ -19,7 +19,7 @@ class InboxFolder {
   virtual void Clear() = 0;
   // The waiting messages in the folder's own order. A message that was played (or
   // thrown away) but could not be deleted is left out until its file changes, so that
-  // it is heard once per arrival.
+  // it is heard once per arrival; each listing tries to delete it again.
   virtual std::vector<std::string> Messages() = 0;
   // Opens a message for playing; null when it can't be opened or is not a usable WAVE
   // file. The message is held from then on, so that a new call from the same caller
@@ -28,7 +28,8 @@ class InboxFolder {
   // Whether the caller's copy is still writing the message.
   virtual bool IsStillComing(const std::string& name) = 0;
   // Deletes a message, letting go of it; one that can't be deleted counts as played.
-  virtual void Remove(const std::string& name) = 0;
+  // Returns whether it is gone.
+  virtual bool Remove(const std::string& name) = 0;
   // Lets go of the held message without deleting it.
   virtual void Release() = 0;
 };

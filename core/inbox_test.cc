@@ -85,6 +85,22 @@ TEST_F(InboxTest, BrokenMessagesGoUnheardAndOnesThatCantPlayGoWithAnAlert) {
             "the correct Sound Out Device using Settings.");
 }
 
+// A file system may hold a message for a moment after its caller closed it: one that
+// could not be deleted is looked at again every 500 ms for 5 s, and then left alone.
+TEST_F(InboxTest, AMessageThatCouldNotBeDeletedIsTriedAgainForAWhile) {
+  Start();
+  folder_.undeletable = true;
+  Message(101);
+  watcher_.changed();
+  player_.PlayToTheEnd();
+  const int listings = folder_.listings;
+  clock_.Advance(Inbox::kBetweenMessages);
+  for (int look = 0; look < 2 * Inbox::kUndeletedLooks; ++look) {
+    clock_.Advance(Inbox::kUndeletedLook);
+  }
+  EXPECT_EQ(folder_.listings - listings, 1 + Inbox::kUndeletedLooks);
+}
+
 TEST_F(InboxTest, AMessageWhoseHeaderIsStillComingIsLeftForItsCaller) {
   ListUser("Ann", 7);
   Start();

@@ -191,7 +191,10 @@ class FakeInboxFolder : public InboxFolder {
   }
 
   void Clear() override { messages.clear(); }
-  std::vector<std::string> Messages() override { return Names(); }
+  std::vector<std::string> Messages() override {
+    ++listings;
+    return Names();
+  }
   std::shared_ptr<WaveFileReader> Open(const std::string& name) override {
     held = name;
     return Find(name)->reader;
@@ -200,16 +203,20 @@ class FakeInboxFolder : public InboxFolder {
     const Message* message = Find(name);
     return message != nullptr && message->coming;
   }
-  void Remove(const std::string& name) override {
+  // Played, a message leaves the list even when its file stays (`undeletable`).
+  bool Remove(const std::string& name) override {
     std::erase_if(messages, [&](const Message& m) { return m.name == name; });
     removed.push_back(name);
     held.clear();
+    return !undeletable;
   }
   void Release() override { held.clear(); }
 
   std::deque<Message> messages;
   std::vector<std::string> removed;
   std::string held;
+  bool undeletable = false;
+  int listings = 0;
 };
 
 // Other users' folders in memory. Answers come at once, or, with `hold_answers`, when

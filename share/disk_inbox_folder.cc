@@ -34,11 +34,12 @@ std::string DiskInboxFolder::PathOf(const std::string& name) const {
   return JoinPath(Folder(), name);
 }
 
-void DiskInboxFolder::Delete(const std::string& name) {
+bool DiskInboxFolder::Delete(const std::string& name) {
   const std::string path = PathOf(name);
   std::error_code error;
-  if (std::filesystem::remove(path, error) || !error) return;
+  if (std::filesystem::remove(path, error) || !error) return true;
   if (const std::optional<MessageLook> look = LookAtMessage(path)) undeletable_[name] = *look;
+  return false;
 }
 
 void DiskInboxFolder::Clear() {
@@ -51,8 +52,11 @@ std::vector<std::string> DiskInboxFolder::Messages() {
   ForEachMessage(Folder(), [&](const std::filesystem::directory_entry& entry) {
     std::string name = entry.path().filename().string();
     if (const auto played = undeletable_.find(name); played != undeletable_.end()) {
+      // Played already: tried again, as the file system may have let go of it since
+      // (smbnetfs keeps a file its writer closed for a moment).
+      std::error_code error;
       if (LookAtMessage(entry.path()) == played->second) {
-        still_undeletable.insert(*played);
+        if (!std::filesystem::remove(entry.path(), error)) still_undeletable.insert(*played);
         return;
       }
     }
@@ -79,10 +83,10 @@ bool DiskInboxFolder::IsStillComing(const std::string& name) {
   return arrivals_.IsStillComing(name, LookAtMessage(PathOf(name)), clock_.Now());
 }
 
-void DiskInboxFolder::Remove(const std::string& name) {
+bool DiskInboxFolder::Remove(const std::string& name) {
   Release();  // closed first: some file systems (smbnetfs) keep open files
-  Delete(name);
   arrivals_.Forget(name);
+  return Delete(name);
 }
 
 }  // namespace parlavox

@@ -29,7 +29,7 @@ class DiskInboxFolder : public InboxFolder {
   std::vector<std::string> Messages() override;
   std::shared_ptr<WaveFileReader> Open(const std::string& name) override;
   bool IsStillComing(const std::string& name) override;
-  void Remove(const std::string& name) override;
+  bool Remove(const std::string& name) override;
   void Release() override;
 
  private:
@@ -37,7 +37,7 @@ class DiskInboxFolder : public InboxFolder {
   std::string Folder() const;
   std::string PathOf(const std::string& name) const;
   // Deletes a message; when that fails, remembers it as played as it stands now.
-  void Delete(const std::string& name);
+  bool Delete(const std::string& name);
 
   const SettingsFile& settings_;
   const Clock& clock_;
