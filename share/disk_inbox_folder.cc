@@ -52,10 +52,10 @@ std::vector<std::string> DiskInboxFolder::Messages() {
   ForEachMessage(Folder(), [&](const std::filesystem::directory_entry& entry) {
     std::string name = entry.path().filename().string();
     if (const auto played = undeletable_.find(name); played != undeletable_.end()) {
-      // Played already: tried again, as the file system may have let go of it since
-      // (smbnetfs keeps a file its writer closed for a moment).
-      std::error_code error;
       if (LookAtMessage(entry.path()) == played->second) {
+        // Played already: deleted now if the file system has let go of it since
+        // (smbnetfs holds a file for a moment after its writer closed it).
+        std::error_code error;
         if (!std::filesystem::remove(entry.path(), error)) still_undeletable.insert(*played);
         return;
       }
