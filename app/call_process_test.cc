@@ -24,17 +24,6 @@ using namespace std::chrono_literals;
 
 constexpr uint32_t kRate = 11025;
 
-int Shell(const std::string& command) { return WEXITSTATUS(std::system(command.c_str())); }
-
-std::vector<int16_t> RawSamples(const std::string& path) {
-  const std::string bytes = FileText(path);
-  std::vector<int16_t> samples(bytes.size() / 2);
-  for (size_t i = 0; i < samples.size(); ++i) {
-    samples[i] = int16_t(uint8_t(bytes[2 * i]) | uint8_t(bytes[2 * i + 1]) << 8);
-  }
-  return samples;
-}
-
 std::vector<double> Decimated(const std::vector<int16_t>& in) {
   std::vector<double> out(in.size() / 4);  // speech lives well below 1.4 kHz
   for (size_t i = 0; i < out.size(); ++i) {
@@ -116,35 +105,6 @@ class CallProcessTest : public testing::Test {
     }
   }
 
-  // Records a copy's speaker (its server's "speaker" monitor) from now until Heard().
-  // A recording that asks for a long latency leaves the sink's latency to the
-  // intercom, as on a quiet desktop where the intercom is the only one playing.
-  class SpeakerRecording {
-   public:
-    SpeakerRecording(const PrivateSoundServer& server, const std::string& path,
-                     std::chrono::milliseconds latency = 20ms)
-        : path_(path),
-          latency_(latency),
-          parec_(
-              {"/usr/bin/parec", "--device=speaker.monitor", "--raw", "--format=s16le",
-               "--rate=11025", "--channels=1", "--latency-msec=" + std::to_string(latency.count())},
-              {"PULSE_SERVER=" + server.address(),
-               "HOME=" + std::filesystem::path(path).parent_path().string()},
-              path, path + ".log") {}
-    // Ends the recording once what is still on its way has arrived.
-    std::vector<int16_t> Heard() {
-      std::this_thread::sleep_for(300ms + 2 * latency_);
-      parec_.Signal(SIGINT);
-      parec_.WaitForExit(5s);
-      return RawSamples(path_);
-    }
-
-   private:
-    std::string path_;
-    std::chrono::milliseconds latency_;
-    ChildProcess parec_;
-  };
-
   // Speaks `text` with espeak-ng into `name`.wav, and the same as raw samples at the
   // copies' rate into `name`.wav.raw; returns the wave file's path.
   std::string Spoken(const std::string& name, const std::string& text) {
@@ -173,7 +133,7 @@ class CallProcessTest : public testing::Test {
   }
 
   // How well the speech is found in what a copy's speaker played.
-  double SpeechHeard(SpeakerRecording& speaker) {
+  double SpeechHeard(SinkRecording& speaker) {
     return SpeechFound(RawSamples(speech_ + ".raw"), speaker.Heard());
   }
 
@@ -226,7 +186,7 @@ class CallProcessTest : public testing::Test {
 
 TEST_F(CallProcessTest, SpeechReachesTheCalleeTheReplyComesBackAndACallCannotCutAMessageHeard) {
   ASSERT_TRUE(BothSeeEachOtherOn());
-  SpeakerRecording ben_speaker(ben_server_, scratch_ / "ben-heard.raw");
+  SinkRecording ben_speaker(ben_server_, "speaker", scratch_ / "ben-heard.raw");
   Speak(ann_, ann_server_, {"--call", "0"});
   ASSERT_TRUE(AllPlayed(ben_, 10s));
   EXPECT_GT(SpeechHeard(ben_speaker), 0.6) << ben_.log();
@@ -234,7 +194,7 @@ TEST_F(CallProcessTest, SpeechReachesTheCalleeTheReplyComesBackAndACallCannotCut
   EXPECT_EQ(ben["previous_caller"].toInt(), ann_.OwnRecord().id);
   EXPECT_EQ(ben["status"].toString(), "<- Ann");
 
-  SpeakerRecording ann_speaker(ann_server_, scratch_ / "ann-heard.raw");
+  SinkRecording ann_speaker(ann_server_, "speaker", scratch_ / "ann-heard.raw");
   Speak(ben_, ben_server_, {"--reply"});
   ASSERT_TRUE(AllPlayed(ann_, 10s));
   EXPECT_GT(SpeechHeard(ann_speaker), 0.6) << ann_.log();
@@ -253,7 +213,7 @@ TEST_F(CallProcessTest, SpeechReachesTheCalleeTheReplyComesBackAndACallCannotCut
 // last sample, at the level Ben set, in real decibels.
 TEST_F(CallProcessTest, AMessageGrowingLiveIsHeardWholeAtTheLevelSetOnAQuietDesktop) {
   ben_.Set("settings", "soundoutvolume", "-10dB");
-  SpeakerRecording ben_speaker(ben_server_, scratch_ / "ben-heard.raw", 1000ms);
+  SinkRecording ben_speaker(ben_server_, "speaker", scratch_ / "ben-heard.raw", 1000ms);
   constexpr int kAmplitude = 16000;
   constexpr double kSeconds = 4;
   {
@@ -307,7 +267,7 @@ TEST_F(CallProcessTest, CopiesReachEachOtherThroughASambaServerByBothNameFormsAl
   ASSERT_TRUE(BothSeeEachOtherOn()) << ann_.log() << ben_.log();
   ASSERT_TRUE(Eventually([&] { return ann_.UserStatus(0)["name"] == "Ben"; }, 12s));
 
-  SpeakerRecording ben_speaker(ben_server_, scratch_ / "ben-heard.raw");
+  SinkRecording ben_speaker(ben_server_, "speaker", scratch_ / "ben-heard.raw");
   Speak(ann_, ann_server_, {"--call", "0"});
   ASSERT_TRUE(AllPlayed(ben_, 15s)) << ben_.log();
   EXPECT_GT(SpeechHeard(ben_speaker), 0.6) << ben_.log();
@@ -346,7 +306,7 @@ TEST_F(CallProcessTest, AnInwardFolderKeptOnASambaServerWorksThroughIt) {
     EXPECT_EQ(found[0].toObject()["id"].toInt(), published.id);
   }
 
-  SpeakerRecording ben_speaker(ben_server_, scratch_ / "ben-heard.raw");
+  SinkRecording ben_speaker(ben_server_, "speaker", scratch_ / "ben-heard.raw");
   Speak(ann_, ann_server_, {"--call", "0"});
   const std::string message = on_server + "/" + std::to_string(ann_.OwnRecord().id) + ".wav";
   ASSERT_TRUE(Eventually(
@@ -381,7 +341,7 @@ TEST_F(CallProcessTest, AnInwardFolderOnASambaShareMountedThroughSmbnetfsWorks) 
   WriteFileText(smbnetfs_home + "/.smb/smbnetfs.conf", "show_hidden_hosts \"true\"\n");
   struct Unmount {
     std::string at;
-    ~Unmount() { EXPECT_EQ(std::system(("umount -l '" + at + "'").c_str()), 0); }
+    ~Unmount() { EXPECT_EQ(Shell("umount -l '" + at + "'"), 0); }
   } unmount{mount};
   ChildProcess smbnetfs({"/usr/bin/smbnetfs", "-f", mount},
                         {"HOME=" + smbnetfs_home, "PATH=/usr/bin:/bin"}, scratch_ / "smbnetfs.out",
@@ -400,7 +360,7 @@ TEST_F(CallProcessTest, AnInwardFolderOnASambaShareMountedThroughSmbnetfsWorks) 
 
   const std::string message = on_server + "/" + std::to_string(ann_.OwnRecord().id) + ".wav";
   for (int call = 0; call < 2; ++call) {
-    SpeakerRecording ben_speaker(ben_server_, scratch_ / "ben-heard.raw");
+    SinkRecording ben_speaker(ben_server_, "speaker", scratch_ / "ben-heard.raw");
     Speak(ann_, ann_server_, {"--call", "0"});
     // On a busy machine smbnetfs may show the caller's last writes late; the message
     // then counts as ended only once its caller counts as stalled, and plays to its end
@@ -440,7 +400,7 @@ TEST_F(CallProcessTest, AnInwardFolderSharedAsASambaUserShareIsReachedByTheNameS
   ASSERT_TRUE(samba.Answers(10s)) << samba.log();
   ann_.Set("users", "folder0", "smb://127.0.0.1/" + share);
   ASSERT_TRUE(BothSeeEachOtherOn()) << ann_.log();
-  SpeakerRecording ben_speaker(ben_server_, scratch_ / "ben-heard.raw");
+  SinkRecording ben_speaker(ben_server_, "speaker", scratch_ / "ben-heard.raw");
   Speak(ann_, ann_server_, {"--call", "0"});
   ASSERT_TRUE(AllPlayed(ben_, 10s)) << ben_.log();
   EXPECT_GT(SpeechHeard(ben_speaker), 0.6) << ben_.log();
@@ -461,7 +421,7 @@ TEST_F(CallProcessTest, ACallerThatStallsLosesNothing) {
   ASSERT_TRUE(BothSeeEachOtherOn());
   const std::string after = Spoken("after", "Sorry, the network was slow. Over and out.");
   const std::string mic = "PULSE_SERVER=" + ann_server_.address() + " paplay --device=mic '";
-  SpeakerRecording ben_speaker(ben_server_, scratch_ / "ben-heard.raw");
+  SinkRecording ben_speaker(ben_server_, "speaker", scratch_ / "ben-heard.raw");
   ASSERT_EQ(ann_.Control({"--call", "0"}).first, 0);
   ASSERT_EQ(Shell(mic + speech_ + "'"), 0);
   ann_.process().Signal(SIGSTOP);

@@ -17,6 +17,7 @@
 #include "settings/profile_file.h"
 #include "util/child_process_test_util.h"
 #include "util/eventually_test_util.h"
+#include "util/little_endian.h"
 #include "util/scratch_folder_test_util.h"
 #include "words/user_record.h"
 
@@ -30,6 +31,15 @@ inline bool PublishUser(const std::string& folder, const char* name, int32_t id,
   record.set_on(on);
   std::filesystem::create_directories(folder);
   return WriteUserRecord(record, folder + "/ParlavoxUserData");
+}
+
+// Whether `bytes` are a whole message file: its header's RIFF and data sizes are the
+// file's, as the caller leaves them once the call has ended.
+inline bool IsFinishedMessage(const std::string& bytes) {
+  const auto field = [&](size_t at) {
+    return GetLittleEndian32(reinterpret_cast<const uint8_t*>(&bytes[at]));
+  };
+  return bytes.size() >= 46 && field(4) == bytes.size() - 8 && field(42) == bytes.size() - 46;
 }
 
 // One person's copy of the real parlavox executable: a home, runtime folder and

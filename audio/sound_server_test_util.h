@@ -15,7 +15,9 @@
 #include <string>
 #include <thread>
 
+#include "util/child_process_test_util.h"
 #include "util/eventually_test_util.h"
+#include "util/scratch_folder_test_util.h"
 #include "util/task_poster.h"
 
 extern char** environ;
@@ -84,13 +86,44 @@ class PrivateSoundServer {
 
   // Runs pactl against this server with `arguments`; returns its exit status.
   int Pactl(const std::string& arguments) const {
-    return WEXITSTATUS(std::system(("PULSE_SERVER=" + address() + " pactl " + arguments).c_str()));
+    return Shell("PULSE_SERVER=" + address() + " pactl " + arguments);
   }
 
  private:
   std::string folder_;
   std::string socket_;
   pid_t pid_ = -1;
+};
+
+// Records what a sink of the server plays (its monitor, through parec, at 11025 Hz
+// mono) into `path` from now until Heard(). A recording that asks for a long latency
+// leaves the sink's latency to the program that plays, as on a quiet desktop where
+// that program is the only one playing.
+class SinkRecording {
+ public:
+  SinkRecording(const PrivateSoundServer& server, const std::string& sink, const std::string& path,
+                std::chrono::milliseconds latency = std::chrono::milliseconds(20))
+      : path_(path),
+        latency_(latency),
+        parec_(
+            {"/usr/bin/parec", "--device=" + sink + ".monitor", "--raw", "--format=s16le",
+             "--rate=11025", "--channels=1", "--latency-msec=" + std::to_string(latency.count())},
+            {"PULSE_SERVER=" + server.address(),
+             "HOME=" + std::filesystem::path(path).parent_path().string()},
+            path, path + ".log") {}
+
+  // Ends the recording once what is still on its way has arrived.
+  std::vector<int16_t> Heard() {
+    std::this_thread::sleep_for(std::chrono::milliseconds(300) + 2 * latency_);
+    parec_.Signal(SIGINT);
+    parec_.WaitForExit(std::chrono::seconds(5));
+    return RawSamples(path_);
+  }
+
+ private:
+  std::string path_;
+  std::chrono::milliseconds latency_;
+  ChildProcess parec_;
 };
 
 // The owner's thread for tests: posted tasks wait in a queue until the test runs them.

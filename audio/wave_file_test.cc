@@ -10,6 +10,8 @@
 #include <gtest/gtest.h>
 
 #include "audio/sample_conversion.h"
+#include "util/child_process_test_util.h"
+#include "util/little_endian.h"
 #include "util/scratch_folder_test_util.h"
 
 namespace parlavox {
@@ -17,30 +19,23 @@ namespace {
 
 using namespace std::string_literals;
 
-uint32_t Le32(const std::string& bytes, size_t at) {
-  return uint32_t(uint8_t(bytes[at])) | uint32_t(uint8_t(bytes[at + 1])) << 8 |
-         uint32_t(uint8_t(bytes[at + 2])) << 16 | uint32_t(uint8_t(bytes[at + 3])) << 24;
-}
-
 std::string Le(uint32_t value, int size) {
   std::string bytes;
   for (int i = 0; i < size; ++i) bytes += char(value >> (8 * i));
   return bytes;
 }
 
-// Runs a shell command; returns its exit status.
-int Shell(const std::string& command) { return WEXITSTATUS(std::system(command.c_str())); }
-
 // What sox decodes a file to, as 16-bit signed values, without dither.
 std::vector<int16_t> DecodedBySox(const std::string& path) {
-  const std::string raw = path + ".raw";
-  EXPECT_EQ(Shell("sox -D '" + path + "' -t raw -e signed -b 16 -L '" + raw + "'"), 0);
-  const std::string bytes = FileText(raw);
-  std::vector<int16_t> values(bytes.size() / 2);
-  for (size_t i = 0; i < values.size(); ++i) {
-    values[i] = int16_t(uint8_t(bytes[2 * i]) | uint8_t(bytes[2 * i + 1]) << 8);
-  }
-  return values;
+  EXPECT_EQ(Shell("sox -D '" + path + "' -t raw -e signed -b 16 -L '" + path + ".raw'"), 0);
+  return RawSamples(path + ".raw");
+}
+
+// The 32-bit field at byte `at` of the file; 0 where the file is shorter.
+uint32_t Le32At(const std::string& path, size_t at) {
+  const std::string bytes = FileText(path);
+  return bytes.size() < at + 4 ? 0
+                               : GetLittleEndian32(reinterpret_cast<const uint8_t*>(&bytes[at]));
 }
 
 std::vector<int32_t> ReadAll(WaveFileReader& reader, int64_t frames) {
@@ -115,21 +110,21 @@ TEST_F(WaveFileTest, SamplesConvertAsTheTableSaysAndWrap) {
 TEST_F(WaveFileTest, ProvisionalHeaderClaims32SecondsAndIsRefreshedEvery16) {
   const std::string path = Path("grow.wav");
   auto writer = CreateWaveFileWriter(path, 11025, 1, 16, 0);
-  EXPECT_EQ(Le32(FileText(path), 42), 352800u * 2);
+  EXPECT_EQ(Le32At(path, 42), 352800u * 2);
   std::vector<int32_t> block(441, 160);
   for (int i = 0; i < 400; ++i) writer->Write(block.data(), 441);  // exactly 16 s
-  EXPECT_EQ(Le32(FileText(path), 42), 352800u * 2);                // not refreshed yet
+  EXPECT_EQ(Le32At(path, 42), 352800u * 2);                        // not refreshed yet
   writer->Write(block.data(), 441);
   EXPECT_EQ(writer->length(), 176841);
-  EXPECT_EQ(Le32(FileText(path), 42), (352800u + 176841u) * 2);
-  EXPECT_EQ(Le32(FileText(path), 4), (352800u + 176841u) * 2 + 38);
+  EXPECT_EQ(Le32At(path, 42), (352800u + 176841u) * 2);
+  EXPECT_EQ(Le32At(path, 4), (352800u + 176841u) * 2 + 38);
 
   writer->Truncate(1000);
   EXPECT_EQ(std::filesystem::file_size(path), 46u + 2000u);
   writer->Truncate(5000);  // beyond the length: nothing
   EXPECT_EQ(writer->length(), 1000);
   writer.reset();
-  EXPECT_EQ(Le32(FileText(path), 42), 2000u);
+  EXPECT_EQ(Le32At(path, 42), 2000u);
 
   auto invalid = CreateWaveFileWriter(Path("no/such/folder.wav"), 11025, 1, 16, 0);
   EXPECT_FALSE(invalid->is_valid());

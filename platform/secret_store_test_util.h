@@ -91,7 +91,6 @@ class PrivateSecretStore {
     std::filesystem::permissions(folder + "/keyring/run", std::filesystem::perms::owner_all, error);
     return !error;
   }
-  static int Shell(const std::string& command) { return WEXITSTATUS(std::system(command.c_str())); }
   std::string log_path() const { return folder_ + "/keyring.log"; }
 
   std::string folder_;

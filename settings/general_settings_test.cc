@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include "util/child_process_test_util.h"
 #include "util/scratch_folder_test_util.h"
 
 namespace parlavox {
@@ -83,7 +84,7 @@ TEST_F(GeneralSettingsTest, AFolderForAllUsersIsOfferedOnlyWhereItCanBeKept) {
   const std::string machine = scratch_ / "etc/parlavox";
   std::filesystem::create_directories(machine);
   FolderStore folders(scratch_ / "user.ini", machine + "/folders.ini");
-  if (std::system(("chattr +i '" + machine + "' 2>/dev/null").c_str()) != 0) {
+  if (Shell("chattr +i '" + machine + "' 2>/dev/null") != 0) {
     GTEST_SKIP() << "this file system has no immutable folders";
   }
   GeneralSettings page = LoadGeneralSettings(settings_, folders, login_);
@@ -93,7 +94,7 @@ TEST_F(GeneralSettingsTest, AFolderForAllUsersIsOfferedOnlyWhereItCanBeKept) {
   page.inward_folder = "/srv/in";
   page.folder_changed = true;
   SaveGeneralSettings(page, settings_, folders, login_);
-  EXPECT_EQ(std::system(("chattr -i '" + machine + "'").c_str()), 0);
+  EXPECT_EQ(Shell("chattr -i '" + machine + "'"), 0);
   EXPECT_EQ(folders.Read(FolderScope::kCurrentUser, "Incoming"), "/srv/in");
   EXPECT_FALSE(std::filesystem::exists(machine + "/folders.ini"));
 }

@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 
+#include "util/child_process_test_util.h"
 #include "util/fake_clock_test_util.h"
 #include "util/scratch_folder_test_util.h"
 
@@ -75,10 +76,10 @@ TEST_F(DiskInboxFolderTest, AMessageIsComingWhileItChangesOnThisCopysClock) {
 class AppendOnlyFolder {
  public:
   explicit AppendOnlyFolder(std::string path) : path_(std::move(path)) {
-    made_ = std::system(("chattr +a '" + path_ + "' 2>/dev/null").c_str()) == 0;
+    made_ = Shell("chattr +a '" + path_ + "' 2>/dev/null") == 0;
   }
   ~AppendOnlyFolder() {
-    if (made_ && std::system(("chattr -a '" + path_ + "'").c_str()) != 0) {
+    if (made_ && Shell("chattr -a '" + path_ + "'") != 0) {
       ADD_FAILURE() << "the folder stays append-only: " << path_;
     }
   }

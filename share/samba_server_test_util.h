@@ -76,7 +76,7 @@ class SambaServer {
       const std::string add = "printf '%s\\n%s\\n' " + std::string(kPassword) + " " + kPassword +
                               " | /usr/bin/pdbedit -s '" + folder_ +
                               "/smb.conf' -a -u root -t >/dev/null 2>&1";
-      account_added_ = std::system(add.c_str()) == 0;
+      account_added_ = Shell(add) == 0;
     }
     server_ = std::make_unique<ChildProcess>(
         std::vector<std::string>{"/usr/sbin/smbd", "--foreground", "-s", folder_ + "/smb.conf"},
@@ -100,7 +100,7 @@ class SambaServer {
     return Eventually(
                [&] {
                  return !server_->running() ||
-                        std::system("smbclient -N //127.0.0.1/IPC$ -c exit >/dev/null 2>&1") == 0;
+                        Shell("smbclient -N //127.0.0.1/IPC$ -c exit >/dev/null 2>&1") == 0;
                },
                limit, std::chrono::milliseconds(200)) &&
            server_->running();

@@ -130,13 +130,8 @@ class DesktopCopyTest : public testing::Test {
     ASSERT_TRUE(Eventually([&] { return !copy_.Status()["recording"].toBool(); }, 5s));
     ASSERT_TRUE(Eventually([&] { return MessageSize() >= 46; }, 5s));
     const std::string bytes = FileText(Message());
-    ASSERT_GE(bytes.size(), with_sound ? 47u : 46u);
-    auto field = [&](size_t at) {
-      return uint32_t(uint8_t(bytes[at])) | uint32_t(uint8_t(bytes[at + 1])) << 8 |
-             uint32_t(uint8_t(bytes[at + 2])) << 16 | uint32_t(uint8_t(bytes[at + 3])) << 24;
-    };
-    EXPECT_EQ(field(4), bytes.size() - 8);
-    EXPECT_EQ(field(42), bytes.size() - 46);
+    EXPECT_GE(bytes.size(), with_sound ? 47u : 46u);
+    EXPECT_TRUE(IsFinishedMessage(bytes)) << bytes.size() << " bytes";
     std::filesystem::remove(Message());
   }
 

@@ -69,9 +69,7 @@ class VirtualDesktop {
   const std::string& display() const { return display_; }
 
   // Runs a shell command on this desktop; returns its exit status.
-  int Run(const std::string& command) const {
-    return WEXITSTATUS(std::system(("DISPLAY=" + display_ + " " + command).c_str()));
-  }
+  int Run(const std::string& command) const { return Shell("DISPLAY=" + display_ + " " + command); }
 
   // What a shell command on this desktop prints, without the last newline.
   std::string Output(const std::string& command) const {

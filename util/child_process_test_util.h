@@ -27,6 +27,9 @@ inline std::vector<std::string> SanitizerEnvironment() {
   return environment;
 }
 
+// Runs a shell command; returns its exit status.
+inline int Shell(const std::string& command) { return WEXITSTATUS(std::system(command.c_str())); }
+
 // A program started with its own environment, standard output and standard error
 // sent to files, in `working_folder` when one is given.
 class ChildProcess {

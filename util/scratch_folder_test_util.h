@@ -6,8 +6,10 @@
 #include <filesystem>
 #include <fstream>
 #include <string>
+#include <vector>
 
 #include "util/atomic_file.h"
+#include "util/little_endian.h"
 
 namespace parlavox {
 
@@ -40,6 +42,17 @@ inline void WriteFileText(const std::string& path, const std::string& text) {
 // The whole file, read in large pieces (a package of tens of megabytes among them);
 // "" when it can't be read.
 inline std::string FileText(const std::string& path) { return ReadWholeFile(path).value_or(""); }
+
+// The samples of a raw file of signed 16-bit samples, least significant byte first
+// (what parec and sox write as raw).
+inline std::vector<int16_t> RawSamples(const std::string& path) {
+  const std::string bytes = FileText(path);
+  std::vector<int16_t> samples(bytes.size() / 2);
+  for (size_t i = 0; i < samples.size(); ++i) {
+    samples[i] = int16_t(GetLittleEndian16(reinterpret_cast<const uint8_t*>(&bytes[2 * i])));
+  }
+  return samples;
+}
 
 // Whether the file's owner may run it.
 inline bool IsExecutable(const std::string& path) {
