@@ -1,7 +1,6 @@
 #include "audio/mixer_control.h"
 
 #include <cmath>
-#include <cstdio>
 #include <filesystem>
 
 #include <gtest/gtest.h>
@@ -10,6 +9,7 @@
 #include "audio/sound_player.h"
 #include "audio/sound_recorder.h"
 #include "audio/sound_server_test_util.h"
+#include "util/child_process_test_util.h"
 #include "util/scratch_folder_test_util.h"
 
 namespace parlavox {
@@ -17,19 +17,9 @@ namespace {
 
 using namespace std::chrono_literals;
 
-std::string Output(const std::string& command) {
-  std::string text;
-  if (FILE* pipe = popen(command.c_str(), "r")) {
-    char chunk[512];
-    while (fgets(chunk, sizeof chunk, pipe) != nullptr) text += chunk;
-    pclose(pipe);
-  }
-  return text;
-}
-
 // The first volume pactl prints for `what`, in decibels (-inf for silence).
 double Decibels(const std::string& what) {
-  const std::string text = Output("pactl " + what + " | grep -m1 Volume:");
+  const std::string text = ShellOutput("pactl " + what + " | grep -m1 Volume:");
   const size_t slash = text.rfind('/');
   if (slash == std::string::npos) return NAN;
   return std::stod(text.substr(slash + 1));
@@ -57,7 +47,7 @@ TEST_F(MixerControlTest, RecordSourcesArePortsAndSelectingOneLeavesTheVolumeAlon
   EXPECT_EQ(mixer_.SelectRecordSource({mic, "mic.monitor"}, -1), 0);  // leave the mixer alone
   EXPECT_EQ(mixer_.SelectRecordSource({-1, ""}, 0), 0);               // no device
   EXPECT_NEAR(Decibels("get-source-volume mic.monitor"), -7, 0.1);
-  EXPECT_NE(Output("pactl get-source-mute mic.monitor").find("yes"), std::string::npos);
+  EXPECT_NE(ShellOutput("pactl get-source-mute mic.monitor").find("yes"), std::string::npos);
 
   EXPECT_EQ(mixer_.GetRecordSourceCount(mic), 0);
   EXPECT_EQ(mixer_.GetRecordSourceCount(-1), 0);

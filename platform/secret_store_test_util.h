@@ -3,7 +3,6 @@
 
 #include <signal.h>
 
-#include <cstdio>
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -61,18 +60,9 @@ class PrivateSecretStore {
 
   // The password saved for SMB on `host`, as the file manager would find it.
   std::string SavedPassword(const std::string& host) const {
-    std::string password;
-    if (FILE* lookup = popen(("env" + environment_ +
-                              " secret-tool lookup xdg:schema org.gnome.keyring.NetworkPassword "
-                              "server " +
-                              host + " protocol smb 2>/dev/null")
-                                 .c_str(),
-                             "r")) {
-      char buffer[256];
-      while (fgets(buffer, sizeof buffer, lookup) != nullptr) password += buffer;
-      pclose(lookup);
-    }
-    return password;
+    return ShellOutput("env" + environment_ +
+                       " secret-tool lookup xdg:schema org.gnome.keyring.NetworkPassword server " +
+                       host + " protocol smb 2>/dev/null");
   }
 
   // Saves a password for SMB on `host` as the file manager does.

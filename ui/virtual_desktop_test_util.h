@@ -1,14 +1,8 @@
 #ifndef PARLAVOX_UI_VIRTUAL_DESKTOP_TEST_UTIL_H_
 #define PARLAVOX_UI_VIRTUAL_DESKTOP_TEST_UTIL_H_
 
-#include <errno.h>
 #include <fcntl.h>
 #include <signal.h>
-#include <spawn.h>
-#include <stdio.h>
-#include <string.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <chrono>
 #include <filesystem>
@@ -16,7 +10,6 @@
 #include <optional>
 #include <sstream>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "util/child_process_test_util.h"
@@ -56,9 +49,9 @@ class VirtualDesktop {
       process->Signal(SIGTERM);
       process->WaitForExit(std::chrono::seconds(3));
     }
-    if (server_pid_ > 0) {
-      kill(server_pid_, SIGTERM);  // the server removes its lock file
-      waitpid(server_pid_, nullptr, 0);
+    if (server_) {
+      server_->Signal(SIGTERM);  // the server removes its lock file
+      server_->WaitForExit(std::chrono::seconds(5));
     }
     // The display is free again: its reservation goes, leaving nothing behind.
     if (!display_.empty()) std::filesystem::remove("/tmp/parlavox-display-" + display_.substr(1));
@@ -73,12 +66,7 @@ class VirtualDesktop {
 
   // What a shell command on this desktop prints, without the last newline.
   std::string Output(const std::string& command) const {
-    std::string text;
-    if (FILE* pipe = popen(("DISPLAY=" + display_ + " " + command).c_str(), "r")) {
-      char chunk[512];
-      while (fgets(chunk, sizeof chunk, pipe) != nullptr) text += chunk;
-      pclose(pipe);
-    }
+    std::string text = ShellOutput("DISPLAY=" + display_ + " " + command);
     while (!text.empty() && text.back() == '\n') text.pop_back();
     return text;
   }
@@ -163,26 +151,18 @@ class VirtualDesktop {
       display_ = ":" + std::to_string(number);
       // -noreset: the server would otherwise reset when the last client (the check
       // below) leaves, refusing the window manager that connects meanwhile.
-      const char* argv[] = {"/usr/bin/Xvfb", display_.c_str(), "-screen", "0",
-                            "1024x700x24",   "-nolisten",      "tcp",     "-noreset",
-                            nullptr};
-      const char* env[] = {"PATH=/usr/bin:/bin", nullptr};
-      posix_spawn_file_actions_t actions;
-      posix_spawn_file_actions_init(&actions);
-      posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
-      posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
-      posix_spawn(&server_pid_, argv[0], &actions, nullptr, const_cast<char**>(argv),
-                  const_cast<char**>(env));
-      posix_spawn_file_actions_destroy(&actions);
+      server_ = std::make_unique<ChildProcess>(
+          std::vector<std::string>{"/usr/bin/Xvfb", display_, "-screen", "0", "1024x700x24",
+                                   "-nolisten", "tcp", "-noreset"},
+          std::vector<std::string>{"PATH=/usr/bin:/bin"}, "/dev/null", "/dev/null");
+      // Answered by this server, not by one that took the display first.
       if (Eventually([&] {
-            return waitpid(server_pid_, nullptr, WNOHANG) == 0 &&
+            return server_->WaitForExit(std::chrono::milliseconds(0)) < 0 &&
                    Run("xdpyinfo >/dev/null 2>&1") == 0;
           })) {
         return;
       }
-      kill(server_pid_, SIGKILL);
-      waitpid(server_pid_, nullptr, 0);
-      server_pid_ = -1;
+      server_.reset();
     }
     display_.clear();
   }
@@ -195,7 +175,7 @@ class VirtualDesktop {
 
   std::string display_;
   std::unique_ptr<FileLock> reservation_;
-  pid_t server_pid_ = -1;
+  std::unique_ptr<ChildProcess> server_;
   std::unique_ptr<ChildProcess> window_manager_;
   std::unique_ptr<ChildProcess> tray_;
 };

@@ -8,6 +8,7 @@
 #include <unistd.h>
 
 #include <chrono>
+#include <cstdio>
 #include <cstdlib>
 #include <string>
 #include <thread>
@@ -29,6 +30,17 @@ inline std::vector<std::string> SanitizerEnvironment() {
 
 // Runs a shell command; returns its exit status.
 inline int Shell(const std::string& command) { return WEXITSTATUS(std::system(command.c_str())); }
+
+// What a shell command prints on its standard output.
+inline std::string ShellOutput(const std::string& command) {
+  std::string text;
+  if (FILE* pipe = popen(command.c_str(), "r")) {
+    char chunk[512];
+    while (fgets(chunk, sizeof chunk, pipe) != nullptr) text += chunk;
+    pclose(pipe);
+  }
+  return text;
+}
 
 // A program started with its own environment, standard output and standard error
 // sent to files, in `working_folder` when one is given.
