@@ -2,25 +2,22 @@
 #define PARLAVOX_AUDIO_SOUND_SERVER_TEST_UTIL_H_
 
 #include <signal.h>
-#include <spawn.h>
 #include <stdlib.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <chrono>
 #include <deque>
 #include <filesystem>
 #include <functional>
+#include <memory>
 #include <mutex>
 #include <string>
 #include <thread>
+#include <vector>
 
 #include "util/child_process_test_util.h"
 #include "util/eventually_test_util.h"
 #include "util/scratch_folder_test_util.h"
 #include "util/task_poster.h"
-
-extern char** environ;
 
 namespace parlavox {
 
@@ -51,38 +48,23 @@ class PrivateSoundServer {
   bool Start() {
     const std::string protocol =
         "module-native-protocol-unix socket=" + socket_ + " auth-anonymous=1";
-    const char* argv[] = {"pulseaudio",
-                          "-n",
-                          "--daemonize=no",
-                          "--exit-idle-time=-1",
-                          "--use-pid-file=false",
-                          "--disable-shm=true",
-                          "-L",
-                          protocol.c_str(),
-                          "-L",
-                          "module-null-sink sink_name=speaker rate=11025 channels=1 norewinds=1 "
-                          "sink_properties=device.description=Speaker",
-                          "-L",
-                          "module-null-sink sink_name=mic rate=11025 channels=1 norewinds=1 "
-                          "sink_properties=device.description=Microphone",
-                          "--log-target=file:/dev/null",
-                          nullptr};
-    const std::string home = "HOME=" + folder_, runtime = "XDG_RUNTIME_DIR=" + folder_,
-                      path = "PATH=/usr/bin:/bin";
-    const char* env[] = {home.c_str(), runtime.c_str(), path.c_str(), nullptr};
-    if (posix_spawnp(&pid_, "pulseaudio", nullptr, nullptr, const_cast<char**>(argv),
-                     const_cast<char**>(env)) != 0) {
-      return false;
-    }
-    return Eventually([&] { return Pactl("info >/dev/null 2>&1") == 0; });
+    daemon_ = std::make_unique<ChildProcess>(
+        std::vector<std::string>{
+            "/usr/bin/pulseaudio", "-n", "--daemonize=no", "--exit-idle-time=-1",
+            "--use-pid-file=false", "--disable-shm=true", "-L", protocol, "-L",
+            "module-null-sink sink_name=speaker rate=11025 channels=1 norewinds=1 "
+            "sink_properties=device.description=Speaker",
+            "-L",
+            "module-null-sink sink_name=mic rate=11025 channels=1 norewinds=1 "
+            "sink_properties=device.description=Microphone",
+            "--log-target=file:/dev/null"},
+        std::vector<std::string>{"HOME=" + folder_, "XDG_RUNTIME_DIR=" + folder_,
+                                 "PATH=/usr/bin:/bin"},
+        "/dev/null", "/dev/null");
+    return daemon_->running() && Eventually([&] { return Pactl("info >/dev/null 2>&1") == 0; });
   }
 
-  void Stop() {
-    if (pid_ <= 0) return;
-    kill(pid_, SIGKILL);
-    waitpid(pid_, nullptr, 0);
-    pid_ = -1;
-  }
+  void Stop() { daemon_.reset(); }
 
   // Runs pactl against this server with `arguments`; returns its exit status.
   int Pactl(const std::string& arguments) const {
@@ -92,7 +74,7 @@ class PrivateSoundServer {
  private:
   std::string folder_;
   std::string socket_;
-  pid_t pid_ = -1;
+  std::unique_ptr<ChildProcess> daemon_;
 };
 
 // Records what a sink of the server plays (its monitor, through parec, at 11025 Hz
