@@ -126,6 +126,35 @@ def wait_until(condition, limit):
     return False
 
 
+def mouth_to_ear(folder, servers, caller, calls, after_each):
+    """Plays a short tone into the caller's microphone in each of `calls` calls; returns
+    the mouth-to-ear delay of each call that was heard, in ms. `after_each` waits
+    between calls."""
+    tone = os.path.join(folder, "tone.wav")
+    subprocess.run(["sox", "-n", "-r", str(RATE), "-c", "1", "-b", "16", tone,
+                    "synth", "0.3", "sine", "800"], check=True)
+    mouth = Listener(servers[0][1], "mic.monitor")
+    ear = Listener(servers[1][1], "speaker.monitor")
+    try:
+        time.sleep(0.5)
+        latencies = []
+        for _ in range(calls):
+            caller.control("--call", "0")
+            time.sleep(0.3)
+            start = time.monotonic()
+            subprocess.run(["paplay", "--device=mic", tone], env={"PULSE_SERVER": servers[0][1]})
+            time.sleep(0.2)
+            caller.control("--hangup")
+            spoken, heard = mouth.onset_after(start), ear.onset_after(start)
+            if spoken is not None and heard is not None:
+                latencies.append(1000 * (heard - spoken))
+            after_each()
+        return latencies
+    finally:
+        mouth.stop()
+        ear.stop()
+
+
 def measure_usage(copies, seconds, during=None):
     before = [copy.usage()[0] for copy in copies]
     peak_rss = [0.0] * len(copies)
@@ -152,7 +181,7 @@ def main():
         raise SystemExit(f"build the program first: {PARLAVOX} is missing")
 
     folder = tempfile.mkdtemp(prefix="parlavox-measure-")
-    servers, copies, listeners = [], [], []
+    servers, copies = [], []
     try:
         for name in ("caller", "callee"):
             servers.append(start_server(os.path.join(folder, name + "-pulse")))
@@ -166,27 +195,8 @@ def main():
             raise SystemExit("the copies did not start")
         time.sleep(6)  # one presence poll, so each sees the other on
 
-        tone = os.path.join(folder, "tone.wav")
-        subprocess.run(["sox", "-n", "-r", str(RATE), "-c", "1", "-b", "16", tone,
-                        "synth", "0.3", "sine", "800"], check=True)
-        mouth = Listener(servers[0][1], "mic.monitor")
-        ear = Listener(servers[1][1], "speaker.monitor")
-        listeners = [mouth, ear]
-        time.sleep(0.5)
-
-        latencies = []
-        for _ in range(options.calls):
-            caller.control("--call", "0")
-            time.sleep(0.3)
-            start = time.monotonic()
-            subprocess.run(["paplay", "--device=mic", tone], env={"PULSE_SERVER": servers[0][1]})
-            time.sleep(0.2)
-            caller.control("--hangup")
-            spoken, heard = mouth.onset_after(start), ear.onset_after(start)
-            if spoken is not None and heard is not None:
-                latencies.append(1000 * (heard - spoken))
-            wait_until(callee.inbox_empty, 10)
-            time.sleep(0.5)
+        latencies = mouth_to_ear(folder, servers, caller, options.calls,
+                                 lambda: (wait_until(callee.inbox_empty, 10), time.sleep(0.5)))
         if latencies:
             print(f"mouth to ear: {len(latencies)} calls, median {statistics.median(latencies):.0f} ms, "
                   f"worst {max(latencies):.0f} ms, best {min(latencies):.0f} ms")
@@ -208,8 +218,6 @@ def main():
             print(f"during a call of {options.call_seconds:.0f} s, {name}: {cpu:.2f} % of a core, "
                   f"{rss:.1f} MiB resident")
     finally:
-        for listener in listeners:
-            listener.stop()
         for copy in copies:
             if copy.process:
                 copy.control("--quit")

@@ -21,7 +21,7 @@ import time
 
 sys.path.insert(0, os.path.dirname(os.path.abspath(__file__)))
 import measure_calls  # noqa: E402
-from measure_calls import Copy, Listener, start_server, wait_until  # noqa: E402
+from measure_calls import Copy, start_server, wait_until  # noqa: E402
 from measure_idle import switches, write_record  # noqa: E402
 
 ROOT = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
@@ -94,7 +94,7 @@ class Notice(threading.Thread):
 def call_latencies(folder, calls, callee_inward, caller_lists, notice_from=None):
     """Two copies; the caller lists `caller_lists`; the callee's own inward folder is
     `callee_inward` (None: its local one). Mouth-to-ear of each call, in ms."""
-    servers, copies, listeners = [], [], []
+    servers, copies = [], []
     notice = None
     try:
         for name in ("caller", "callee"):
@@ -116,31 +116,12 @@ def call_latencies(folder, calls, callee_inward, caller_lists, notice_from=None)
         if notice_from:
             notice = Notice(notice_from, os.path.join(callee.env["XDG_RUNTIME_DIR"], "parlavox",
                                                        "inward", "127.0.0.1_office_callee"))
-        tone = os.path.join(folder, "tone.wav")
-        subprocess.run(["sox", "-n", "-r", "11025", "-c", "1", "-b", "16", tone, "synth", "0.3",
-                        "sine", "800"], check=True)
-        mouth = Listener(servers[0][1], "mic.monitor")
-        ear = Listener(servers[1][1], "speaker.monitor")
-        listeners = [mouth, ear]
-        time.sleep(0.5)
-        latencies = []
-        for _ in range(calls):
-            caller.control("--call", "0")
-            time.sleep(0.3)
-            start = time.monotonic()
-            subprocess.run(["paplay", "--device=mic", tone], env={"PULSE_SERVER": servers[0][1]})
-            time.sleep(0.2)
-            caller.control("--hangup")
-            spoken, heard = mouth.onset_after(start), ear.onset_after(start)
-            if spoken is not None and heard is not None:
-                latencies.append(1000 * (heard - spoken))
-            time.sleep(1.5)
+        latencies = measure_calls.mouth_to_ear(folder, servers, caller, calls,
+                                               lambda: time.sleep(1.5))
         return latencies, (notice.delays if notice else [])
     finally:
         if notice:
             notice.running = False
-        for listener in listeners:
-            listener.stop()
         for copy in copies:
             if copy.process:
                 copy.control("--quit")
