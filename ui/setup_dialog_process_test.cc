@@ -62,6 +62,11 @@ TEST_F(SetupDialogTest, CancelInstallsNothingAndAcceptingInstallsAndStartsThePro
   EXPECT_TRUE(Eventually([&] { return desktop_.VisibleWindow("Parlavox"); }));
   EXPECT_TRUE(
       Eventually([&] { return FileText(opened_).find("#topic-101") != std::string::npos; }, 5s));
+  // F1 in its window opens the help at its start.
+  desktop_.Run("xdotool windowactivate --sync " + *desktop_.VisibleWindow("Parlavox") + " key F1");
+  EXPECT_TRUE(Eventually(
+      [&] { return FileText(opened_).find("parlavox-help.html\n") != std::string::npos; }, 5s))
+      << FileText(opened_);
   EXPECT_FALSE(desktop_.VisibleWindow("Installing Parlavox"));
 }
 

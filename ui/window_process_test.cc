@@ -204,25 +204,6 @@ TEST_F(WindowTest, ClosingAsksWhetherToGoOnInTheBackground) {
   EXPECT_FALSE(copy_.OwnRecord().is_on());
 }
 
-TEST_F(WindowTest, HelpOpensInTheBrowser) {
-  // A stand-in for the desktop's browser, which records what it was asked to open.
-  const std::string opened = scratch_ / "opened";
-  WriteFileText(copy_.tools_folder() + "/xdg-open", "#!/bin/sh\necho \"$1\" >> '" + opened + "'\n");
-  std::filesystem::permissions(copy_.tools_folder() + "/xdg-open",
-                               std::filesystem::perms::owner_all);
-  StartWindow({"/install"});
-  EXPECT_TRUE(
-      Eventually([&] { return FileText(opened).find("#topic-101") != std::string::npos; }, 5s));
-  Keys("key F1");
-  EXPECT_TRUE(Eventually(
-      [&] {
-        const std::string text = FileText(opened);
-        return text.find("parlavox-help.html\n") != std::string::npos;
-      },
-      5s))
-      << FileText(opened);
-}
-
 // The picture of the window in the README: three colleagues (on, off, not reached)
 // and a message playing. Written to PARLAVOX_SCREENSHOT when that is set.
 TEST_F(WindowTest, APictureOfTheWindowShowsUsersAndAPlayingMessage) {
