@@ -86,13 +86,20 @@ TEST_F(CallsTest, ACallThatCannotStartSaysWhy) {
   EXPECT_FALSE(priority_.raised);
 }
 
-TEST_F(CallsTest, ACallWhoseMessageIsTakenAwayEndsAndSaysSo) {
+TEST_F(CallsTest, AMessageTakenAwayEndsTheCallAndOneNotSavedWholeIsToldOf) {
   ListUser("Ann", 101);
   EXPECT_EQ(StartCall(0), CallRefusal::kNone);
   share_.last_reports.taken_away();
   EXPECT_FALSE(recorder_.is_recording());
   EXPECT_FALSE(priority_.raised);
   EXPECT_EQ(view_.statuses.back(), "Your message was taken from the user's folder before it ended");
+
+  EXPECT_EQ(StartCall(0), CallRefusal::kNone);
+  const size_t told = view_.statuses.size();
+  share_.last_reports.finished(true);
+  EXPECT_EQ(view_.statuses.size(), told);
+  share_.last_reports.finished(false);  // the share failed while the sound was written
+  EXPECT_EQ(view_.statuses.back(), "Your message could not be saved in the user's folder");
 }
 
 TEST_F(CallsTest, ACallWhoseSoundServerWentAwayEndsAndSaysSo) {

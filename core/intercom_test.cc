@@ -47,6 +47,7 @@ TEST_F(IntercomTest, StartPublishesTheIntercomOnAndTheEndPublishesItOff) {
   watcher_.usable(true);
   EXPECT_TRUE(Published().is_on());
   EXPECT_EQ(Published().id, own.id);
+  EXPECT_EQ(view_.statuses.back(), "Your inward folder is back: others can call you again");
 
   intercom_.End();
   EXPECT_FALSE(Published().is_on());
