@@ -54,13 +54,13 @@ def faults(source, layer):
     return found
 
 
-def failing_tests(binary, test_filter, report):
+def failing_tests(binary, test_filter, report, timeout):
     """The tests that fail; None when the binary crashed or hung."""
     if os.path.exists(report):
         os.remove(report)
     try:
         subprocess.run([binary, f'--gtest_filter={test_filter}', f'--gtest_output=json:{report}'],
-                       capture_output=True, timeout=60, cwd=os.path.dirname(binary))
+                       capture_output=True, timeout=timeout, cwd=os.path.dirname(binary))
     except subprocess.TimeoutExpired:
         return None
     if not os.path.exists(report):
@@ -75,6 +75,8 @@ def main():
     parser.add_argument('layer', help='a folder of the code: core, settings, share, ...')
     parser.add_argument('--count', type=int, default=300, help='faults to plant at most')
     parser.add_argument('--filter', default='*', help='the tests to run (gtest filter)')
+    parser.add_argument('--timeout', type=int, default=60,
+                        help='seconds after which the tests count as hung')
     arguments = parser.parse_args()
 
     top = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
@@ -101,7 +103,8 @@ def main():
         open(os.path.join(source, path), 'w').write('\n'.join(lines))
         try:
             if subprocess.run(build, capture_output=True).returncode == 0:
-                failed = failing_tests(binary, arguments.filter, os.path.join(work, 'tests.json'))
+                failed = failing_tests(binary, arguments.filter, os.path.join(work, 'tests.json'),
+                                       arguments.timeout)
                 caught[f'{path}:{number + 1} {what}'] = failed
         finally:
             open(os.path.join(source, path), 'w').write(original)
