@@ -73,7 +73,7 @@ void Inbox::PlayNext() {
     // for the first sound, and should the lead-in run out first, playback goes on from
     // there when the sound arrives.
     playing_ = name;
-    reader->Seek(TimeToFrames(player_.LeadIn(), reader->sample_rate()));
+    SeekToLeadIn(*reader);
     player_.set_device(ReadDeviceChoice(settings_, settings_key::kOutputDevice));
     // Every message at the level set when it starts, on its own stream.
     player_.set_level(settings_.ReadDecibels(kSettingsSection, settings_key::kOutputLevel, 0));
@@ -107,8 +107,16 @@ void Inbox::Play(std::shared_ptr<WaveFileReader> reader) {
       "Sound Out Device Error");
 }
 
+void Inbox::SeekToLeadIn(WaveFileReader& reader) {
+  reader.Seek(TimeToFrames(player_.LeadIn(), reader.sample_rate()));
+}
+
 void Inbox::Resume() {
   std::shared_ptr<WaveFileReader> reader = std::move(resumed_reader_);
+  // A file cut below where playback stands holds a new message of the same caller, who
+  // wrote over the one waited on (a share that did not keep it for the inbox): it is
+  // heard from its beginning.
+  if (reader->GetLength() < reader->GetPosition()) SeekToLeadIn(*reader);
   if (reader->GetLength() > reader->GetPosition()) {
     Play(std::move(reader));
   } else if (folder_.IsStillComing(playing_)) {

@@ -60,6 +60,8 @@ class Inbox : private LSoundPlayerListener {
   void AnnounceCaller();
   // Goes on with a message whose playback caught up with its caller.
   void Resume();
+  // Puts a reader where playback of a message starts: the player's lead-in before it.
+  void SeekToLeadIn(WaveFileReader& reader);
   void Play(std::shared_ptr<WaveFileReader> reader);
   // Deletes the message being played and forgets it.
   void Finish();

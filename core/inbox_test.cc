@@ -154,6 +154,13 @@ TEST_F(InboxTest, PlaybackThatCatchesUpWithItsCallerGoesOnWhereItStopped) {
   EXPECT_EQ(player_.started_at, 5512);  // on from where it stopped, without a new lead-in
   EXPECT_EQ(folder_.held, "8.wav");
 
+  // The caller's copy writes a new message over this one: heard from its beginning.
+  player_.PlayToTheEnd();
+  reader->Grow(300 - reader->GetLength());
+  clock_.Advance(20ms);
+  EXPECT_EQ(player_.plays, 3);
+  EXPECT_EQ(player_.started_at, -1653);
+
   folder_.Find("8.wav")->coming = false;  // the caller finished
   player_.PlayToTheEnd();
   EXPECT_EQ(folder_.removed, std::vector<std::string>{"8.wav"});

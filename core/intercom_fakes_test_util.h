@@ -36,7 +36,7 @@ class MemoryReader : public WaveFileReader {
   void Seek(int64_t frame) override { position_ = frame; }
   int64_t GetPosition() const override { return position_; }
   int64_t GetLength() override { return length_; }
-  void Grow(int64_t frames) { length_ += frames; }
+  void Grow(int64_t frames) { length_ += frames; }  // or shrink, when negative
 
  protected:
   void ReadBlock(int32_t* samples, int frames) override {
