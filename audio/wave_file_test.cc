@@ -178,6 +178,8 @@ TEST_F(WaveFileTest, ReaderGivesSilenceOutsideTheDataAndCapsTheLength) {
 
   std::ofstream(path, std::ios::binary | std::ios::app) << Le(400, 2);  // the file grows
   EXPECT_EQ(reader->GetLength(), 4);
+  std::filesystem::resize_file(path, std::filesystem::file_size(path) - 4);  // and is cut
+  EXPECT_EQ(reader->GetLength(), 2);
 }
 
 TEST_F(WaveFileTest, OurPcmFilesReadBackAndAreReadBySox) {
