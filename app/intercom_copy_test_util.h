@@ -19,19 +19,9 @@
 #include "util/eventually_test_util.h"
 #include "util/little_endian.h"
 #include "util/scratch_folder_test_util.h"
-#include "words/user_record.h"
+#include "words/user_record_test_util.h"
 
 namespace parlavox {
-
-// Writes the record of another person, as their copy would, into their inward folder.
-inline bool PublishUser(const std::string& folder, const char* name, int32_t id, bool on) {
-  UserRecord record;
-  record.SetName(name);
-  record.id = id;
-  record.set_on(on);
-  std::filesystem::create_directories(folder);
-  return WriteUserRecord(record, folder + "/ParlavoxUserData");
-}
 
 // Whether `bytes` are a whole message file: its header's RIFF and data sizes are the
 // file's, as the caller leaves them once the call has ended.

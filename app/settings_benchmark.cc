@@ -10,7 +10,7 @@
 #include "share/presence_poller.h"
 #include "util/paths.h"
 #include "util/scratch_folder_test_util.h"
-#include "words/user_record.h"
+#include "words/user_record_test_util.h"
 
 namespace parlavox {
 namespace {
@@ -30,12 +30,9 @@ class LargeOffice {
     text += "foldercount=" + std::to_string(kUsers) + "\n";
     for (int i = 0; i < kUsers; ++i) {
       const std::string folder = scratch_ / ("user" + std::to_string(i));
-      std::filesystem::create_directory(folder);
-      UserRecord record;
-      record.id = 1000 + i;
-      record.SetName("Colleague number " + std::to_string(i));
-      record.set_on(i % 2 == 0);
-      WriteUserRecord(record, JoinPath(folder, kUserRecordFileName));
+      const UserRecord record =
+          MakeUserRecord("Colleague number " + std::to_string(i), 1000 + i, i % 2 == 0);
+      PublishUser(folder, record.Name(), record.id, record.is_on());
       text += "folder" + std::to_string(i) + "=" + folder + "\n";
       text += "name" + std::to_string(i) + "=" + record.Name() + "\n";
       text += "on" + std::to_string(i) + "=" + (record.is_on() ? "true" : "false") + "\n";

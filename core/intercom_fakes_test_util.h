@@ -25,6 +25,7 @@
 #include "core/record_store.h"
 #include "core/share_access.h"
 #include "core/workers.h"
+#include "words/user_record_test_util.h"
 
 namespace parlavox {
 
@@ -253,11 +254,7 @@ class FakeShare : public ShareAccess {
   }
 
   void Publish(const std::string& folder, const char* name, int32_t id, bool on) {
-    UserRecord record;
-    record.SetName(name);
-    record.id = id;
-    record.set_on(on);
-    records[folder] = record;
+    records[folder] = MakeUserRecord(name, id, on);
   }
 
   std::map<std::string, UserRecord> records;

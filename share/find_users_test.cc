@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "util/scratch_folder_test_util.h"
+#include "words/user_record_test_util.h"
 
 namespace parlavox {
 namespace {
@@ -12,12 +13,7 @@ namespace {
 TEST(FindUsersTest, FindsTheFolderAndThoseInItThatHoldAWholeRecordAndNothingElse) {
   ScratchFolder scratch;
   const auto publish = [&](const std::string& folder, const char* name, int32_t id, bool on) {
-    std::filesystem::create_directories(scratch / folder);
-    UserRecord record;
-    record.SetName(name);
-    record.id = id;
-    record.set_on(on);
-    ASSERT_TRUE(WriteUserRecord(record, scratch / (folder + "/ParlavoxUserData")));
+    ASSERT_TRUE(PublishUser(scratch / folder, name, id, on));
   };
   publish("office", "Reception", 1, true);
   publish("office/carol", "Carol", 3, false);

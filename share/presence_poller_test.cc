@@ -11,7 +11,7 @@
 #include "util/eventually_test_util.h"
 #include "util/paths.h"
 #include "util/scratch_folder_test_util.h"
-#include "words/user_record.h"
+#include "words/user_record_test_util.h"
 
 namespace parlavox {
 namespace {
@@ -40,14 +40,6 @@ class PresenceTest : public testing::Test {
     return FindProfileString(settings_.settings_path(), "users", key);
   }
 
-  static UserRecord Record(const char* name, int32_t id, bool on) {
-    UserRecord record;
-    record.SetName(name);
-    record.id = id;
-    record.set_on(on);
-    return record;
-  }
-
   ScratchFolder scratch_;
   FolderStore folders_{scratch_ / "u.ini", scratch_ / "m.ini"};
   SettingsFile settings_;
@@ -55,7 +47,8 @@ class PresenceTest : public testing::Test {
 };
 
 TEST_F(PresenceTest, CopiesRecordsIntoTheCacheAndKeepsNamesOfUnreachableUsers) {
-  const UserRecord alice = Record("Alice", 11, true), bob = Record("Bob", 22, false);
+  const UserRecord alice = MakeUserRecord("Alice", 11, true),
+                   bob = MakeUserRecord("Bob", 22, false);
   ListUser(scratch_ / "alice", &alice);
   ListUser(scratch_ / "bob", &bob);
   ListUser(scratch_ / "gone", nullptr);
@@ -82,7 +75,7 @@ TEST_F(PresenceTest, CopiesRecordsIntoTheCacheAndKeepsNamesOfUnreachableUsers) {
   EXPECT_EQ(Cached("name0"), "Alice");
   EXPECT_EQ(Cached("id0"), "11");
 
-  const UserRecord renamed = Record("Robert", 22, false);
+  const UserRecord renamed = MakeUserRecord("Robert", 22, false);
   ASSERT_TRUE(WriteUserRecord(renamed, scratch_ / "bob/ParlavoxUserData"));
   EXPECT_TRUE(RefreshPresence(users_, ReadLocalRecord));
   EXPECT_EQ(Cached("name1"), "Robert");
@@ -112,7 +105,7 @@ TEST_F(PresenceTest, EachServerIsReadApartAndOneInTroubleIsNotAskedAgainInAPass)
       *trouble = "Server refuses refused a guest";
       return false;
     }
-    *record = Record(folder.c_str() + 2, 1, true);
+    *record = MakeUserRecord(folder.c_str() + 2, 1, true);
     return true;
   };
   std::set<std::string> troubles;
@@ -146,7 +139,7 @@ TEST_F(PresenceTest, PollerPostsTheFirstPassAndEveryChangeAndStopsPromptly) {
   EXPECT_EQ(poster.posts, 2);
   EXPECT_EQ(troubles, 1);
 
-  const UserRecord carol = Record("Carol", 33, true);
+  const UserRecord carol = MakeUserRecord("Carol", 33, true);
   ListUser(scratch_ / "carol", &carol);  // a pass may see her listed before it reads her
   EXPECT_TRUE(Eventually([&] { return Cached("on1") == "true"; }));
   EXPECT_TRUE(Eventually([&] { return poster.posts >= 3; }));

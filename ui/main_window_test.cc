@@ -172,12 +172,8 @@ TEST_F(MainWindowTest, AServerThatRefusesAsksForAnAccountWithoutHoldingTheWindow
 TEST(FindColleaguesDialogTest, ColleaguesFoundAreTickedAndThoseListedCannotBePickedAgain) {
   const ColleagueFinder find = [](const std::string& where) {
     EXPECT_EQ(where, "\\\\fileserver");
-    UserRecord ann, ben;
-    ann.SetName("Ann");
-    ann.set_on(true);
-    ben.SetName("Ben");
-    return std::vector<FoundUser>{{"\\\\fileserver\\office\\ann", ann},
-                                  {"\\\\fileserver\\office\\ben", ben}};
+    return std::vector<FoundUser>{{"\\\\fileserver\\office\\ann", MakeUserRecord("Ann", 0, true)},
+                                  {"\\\\fileserver\\office\\ben", MakeUserRecord("Ben", 0, false)}};
   };
   const ServerFinder announced = [] { return std::vector<std::string>{"\\\\fileserver"}; };
   // Looks once the dialog shows, then closes it with Add, whatever the checks found.
