@@ -116,9 +116,15 @@ TEST_F(ProfileFileTest, SurvivesHostileFiles) {
   EXPECT_EQ(Read("s", "after"), "<none>");
   EXPECT_FALSE(WriteProfileString(file_, "s", "after", "x"));
   EXPECT_EQ(ReadWholeFile(file_), std::nullopt);
+  // Nor is a folder, which is never replaced by a file.
+  std::filesystem::remove(file_);
+  std::filesystem::create_directory(file_);
+  EXPECT_FALSE(WriteProfileString(file_, "users", "id0", "1"));
+  EXPECT_TRUE(std::filesystem::is_directory(file_));
+  EXPECT_FALSE(WriteProfileString(folder_ / "no/such/folder.ini", "users", "id0", "1"));
 }
 
-TEST_F(ProfileFileTest, WritesChangeOnlyWhatTheyName) {
+TEST_F(ProfileFileTest, WritesChangeOnlyWhatTheyNameAndOnlyWhenItChanges) {
   WriteFileText(file_,
                 "; kept\n"
                 "[users]\n"
@@ -142,19 +148,16 @@ TEST_F(ProfileFileTest, WritesChangeOnlyWhatTheyName) {
             "[keys]\n"
             "[settings]\n"
             "soundoutvolume=0dB\n");
-}
 
-TEST_F(ProfileFileTest, ValuesCannotBreakOutOfTheirLine) {
-  ASSERT_TRUE(WriteProfileString(file_, "users", "name0", "Eve\n[users]\nfolder0=/evil"));
-  EXPECT_EQ(Read("users", "name0"), "Eve [users] folder0=/evil");
-  EXPECT_EQ(Read("users", "folder0"), "<none>");
-}
+  // A value can't break out of its line.
+  ASSERT_TRUE(WriteProfileString(file_, "users", "name0", "Eve\n[evil]\r\nfolder0=/evil"));
+  EXPECT_EQ(Read("users", "name0"), "Eve [evil]  folder0=/evil");
+  EXPECT_EQ(Read("evil", "folder0"), "<none>");
 
-TEST_F(ProfileFileTest, LeavesTheDiskAloneWhenNothingChanges) {
-  ASSERT_TRUE(WriteProfileString(file_, "users", "id0", "42"));
+  // Writes that change nothing leave the disk alone.
   struct stat before {};
   ASSERT_EQ(stat(file_.c_str(), &before), 0);
-  ASSERT_TRUE(WriteProfileString(file_, "users", "id0", "42"));
+  ASSERT_TRUE(WriteProfileString(file_, "users", "folder1", "/srv/bob"));
   ASSERT_TRUE(WriteProfileString(file_, "users", "id9", std::nullopt));
   struct stat after {};
   ASSERT_EQ(stat(file_.c_str(), &after), 0);
@@ -162,13 +165,6 @@ TEST_F(ProfileFileTest, LeavesTheDiskAloneWhenNothingChanges) {
 
   ASSERT_TRUE(WriteProfileString(folder_ / "new.ini", "a", "b", std::nullopt));
   EXPECT_FALSE(std::filesystem::exists(folder_ / "new.ini"));
-}
-
-TEST_F(ProfileFileTest, NeverReplacesAFileItCannotRead) {
-  std::filesystem::create_directory(file_);  // there, but not readable as a file
-  EXPECT_FALSE(WriteProfileString(file_, "users", "id0", "1"));
-  EXPECT_TRUE(std::filesystem::is_directory(file_));
-  EXPECT_FALSE(WriteProfileString(folder_ / "no/such/folder.ini", "users", "id0", "1"));
 }
 
 // Two processes rewrite one file as fast as they can, each its own key, while
