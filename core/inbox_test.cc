@@ -11,18 +11,14 @@ using namespace std::chrono_literals;
 
 using InboxTest = IntercomBench;
 
-TEST_F(InboxTest, ThrowsAwayWhatWaitedBeforeTheStart) {
-  Message(101);
+TEST_F(InboxTest, ThrowsAwayWhatWaitedBeforeTheStartAndPlaysMessagesInTurnEachAfterALeadIn) {
+  settings_.WriteInt(kSettingsSection, "soundoutdevice", 2);
+  settings_.WriteDecibels(kSettingsSection, "soundoutvolume", -6);
+  Message(100);
   Start();
   EXPECT_TRUE(folder_.messages.empty());
   EXPECT_EQ(player_.plays, 0);
   EXPECT_EQ(watcher_.watching, settings_.inward_folder());
-}
-
-TEST_F(InboxTest, PlaysWaitingMessagesInTurnEachAfterALeadIn) {
-  settings_.WriteInt(kSettingsSection, "soundoutdevice", 2);
-  settings_.WriteDecibels(kSettingsSection, "soundoutvolume", -6);
-  Start();
   Message(101);
   watcher_.changed();
   EXPECT_EQ(player_.plays, 1);

@@ -77,7 +77,7 @@ TEST_F(IntercomTest, IdentitySurvivesInTheRecordFile) {
   again.End();
 }
 
-TEST_F(IntercomTest, OffOnlyChangesWhatOthersSee) {
+TEST_F(IntercomTest, OffOnlyChangesWhatOthersSeeAndCallsAndMessagesGoOnSideBySide) {
   ListUser("Ann", 101);
   Start();
   intercom_.TurnOff();
@@ -87,23 +87,17 @@ TEST_F(IntercomTest, OffOnlyChangesWhatOthersSee) {
   watcher_.changed();
   EXPECT_EQ(player_.plays, 1);  // messages still play
   EXPECT_EQ(Call([&](Intercom::CallDone done) { intercom_.StartCall(0, done); }),
-            CallRefusal::kNone);  // and calls still go out
-  intercom_.TurnOn();
-  EXPECT_TRUE(Published().is_on());
-}
-
-TEST_F(IntercomTest, AMessageThatArrivesDuringACallPlaysAtOnce) {
-  ListUser("Ann", 101);
-  Start();
-  intercom_.StartCall(0);
-  Message(101);
+            CallRefusal::kNone);  // and calls still go out, also while one plays
+  player_.PlayToTheEnd();
+  Message(101);  // and one that arrives during the call plays at once
   watcher_.changed();
-  EXPECT_TRUE(recorder_.is_recording());
-  EXPECT_EQ(player_.plays, 1);
+  EXPECT_EQ(player_.plays, 2);
   const IntercomSnapshot snapshot = intercom_.Snapshot();
   EXPECT_TRUE(snapshot.recording);
   EXPECT_TRUE(snapshot.playing);
   EXPECT_EQ(snapshot.status, "<- Ann");  // the newer status text
+  intercom_.TurnOn();
+  EXPECT_TRUE(Published().is_on());
 }
 
 TEST_F(IntercomTest, WhileTheSettingsAreOpenOthersSeeThisUserOff) {

@@ -35,16 +35,15 @@ class UserListTest : public testing::Test {
   UserList list_;
 };
 
-TEST_F(UserListTest, ShowsCachedNamesAndStates) {
+TEST_F(UserListTest, ShowsCachedNamesAndStatesAndHidesLaterUsersWithAnEarlierId) {
   AddUser("Alice", "true", "10");
   AddUser(nullptr, nullptr, nullptr);
   list_.Refill(users_);
   ASSERT_EQ(list_.items().size(), 2u);
   EXPECT_EQ(list_.items()[0], (UserListItem{"Alice", true, true, 10, 0}));
   EXPECT_EQ(list_.items()[1], (UserListItem{"Pending Connection", false, true, 0, 1}));
-}
 
-TEST_F(UserListTest, HidesLaterUsersWithAnEarlierId) {
+  settings_.WriteCount(kUsersSection, "folder", 0);
   AddUser("A", "true", "5");
   AddUser("B", "true", "5");      // same id as A: hidden
   AddUser("C", "true", nullptr);  // missing id

@@ -66,7 +66,7 @@ TEST_F(WindowKeysTest, ARepeatThatLooksLikeAReleaseKeepsTheCall) {
   EXPECT_FALSE(recorder_.is_recording());
 }
 
-TEST_F(WindowKeysTest, OAndFSwitchTheIntercomAndF1AsksForHelp) {
+TEST_F(WindowKeysTest, OAndFSwitchTheIntercomF1AsksForHelpAndTheMenusCallAndReplyToggle) {
   EXPECT_TRUE(Down('F'));
   EXPECT_EQ(view_.on, false);
   EXPECT_TRUE(Down('O'));
@@ -76,9 +76,8 @@ TEST_F(WindowKeysTest, OAndFSwitchTheIntercomAndF1AsksForHelp) {
   EXPECT_FALSE(Down('A'));  // everything else goes to the controls
   EXPECT_FALSE(Up('O'));
   EXPECT_FALSE(Up(vk::kEscape));
-}
 
-TEST_F(WindowKeysTest, TheMenusCallAndReplyToggle) {
+  // The menus' Call and Reply toggle.
   intercom_.ToggleCallSelected();
   EXPECT_TRUE(recorder_.is_recording());
   intercom_.ToggleReply();  // ends the call that runs
