@@ -103,9 +103,16 @@ TEST_F(InstallTaskTest, AnInstallPutsEverythingInPlaceAndStartsTheProgram) {
   EXPECT_EQ(FileText(places_.icon()), "<svg/>");
   EXPECT_EQ(launcher_.started, (std::vector<std::string>{places_.program() + " /install"}));
   EXPECT_EQ(view_.progress, 100);
+
+  // Installed again, the uninstall entry stays as it was.
+  WriteFileText(places_.uninstall_entry(), "[Desktop Entry]\nName=Kept\n");
+  ASSERT_TRUE(Install());
+  EXPECT_EQ(FileText(places_.uninstall_entry()), "[Desktop Entry]\nName=Kept\n");
+  EXPECT_EQ(ReadRoleMarker(places_.program()), 0u);  // one marker, not two
+  EXPECT_EQ(fs::file_size(places_.program()), 5007u + 4u);
 }
 
-TEST_F(InstallTaskTest, DeclinedOrCancelledNothingIsInstalled) {
+TEST_F(InstallTaskTest, DeclinedCancelledOrDamagedNothingIsInstalled) {
   view_.accept_terms = false;
   EXPECT_FALSE(Install());
   EXPECT_EQ(agreements_, 0);  // nothing changed before the terms: no copy stopped
@@ -119,9 +126,8 @@ TEST_F(InstallTaskTest, DeclinedOrCancelledNothingIsInstalled) {
   EXPECT_FALSE(fs::exists(places_.help()));
   EXPECT_TRUE(Entries().empty());
   EXPECT_TRUE(launcher_.started.empty());
-}
 
-TEST_F(InstallTaskTest, ADamagedPackageSaysSoAndRegistersNothing) {
+  view_.cancel_after_looks = -1;
   std::string bytes = FileText(package_);
   bytes[100] = 'q';
   WriteFileText(package_, bytes);
@@ -141,15 +147,6 @@ TEST_F(InstallTaskTest, AMachineInstallLeavesEachPersonTheirOwnInwardFolder) {
   EXPECT_EQ(folders_.Read(FolderScope::kMachine, "ProgramFiles"), places_.program_folder);
   // Run by root, the install starts no intercom: it would be root's, for everybody.
   EXPECT_EQ(launcher_.started.empty(), geteuid() == 0);
-}
-
-TEST_F(InstallTaskTest, InstallingAgainLeavesTheUninstallEntryAsItWas) {
-  ASSERT_TRUE(Install());
-  WriteFileText(places_.uninstall_entry(), "[Desktop Entry]\nName=Kept\n");
-  ASSERT_TRUE(Install());
-  EXPECT_EQ(FileText(places_.uninstall_entry()), "[Desktop Entry]\nName=Kept\n");
-  EXPECT_EQ(ReadRoleMarker(places_.program()), 0u);  // one marker, not two
-  EXPECT_EQ(fs::file_size(places_.program()), 5007u + 4u);
 }
 
 TEST_F(InstallTaskTest, TheUninstallerHandsOverToACopyOfItself) {
@@ -212,20 +209,16 @@ TEST_F(InstallTaskTest, UninstallingTakesOnlyParlavoxFilesFromAChosenInwardFolde
             view_.shown.end());
   EXPECT_EQ(Stored("Incoming"), chosen);  // the person's own choice stays
 
-  // Emptied of Parlavox's files alone, the folder goes.
+  // Emptied of Parlavox's files alone, the folder goes; so does the program folder, but
+  // not a subfolder of it that holds other things.
   fs::remove(chosen + "/notes.odt");
   fs::remove(chosen + "/song.wav");
   WriteFileText(chosen + "/13.wav", "x");
   ASSERT_TRUE(Install());
+  fs::create_directories(places_.program_folder + "/kept");
   folders_.Write(FolderScope::kCurrentUser, "Incoming", chosen);
   EXPECT_TRUE(Uninstaller().Run(view_, /*second_stage=*/true, {}));
   EXPECT_FALSE(fs::exists(chosen));
-}
-
-TEST_F(InstallTaskTest, UninstallingLeavesSubfoldersThatHoldOtherThings) {
-  ASSERT_TRUE(Install());
-  fs::create_directories(places_.program_folder + "/kept");
-  EXPECT_TRUE(Uninstaller().Run(view_, /*second_stage=*/true, {}));
   EXPECT_FALSE(fs::exists(places_.program()));
   EXPECT_TRUE(fs::exists(places_.program_folder + "/kept"));
 }

@@ -45,7 +45,7 @@ class PackageTest : public testing::Test {
   std::string package_ = scratch_ / "parlavox-setup";
 };
 
-TEST_F(PackageTest, APackageIsItsFilesBackToBackWithSizesChecksumAndMarker) {
+TEST_F(PackageTest, APackageIsItsFilesBackToBackWithSizesChecksumAndMarkerAndGivesThemBack) {
   const std::string bytes = FileText(package_);
   ASSERT_EQ(bytes.size(), 10000u + 17u + 16u);
   EXPECT_EQ(bytes.substr(0, 10000), FileText(scratch_ / "program"));
@@ -56,9 +56,8 @@ TEST_F(PackageTest, APackageIsItsFilesBackToBackWithSizesChecksumAndMarker) {
   EXPECT_EQ(static_cast<uint8_t>(trailer[8]), sum & 0xFF);
   EXPECT_EQ(ReadRoleMarker(package_), kInstallPackageMarker);
   EXPECT_EQ(RoleOf(package_, ReadRoleMarker(package_)), Role::kInstallPackage);
-}
 
-TEST_F(PackageTest, ExtractingGivesEveryFileBackByteForByte) {
+  // Extracted, it gives every file back byte for byte.
   RecordedProgress progress;
   ASSERT_EQ(Extract(progress), Extraction::kDone);
   EXPECT_EQ(FileText(scratch_ / "to/parlavox"), FileText(scratch_ / "program"));
@@ -88,17 +87,16 @@ TEST_F(PackageTest, AChangedByteOrACutShortPackageIsCorrupt) {
             Extraction::kUnreadable);
 }
 
-TEST_F(PackageTest, CancellingStopsAfterThePieceAndLeavesTheLaterFiles) {
+TEST_F(PackageTest, CancellingStopsAfterThePieceAndAFileThatCantBeMadeIsSkipped) {
   RecordedProgress progress;
   progress.cancel_after = 2;
   EXPECT_EQ(Extract(progress), Extraction::kCancelled);
   EXPECT_EQ(std::filesystem::file_size(scratch_ / "to/parlavox"), 8192u);
   EXPECT_FALSE(std::filesystem::exists(scratch_ / "to/parlavox-help.html"));
-}
 
-TEST_F(PackageTest, AFileThatCantBeMadeIsSkippedButCounted) {
+  // A file that can't be made (its subfolder does not exist) is skipped but counted.
   const PayloadRow rows[] = {{"ProgramFiles", "parlavox", true}, {"", "help.html", false}};
-  RecordedProgress progress;  // the subfolder does not exist
+  progress.cancel_after = -1;
   EXPECT_EQ(ExtractPayload(package_, scratch_ / "to", rows, progress), Extraction::kDone);
   EXPECT_EQ(FileText(scratch_ / "to/help.html"), "<html>help</html>");
   EXPECT_EQ(PayloadTarget("/p", rows[0]), "/p/ProgramFiles/parlavox");
