@@ -144,18 +144,36 @@ class CallProcessTest : public testing::Test {
 
   static bool FirstUserOn(const IntercomCopy& copy) { return copy.UserStatus(0)["on"].toBool(); }
 
-  // Puts a whole message of six seconds' tone from Ann at `path`, all at once.
-  void PutLongMessageFromAnn(const std::string& path) {
+  // Restarts Ben's copy with its inward folder at `own`, which Ann lists as `listed`.
+  void MoveBensInwardFolder(const std::string& own, const std::string& listed) {
+    ASSERT_EQ(ben_.Control({"--quit"}).first, 0);
+    ben_.process().WaitForExit(10s);
+    ben_.SetOwnInwardFolder(own);
+    ann_.Set("users", "folder0", listed);
+    ben_.Start();
+    ASSERT_TRUE(ben_.WaitUntilAnswering()) << ben_.log();
+    ASSERT_TRUE(Eventually([&] { return FirstUserOn(ann_); }, 12s)) << ben_.log();
+  }
+
+  // Where Ann's message to Ben lies when his inward folder is `folder`.
+  std::string MessageFromAnn(const std::string& folder) {
+    return folder + "/" + std::to_string(ann_.OwnRecord().id) + ".wav";
+  }
+
+  // Puts a whole message of six seconds' tone from Ann at `message`, all at once, and
+  // has Ann call Ben while he hears it, once it is held for him after `held`: refused,
+  // the message uncut.
+  void ExpectACallAgainRefusedWhileHeard(const std::string& message,
+                                         std::chrono::milliseconds held = 0ms) {
     {
       auto writer = CreateWaveFileWriter(scratch_ / "long.wav", kRate, 1, 16, 0);
       const std::vector<int32_t> tone = HalfASecondOfTone();
       for (int i = 0; i < 12; ++i) writer->Write(tone.data(), int64_t(tone.size()));
     }
-    std::filesystem::rename(scratch_ / "long.wav", path);
-  }
-
-  // Ann calls Ben while he hears her message at `message`: refused, the message uncut.
-  void ExpectACallAgainRefusedWhileHeard(const std::string& message) {
+    std::filesystem::rename(scratch_ / "long.wav", message);
+    std::filesystem::permissions(message, std::filesystem::perms::all);  // as a guest made it
+    ASSERT_TRUE(Eventually([&] { return ben_.Status()["playing"].toBool(); }, 5s));
+    std::this_thread::sleep_for(held);
     const auto size = std::filesystem::file_size(message);
     const auto [call, errors] = ann_.Run({"--call", "0"});
     EXPECT_EQ(call.first, 1);
@@ -192,11 +210,7 @@ TEST_F(CallProcessTest, SpeechReachesTheCalleeTheReplyComesBackAndACallCannotCut
   EXPECT_GT(SpeechHeard(ann_speaker), 0.6) << ann_.log();
 
   // Ben hears a long message from Ann when she calls him again.
-  const std::string message =
-      ben_.inward_folder() + "/" + std::to_string(ann_.OwnRecord().id) + ".wav";
-  PutLongMessageFromAnn(message);
-  ASSERT_TRUE(Eventually([&] { return ben_.Status()["playing"].toBool(); }, 5s));
-  ExpectACallAgainRefusedWhileHeard(message);
+  ExpectACallAgainRefusedWhileHeard(MessageFromAnn(ben_.inward_folder()));
   EXPECT_TRUE(AllPlayed(ben_, 15s));
 }
 
@@ -272,13 +286,7 @@ TEST_F(CallProcessTest, AnInwardFolderKeptOnASambaServerWorksThroughIt) {
   std::filesystem::create_directory(on_server);
   SambaServer samba(scratch_ / "samba", {{"ben", on_server}}, {}, false, /*lists_shares=*/true);
   ASSERT_TRUE(samba.Answers(10s)) << samba.log();
-  ASSERT_EQ(ben_.Control({"--quit"}).first, 0);
-  ben_.process().WaitForExit(10s);
-  ben_.SetOwnInwardFolder("smb://127.0.0.1/ben");
-  ann_.Set("users", "folder0", "\\\\127.0.0.1\\ben");
-  ben_.Start();
-  ASSERT_TRUE(ben_.WaitUntilAnswering()) << ben_.log();
-  ASSERT_TRUE(Eventually([&] { return FirstUserOn(ann_); }, 12s)) << ben_.log();
+  ASSERT_NO_FATAL_FAILURE(MoveBensInwardFolder("smb://127.0.0.1/ben", "\\\\127.0.0.1\\ben"));
   UserRecord published;
   ASSERT_TRUE(ReadUserRecord(&published, on_server + "/ParlavoxUserData"));
   EXPECT_TRUE(published.is_on());
@@ -300,7 +308,7 @@ TEST_F(CallProcessTest, AnInwardFolderKeptOnASambaServerWorksThroughIt) {
 
   SinkRecording ben_speaker(ben_server_, "speaker", scratch_ / "ben-heard.raw");
   Speak(ann_, ann_server_, {"--call", "0"});
-  const std::string message = on_server + "/" + std::to_string(ann_.OwnRecord().id) + ".wav";
+  const std::string message = MessageFromAnn(on_server);
   ASSERT_TRUE(Eventually(
       [&] { return !std::filesystem::exists(message) && !ben_.Status()["playing"].toBool(); }, 10s))
       << ben_.log();
@@ -311,10 +319,7 @@ TEST_F(CallProcessTest, AnInwardFolderKeptOnASambaServerWorksThroughIt) {
   EXPECT_EQ(ben_.Status()["previous_caller"].toInt(), ann_.OwnRecord().id);
 
   // While Ben hears a long one, Ann's next call can't cut it on the server.
-  PutLongMessageFromAnn(message);
-  ASSERT_TRUE(Eventually([&] { return ben_.Status()["playing"].toBool(); }, 5s));
-  std::this_thread::sleep_for(500ms);  // the mirror holds it once it is copied whole
-  ExpectACallAgainRefusedWhileHeard(message);
+  ExpectACallAgainRefusedWhileHeard(message, 500ms);  // held once the mirror copied it whole
   EXPECT_TRUE(Eventually([&] { return !std::filesystem::exists(message); }, 15s));
 }
 
@@ -342,15 +347,9 @@ TEST_F(CallProcessTest, AnInwardFolderOnASambaShareMountedThroughSmbnetfsWorks) 
   ASSERT_TRUE(Eventually([&] { return std::filesystem::exists(mounted); }, 10s))
       << FileText(scratch_ / "smbnetfs.out");
 
-  ASSERT_EQ(ben_.Control({"--quit"}).first, 0);
-  ben_.process().WaitForExit(10s);
-  ben_.SetOwnInwardFolder(mounted);
-  ann_.Set("users", "folder0", mounted);
-  ben_.Start();
-  ASSERT_TRUE(ben_.WaitUntilAnswering()) << ben_.log();
-  ASSERT_TRUE(Eventually([&] { return FirstUserOn(ann_); }, 12s)) << ben_.log();
+  ASSERT_NO_FATAL_FAILURE(MoveBensInwardFolder(mounted, mounted));
 
-  const std::string message = on_server + "/" + std::to_string(ann_.OwnRecord().id) + ".wav";
+  const std::string message = MessageFromAnn(on_server);
   for (int call = 0; call < 2; ++call) {
     SinkRecording ben_speaker(ben_server_, "speaker", scratch_ / "ben-heard.raw");
     Speak(ann_, ann_server_, {"--call", "0"});
@@ -398,13 +397,8 @@ TEST_F(CallProcessTest, AnInwardFolderSharedAsASambaUserShareIsReachedByTheNameS
   EXPECT_GT(SpeechHeard(ben_speaker), 0.6) << ben_.log();
 
   // While Ben hears a long one, Ann's next call through the share can't cut it.
-  const std::string message =
-      ben_.inward_folder() + "/" + std::to_string(ann_.OwnRecord().id) + ".wav";
-  PutLongMessageFromAnn(message);
-  std::filesystem::permissions(message, std::filesystem::perms::all);  // as a guest made it
-  ASSERT_TRUE(Eventually([&] { return ben_.Status()["playing"].toBool(); }, 5s));
-  std::this_thread::sleep_for(1500ms);  // held through the share once Ben's copy asked Samba
-  ExpectACallAgainRefusedWhileHeard(message);
+  // Held through the share once Ben's copy asked Samba.
+  ExpectACallAgainRefusedWhileHeard(MessageFromAnn(ben_.inward_folder()), 1500ms);
   EXPECT_TRUE(AllPlayed(ben_, 15s));
 }
 
