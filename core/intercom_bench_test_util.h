@@ -5,19 +5,16 @@
 
 #include "core/intercom.h"
 #include "core/intercom_fakes_test_util.h"
+#include "settings/scratch_settings_test_util.h"
 #include "util/fake_clock_test_util.h"
-#include "util/scratch_folder_test_util.h"
 
 namespace parlavox {
 
 // A whole intercom on fakes, with a real settings.ini and own inward folder in a
 // scratch folder. Time moves only with clock_.Advance.
-class IntercomBench : public testing::Test {
+class IntercomBench : public ScratchSettingsTest {
  protected:
-  IntercomBench() {
-    settings_.LocateFolders(folders_, scratch_.path());
-    std::filesystem::create_directories(settings_.inward_folder());
-  }
+  IntercomBench() { std::filesystem::create_directories(settings_.inward_folder()); }
 
   // Lists a user with the folder "/srv/<name>" and caches their id; publishes their
   // record there unless `reachable` is false.
@@ -52,9 +49,6 @@ class IntercomBench : public testing::Test {
     return outcome;
   }
 
-  ScratchFolder scratch_;
-  FolderStore folders_{scratch_ / "user.ini", scratch_ / "machine.ini"};
-  SettingsFile settings_;
   UsersCache users_{settings_};
   FakeClock clock_;
   FakePlayer player_;

@@ -3,15 +3,13 @@
 #include <gtest/gtest.h>
 
 #include "settings/profile_file.h"
-#include "util/scratch_folder_test_util.h"
+#include "settings/scratch_settings_test_util.h"
 
 namespace parlavox {
 namespace {
 
-class UserListTest : public testing::Test {
+class UserListTest : public ScratchSettingsTest {
  protected:
-  UserListTest() { settings_.LocateFolders(folders_, scratch_.path()); }
-
   // Adds a user whose cached keys are given; nullptr leaves a key out.
   void AddUser(const char* name, const char* on, const char* id) {
     const int i = users_.Count();
@@ -28,9 +26,6 @@ class UserListTest : public testing::Test {
     return shown;
   }
 
-  ScratchFolder scratch_;
-  FolderStore folders_{scratch_ / "u.ini", scratch_ / "m.ini"};
-  SettingsFile settings_;
   UsersCache users_{settings_};
   UserList list_;
 };

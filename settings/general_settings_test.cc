@@ -5,8 +5,8 @@
 
 #include <gtest/gtest.h>
 
+#include "settings/scratch_settings_test_util.h"
 #include "util/child_process_test_util.h"
-#include "util/scratch_folder_test_util.h"
 
 namespace parlavox {
 namespace {
@@ -22,15 +22,10 @@ class FakeStartAtLogin : public StartAtLogin {
   int changes = 0;
 };
 
-class GeneralSettingsTest : public testing::Test {
+class GeneralSettingsTest : public ScratchSettingsTest {
  protected:
-  GeneralSettingsTest() { settings_.LocateFolders(folders_, scratch_.path()); }
-
   std::string Value(const char* key) { return settings_.ReadText(kSettingsSection, key, "-"); }
 
-  ScratchFolder scratch_;
-  FolderStore folders_{scratch_ / "user.ini", scratch_ / "machine.ini"};
-  SettingsFile settings_;
   FakeStartAtLogin login_;
 };
 

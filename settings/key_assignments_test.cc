@@ -2,16 +2,14 @@
 
 #include <gtest/gtest.h>
 
-#include "util/scratch_folder_test_util.h"
+#include "settings/scratch_settings_test_util.h"
 #include "words/key_names.h"
 
 namespace parlavox {
 namespace {
 
-class KeyAssignmentsTest : public testing::Test {
+class KeyAssignmentsTest : public ScratchSettingsTest {
  protected:
-  KeyAssignmentsTest() { settings_.LocateFolders(folders_, scratch_.path()); }
-
   std::string Value(const std::string& key) {
     return settings_.FindText(kKeysSection, key).value_or("<missing>");
   }
@@ -24,9 +22,6 @@ class KeyAssignmentsTest : public testing::Test {
     keys_.SetCount(n + 1);
   }
 
-  ScratchFolder scratch_;
-  FolderStore folders_{scratch_ / "user.ini", scratch_ / "machine.ini"};
-  SettingsFile settings_;
   UsersCache users_{settings_};
   KeyAssignments keys_{settings_, users_};
 };

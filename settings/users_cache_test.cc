@@ -2,22 +2,17 @@
 
 #include <gtest/gtest.h>
 
-#include "util/scratch_folder_test_util.h"
+#include "settings/scratch_settings_test_util.h"
 
 namespace parlavox {
 namespace {
 
-class UsersCacheTest : public testing::Test {
+class UsersCacheTest : public ScratchSettingsTest {
  protected:
-  UsersCacheTest() { settings_.LocateFolders(folders_, scratch_.path()); }
-
   std::string Value(const std::string& key) {
     return settings_.FindText("users", key).value_or("<missing>");
   }
 
-  ScratchFolder scratch_;
-  FolderStore folders_{scratch_ / "user.ini", scratch_ / "machine.ini"};
-  SettingsFile settings_;
   UsersCache users_{settings_};
 };
 

@@ -7,26 +7,20 @@
 
 #include <gtest/gtest.h>
 
+#include "settings/scratch_settings_test_util.h"
 #include "util/child_process_test_util.h"
 #include "util/fake_clock_test_util.h"
-#include "util/scratch_folder_test_util.h"
 
 namespace parlavox {
 namespace {
 
 using namespace std::chrono_literals;
 
-class DiskInboxFolderTest : public testing::Test {
+class DiskInboxFolderTest : public ScratchSettingsTest {
  protected:
-  DiskInboxFolderTest() {
-    settings_.LocateFolders(folders_, scratch_.path());
-    std::filesystem::create_directories(settings_.inward_folder());
-  }
+  DiskInboxFolderTest() { std::filesystem::create_directories(settings_.inward_folder()); }
   std::string Path(const std::string& name) const { return settings_.inward_folder() + "/" + name; }
 
-  ScratchFolder scratch_;
-  FolderStore folders_{scratch_ / "user.ini", scratch_ / "machine.ini"};
-  SettingsFile settings_;
   FakeClock clock_;
   DiskInboxFolder folder_{settings_, clock_};
 };

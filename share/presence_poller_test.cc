@@ -7,10 +7,10 @@
 #include <gtest/gtest.h>
 
 #include "settings/profile_file.h"
+#include "settings/scratch_settings_test_util.h"
 #include "util/counting_poster_test_util.h"
 #include "util/eventually_test_util.h"
 #include "util/paths.h"
-#include "util/scratch_folder_test_util.h"
 #include "words/user_record_test_util.h"
 
 namespace parlavox {
@@ -22,10 +22,8 @@ bool ReadLocalRecord(UserRecord* record, const std::string& folder, std::string*
 
 using namespace std::chrono_literals;
 
-class PresenceTest : public testing::Test {
+class PresenceTest : public ScratchSettingsTest {
  protected:
-  PresenceTest() { settings_.LocateFolders(folders_, scratch_.path()); }
-
   // Lists a user whose inward folder is `folder`; a null record leaves it without one.
   // Publishes `record` (when given) in `folder`, then lists the folder.
   void ListUser(const std::string& folder, const UserRecord* record) {
@@ -40,9 +38,6 @@ class PresenceTest : public testing::Test {
     return FindProfileString(settings_.settings_path(), "users", key);
   }
 
-  ScratchFolder scratch_;
-  FolderStore folders_{scratch_ / "u.ini", scratch_ / "m.ini"};
-  SettingsFile settings_;
   UsersCache users_{settings_};
 };
 

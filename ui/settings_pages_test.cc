@@ -21,9 +21,9 @@
 
 #include "core/intercom_fakes_test_util.h"
 #include "settings/general_settings.h"
+#include "settings/scratch_settings_test_util.h"
 #include "ui/decibel_edit.h"
 #include "ui/key_dialogs.h"
-#include "util/scratch_folder_test_util.h"
 
 namespace parlavox {
 namespace {
@@ -35,10 +35,8 @@ class FakeStartAtLogin : public StartAtLogin {
   bool on = false;
 };
 
-class SettingsPagesTest : public testing::Test {
+class SettingsPagesTest : public ScratchSettingsTest {
  protected:
-  SettingsPagesTest() { settings_.LocateFolders(folders_, scratch_.path()); }
-
   std::string Value(const std::string& key, std::string_view section = kKeysSection) {
     return settings_.FindText(section, key).value_or("<missing>");
   }
@@ -66,9 +64,6 @@ class SettingsPagesTest : public testing::Test {
     });
     timer->start(10);
   }
-  ScratchFolder scratch_;
-  FolderStore folders_{scratch_ / "user.ini", scratch_ / "machine.ini"};
-  SettingsFile settings_;
   UsersCache users_{settings_};
   KeyAssignments keys_{settings_, users_};
   FakeMixer mixer_;
