@@ -86,7 +86,7 @@ TEST_F(CallsTest, ACallThatCannotStartSaysWhy) {
   EXPECT_FALSE(priority_.raised);
 }
 
-TEST_F(CallsTest, AMessageTakenAwayEndsTheCallAndOneNotSavedWholeIsToldOf) {
+TEST_F(CallsTest, AMessageTakenAwayOrALostSoundServerEndsTheCallAndOneNotSavedWholeIsToldOf) {
   ListUser("Ann", 101);
   EXPECT_EQ(StartCall(0), CallRefusal::kNone);
   share_.last_reports.taken_away();
@@ -95,21 +95,18 @@ TEST_F(CallsTest, AMessageTakenAwayEndsTheCallAndOneNotSavedWholeIsToldOf) {
   EXPECT_EQ(view_.statuses.back(), "Your message was taken from the user's folder before it ended");
 
   EXPECT_EQ(StartCall(0), CallRefusal::kNone);
-  const size_t told = view_.statuses.size();
-  share_.last_reports.finished(true);
-  EXPECT_EQ(view_.statuses.size(), told);
-  share_.last_reports.finished(false);  // the share failed while the sound was written
-  EXPECT_EQ(view_.statuses.back(), "Your message could not be saved in the user's folder");
-}
-
-TEST_F(CallsTest, ACallWhoseSoundServerWentAwayEndsAndSaysSo) {
-  ListUser("Ann", 101);
-  EXPECT_EQ(StartCall(0), CallRefusal::kNone);
   recorder_.LoseDevice();
   EXPECT_FALSE(intercom_.Snapshot().recording);
   EXPECT_FALSE(priority_.raised);
   EXPECT_FALSE(view_.record_meter);
   EXPECT_EQ(view_.statuses.back(), "The sound server went away: your call ended");
+
+  EXPECT_EQ(StartCall(0), CallRefusal::kNone);
+  const size_t told = view_.statuses.size();
+  share_.last_reports.finished(true);
+  EXPECT_EQ(view_.statuses.size(), told);
+  share_.last_reports.finished(false);  // the share failed while the sound was written
+  EXPECT_EQ(view_.statuses.back(), "Your message could not be saved in the user's folder");
 }
 
 TEST_F(CallsTest, AShortPressStillLeavesAMessage) {
