@@ -39,7 +39,7 @@ TEST(UserRecordTest, FileLayoutIsExactly128LittleEndianBytes) {
   EXPECT_EQ(back.flags, 0x80000004u);
 }
 
-TEST(UserRecordTest, ShortAndOverlongFilesAreReadAsFarAsTheyGo) {
+TEST(UserRecordTest, ShortAndOverlongFilesAreReadAsFarAsTheyGoAndOnlyRegularFilesAtAll) {
   ScratchFolder folder;
   const std::string path = folder / "ParlavoxUserData";
 
@@ -67,30 +67,17 @@ TEST(UserRecordTest, ShortAndOverlongFilesAreReadAsFarAsTheyGo) {
   ASSERT_TRUE(ReadUserRecord(&full, path));
   EXPECT_EQ(full.Name(), std::string(59, 'N'));
   EXPECT_EQ(full.Email(), std::string(59, 'N'));
-}
 
-TEST(UserRecordTest, OnlyARegularFileCountsAsARecord) {
-  ScratchFolder folder;
-  UserRecord record;
-  EXPECT_FALSE(ReadUserRecord(&record, folder / "missing"));
-  EXPECT_FALSE(ReadUserRecord(&record, folder.path()));
+  // Only a regular file counts as a record.
+  EXPECT_FALSE(ReadUserRecord(&full, folder / "missing"));
+  EXPECT_FALSE(ReadUserRecord(&full, folder.path()));
   const std::string pipe = folder / "pipe";
   ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
-  EXPECT_FALSE(ReadUserRecord(&record, pipe));  // and does not hang
-  EXPECT_FALSE(WriteUserRecord(record, folder / "no/such/folder/ParlavoxUserData"));
+  EXPECT_FALSE(ReadUserRecord(&full, pipe));  // and does not hang
+  EXPECT_FALSE(WriteUserRecord(full, folder / "no/such/folder/ParlavoxUserData"));
 }
 
-TEST(UserRecordTest, TextsAreCutWithoutSplittingACharacter) {
-  UserRecord record;
-  record.SetName(std::string(58, 'a') + "\xc5\x81");  // "Ł" would end at byte 60
-  EXPECT_EQ(record.Name(), std::string(58, 'a'));
-  record.SetName(std::string(70, 'b'));
-  EXPECT_EQ(record.Name(), std::string(59, 'b'));
-  record.SetEmail("x");
-  EXPECT_EQ(record.Email(), "x");
-}
-
-TEST(UserRecordTest, NamesAreTheSameTextForWindowsCopies) {
+TEST(UserRecordTest, NamesAreTheSameTextForWindowsCopiesAndAreCutWhole) {
   // What a Windows copy writes: its ANSI code page, Windows-1252.
   UserRecord windows;
   std::memcpy(windows.name.data(), "Jos\xe9 \x80 \x81", 8);
@@ -109,6 +96,14 @@ TEST(UserRecordTest, NamesAreTheSameTextForWindowsCopies) {
   for (int i = 0; i < 70; ++i) accents += "\xc3\xa9";
   ours.SetName(accents);  // 59 characters of one byte each
   EXPECT_EQ(std::string(ours.name.data()), std::string(59, '\xe9'));
+
+  // Texts are cut without splitting a character.
+  ours.SetName(std::string(58, 'a') + "\xc5\x81");  // "Ł" would end at byte 60
+  EXPECT_EQ(ours.Name(), std::string(58, 'a'));
+  ours.SetName(std::string(70, 'b'));
+  EXPECT_EQ(ours.Name(), std::string(59, 'b'));
+  ours.SetEmail("x");
+  EXPECT_EQ(ours.Email(), "x");
 }
 
 }  // namespace
