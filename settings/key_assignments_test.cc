@@ -46,9 +46,8 @@ TEST_F(KeyAssignmentsTest, KeysAndCommandsReadAsThePeopleKnowThem) {
   EXPECT_EQ(keys_.CommandText(33), "Call: Pending Connection");
   EXPECT_EQ(keys_.CommandText(7), "");
   EXPECT_EQ(keys_.CommandText(-1), "");
-}
 
-TEST_F(KeyAssignmentsTest, ALineNamesTheDesktopsKeysOnlyWhereTheyDiffer) {
+  // A line names the desktop's keys only where they differ.
   Add(120, 3, 4);
   EXPECT_EQ(keys_.Line(0, ""), "Ctrl+Alt+F9  Reply to previous caller");
   EXPECT_EQ(keys_.Line(0, "Ctrl+Alt+F9"), "Ctrl+Alt+F9  Reply to previous caller");

@@ -5,7 +5,7 @@
 namespace parlavox {
 namespace {
 
-TEST(DecibelEditModelTest, LevelsStayWithinTheRange) {
+TEST(DecibelEditModelTest, LevelsSetTypedOrSteppedStayWithinTheRange) {
   DecibelEditModel edit;
   EXPECT_EQ(edit.minimum(), -36);
   EXPECT_EQ(edit.maximum(), 12);
@@ -23,18 +23,30 @@ TEST(DecibelEditModelTest, LevelsStayWithinTheRange) {
   edit.SetRange(0, -10);
   edit.SetLevel(-6);
   EXPECT_EQ(edit.level(), 0);
-}
 
-TEST(DecibelEditModelTest, TypingChangesTheLevelOnlyWhenItReadsDifferently) {
-  DecibelEditModel edit;
-  EXPECT_TRUE(edit.Typed("-6"));
-  EXPECT_EQ(edit.level(), -6);
-  EXPECT_FALSE(edit.Typed("-6dB"));        // the same level: nothing to report
-  EXPECT_FALSE(edit.Typed("-6dBxxxxx9"));  // only the first 6 characters count
-  EXPECT_TRUE(edit.Typed("--dB"));
-  EXPECT_EQ(edit.level(), -36);  // silence, held to the range
-  EXPECT_TRUE(edit.Typed("500"));
-  EXPECT_EQ(edit.level(), 12);
+  // Typed, a level changes only when it reads differently.
+  DecibelEditModel typed;
+  EXPECT_TRUE(typed.Typed("-6"));
+  EXPECT_EQ(typed.level(), -6);
+  EXPECT_FALSE(typed.Typed("-6dB"));        // the same level: nothing to report
+  EXPECT_FALSE(typed.Typed("-6dBxxxxx9"));  // only the first 6 characters count
+  EXPECT_TRUE(typed.Typed("--dB"));
+  EXPECT_EQ(typed.level(), -36);  // silence, held to the range
+  EXPECT_TRUE(typed.Typed("500"));
+  EXPECT_EQ(typed.level(), 12);
+
+  // Steps stay within the range too.
+  DecibelEditModel stepped;
+  EXPECT_TRUE(stepped.Step(1));
+  EXPECT_EQ(stepped.level(), 1);
+  EXPECT_TRUE(stepped.Step(100));
+  EXPECT_EQ(stepped.level(), 12);
+  EXPECT_FALSE(stepped.Step(1));
+  stepped.Typed("--");  // silence, held to the range: steps go on from the minimum
+  EXPECT_FALSE(stepped.Step(-6));
+  EXPECT_EQ(stepped.level(), -36);
+  EXPECT_TRUE(stepped.Step(6));
+  EXPECT_EQ(stepped.level(), -30);
 }
 
 TEST(DecibelEditModelTest, TheBarRunsFromMinimumToMaximum) {
@@ -57,20 +69,6 @@ TEST(DecibelEditModelTest, TheBarRunsFromMinimumToMaximum) {
   EXPECT_EQ(edit.BarX(5, kLeft, 96), kLeft);
   edit.PointedAt(100, kLeft, kWidth, kPress);
   EXPECT_EQ(edit.level(), 5);
-}
-
-TEST(DecibelEditModelTest, StepsStayWithinTheRange) {
-  DecibelEditModel edit;
-  EXPECT_TRUE(edit.Step(1));
-  EXPECT_EQ(edit.level(), 1);
-  EXPECT_TRUE(edit.Step(100));
-  EXPECT_EQ(edit.level(), 12);
-  EXPECT_FALSE(edit.Step(1));
-  edit.Typed("--");  // silence, held to the range: steps go on from the minimum
-  EXPECT_FALSE(edit.Step(-6));
-  EXPECT_EQ(edit.level(), -36);
-  EXPECT_TRUE(edit.Step(6));
-  EXPECT_EQ(edit.level(), -30);
 }
 
 }  // namespace

@@ -14,15 +14,13 @@ ChannelLevels Levels(std::initializer_list<int> values) {
   return levels;
 }
 
-TEST(LevelMeterModelTest, TheScaleRunsFromMinus36To12) {
+TEST(LevelMeterModelTest, TheScaleRunsFromMinus36To12AndOnlyWhatChangedIsRepainted) {
   EXPECT_EQ(LevelMeterModel::X(-36, 0, 96), 0);
   EXPECT_EQ(LevelMeterModel::X(-12, 0, 96), 48);
   EXPECT_EQ(LevelMeterModel::X(0, 0, 96), 72);
   EXPECT_EQ(LevelMeterModel::X(12, 0, 96), 96);
   EXPECT_EQ(LevelMeterModel::X(0, 10, 96), 82);
-}
 
-TEST(LevelMeterModelTest, OnlyWhatChangedIsRepainted) {
   LevelMeterModel model;
   const QRect area(0, 0, 96, 20);
   EXPECT_EQ(model.SetLevels(Levels({-12}), area), std::vector<QRect>{area});  // a new count
