@@ -5,7 +5,7 @@
 namespace parlavox {
 namespace {
 
-TEST(HotKeyRouteTest, WaylandUsesThePortalAndFallsBackToX11WithANote) {
+TEST(HotKeyRouteTest, WaylandUsesThePortalAndFallsBackToX11WithANoteAndX11IgnoresAPortal) {
   EXPECT_EQ(
       ChooseHotKeyRoute({.wayland = true, .x11_display = true, .shortcuts_portal = true}).route,
       HotKeyRoute::kPortal);
@@ -19,9 +19,8 @@ TEST(HotKeyRouteTest, WaylandUsesThePortalAndFallsBackToX11WithANote) {
   const HotKeyChoice bare = ChooseHotKeyRoute({.wayland = true});
   EXPECT_EQ(bare.route, HotKeyRoute::kNone);
   EXPECT_EQ(bare.note, "No hot keys: the desktop offers no shortcuts portal");
-}
 
-TEST(HotKeyRouteTest, X11IgnoresAPortalAndNoDisplayMeansNoHotKeys) {
+  // Elsewhere X11 is used, without a portal, where there is a display.
   const HotKeyChoice x11 = ChooseHotKeyRoute({.x11_display = true, .shortcuts_portal = true});
   EXPECT_EQ(x11.route, HotKeyRoute::kX11);
   EXPECT_EQ(x11.note, "");

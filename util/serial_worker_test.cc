@@ -45,7 +45,7 @@ TEST(SerialWorkerTest, RunsTasksInOrderOnItsOwnThread) {
   EXPECT_EQ(VoluntarySwitches(worker_thread), before);
 }
 
-TEST(SerialWorkerTest, StopRunsWhatWasPostedAndLaterTasksWaitForTheNextStart) {
+TEST(SerialWorkerTest, StopRunsWhatWasPostedPromptlyAndLaterTasksWaitForTheNextStart) {
   SerialWorker worker("test-serial");
   ASSERT_TRUE(worker.Start(0));
   int done = 0;
@@ -64,10 +64,8 @@ TEST(SerialWorkerTest, StopRunsWhatWasPostedAndLaterTasksWaitForTheNextStart) {
   ASSERT_TRUE(worker.Start(0));
   worker.Stop();
   EXPECT_EQ(done, 3);
-}
 
-TEST(SerialWorkerTest, AnIdleWorkerStopsWithoutBeingForced) {
-  SerialWorker worker("test-serial");
+  // Idle, it stops without being forced.
   ASSERT_TRUE(worker.Start(0));
   std::this_thread::sleep_for(20ms);
   const auto begin = std::chrono::steady_clock::now();
