@@ -105,9 +105,19 @@ TEST_F(IntercomProcessTest, ControlsTheRunningCopyAndKeepsOneCopyRunning) {
   EXPECT_EQ(copy_.Control({"--set-id", "12abc"}).first, 2);
   EXPECT_EQ(copy_.Control({"--call", "-1"}).first, 2);
 
-  copy_.Start();
+  // Started inside its own inward folder, with a user whose folder is left empty: the
+  // empty folder must not be taken for the folder it was started in.
+  copy_.Set("users", "folder0", "");
+  copy_.Set("users", "foldercount", "1");
+  copy_.Start(copy_.inward_folder());
   ASSERT_TRUE(copy_.WaitUntilAnswering()) << copy_.log();
   EXPECT_EQ(copy_.Status()["id"].toInt(), 4242);  // identity survives in the record file
+  const auto [call, errors] = copy_.Run({"--call", "0"});
+  EXPECT_EQ(call.first, 1);
+  EXPECT_NE(errors.find("Unable to contact user's computer"), std::string::npos) << errors;
+  for (const auto& entry : std::filesystem::directory_iterator(copy_.inward_folder())) {
+    EXPECT_NE(entry.path().extension(), ".wav") << "it called itself";
+  }
 
   ASSERT_EQ(copy_.Control({"--off"}).first, 0);
   EXPECT_FALSE(copy_.OwnRecord().is_on());
@@ -155,22 +165,6 @@ TEST_F(IntercomProcessTest, ASecondStartBesideAStoppedCopyLeavesItAlone) {
   copy_.process().WaitForExit(5s);
   copy_.Start();
   EXPECT_TRUE(copy_.WaitUntilAnswering()) << copy_.log();
-  EXPECT_EQ(copy_.Control({"--quit"}).first, 0);
-}
-
-TEST_F(IntercomProcessTest, FoldersMeanTheSameWhereverTheCopyWasStarted) {
-  // Started inside its own inward folder, with a user whose folder is left empty: the
-  // empty folder must not be taken for the folder it was started in.
-  copy_.Set("users", "folder0", "");
-  copy_.Set("users", "foldercount", "1");
-  copy_.Start(copy_.inward_folder());
-  ASSERT_TRUE(copy_.WaitUntilAnswering()) << copy_.log();
-  const auto [call, errors] = copy_.Run({"--call", "0"});
-  EXPECT_EQ(call.first, 1);
-  EXPECT_NE(errors.find("Unable to contact user's computer"), std::string::npos) << errors;
-  for (const auto& entry : std::filesystem::directory_iterator(copy_.inward_folder())) {
-    EXPECT_NE(entry.path().extension(), ".wav") << "it called itself";
-  }
   EXPECT_EQ(copy_.Control({"--quit"}).first, 0);
 }
 
