@@ -8,6 +8,7 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <thread>
@@ -24,29 +25,55 @@ void CopyInto(char* field, int size, const std::string& text) {
   field[size - 1] = '\0';
 }
 
-// Whether a TCP connection to `host`:`port` is taken within `limit`.
-bool TakesConnections(const std::string& host, int port, std::chrono::milliseconds limit) {
+// An SMB2 NEGOTIATE request offering dialect 2.0.2, behind its session header: what
+// every SMB server answers, be it with its choice, an error or by hanging up.
+std::string NegotiateRequest() {
+  std::string smb2(102, '\0');
+  smb2[0] = '\xFE';
+  smb2.replace(1, 3, "SMB");
+  smb2[4] = 64;   // the header's size; command 0, NEGOTIATE
+  smb2[14] = 1;   // one credit asked for
+  smb2[64] = 36;  // the request's size
+  smb2[66] = 1;   // one dialect
+  smb2[68] = 1;   // signing enabled
+  smb2[100] = smb2[101] = 2;
+  return std::string("\0\0\0", 3) + char(smb2.size()) + smb2;
+}
+
+// Whether the server at `host`:`port` takes a TCP connection and answers an SMB
+// negotiation on it within `limit`: a machine that hangs takes connections and never
+// answers.
+bool AnswersSmb(const std::string& host, int port, std::chrono::milliseconds limit) {
+  const auto deadline = std::chrono::steady_clock::now() + limit;
+  const auto ready = [&](int fd, short events) {
+    const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(
+        deadline - std::chrono::steady_clock::now());
+    pollfd wait{fd, events, 0};
+    return poll(&wait, 1, static_cast<int>(std::max<int64_t>(left.count(), 0))) == 1;
+  };
   addrinfo hints{};
   hints.ai_socktype = SOCK_STREAM;
   addrinfo* found = nullptr;
   if (getaddrinfo(host.c_str(), std::to_string(port).c_str(), &hints, &found) != 0) return false;
-  bool taken = false;
-  for (addrinfo* address = found; address != nullptr && !taken; address = address->ai_next) {
+  bool answered = false;
+  const std::string request = NegotiateRequest();
+  for (addrinfo* address = found; address != nullptr && !answered; address = address->ai_next) {
     const int fd = socket(address->ai_family, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0);
     if (fd < 0) continue;
-    if (connect(fd, address->ai_addr, address->ai_addrlen) == 0) {
-      taken = true;
-    } else if (errno == EINPROGRESS) {
-      pollfd wait{fd, POLLOUT, 0};
-      int result = 0;
-      socklen_t size = sizeof result;
-      taken = poll(&wait, 1, static_cast<int>(limit.count())) == 1 &&
-              getsockopt(fd, SOL_SOCKET, SO_ERROR, &result, &size) == 0 && result == 0;
-    }
+    int result = 0;
+    socklen_t size = sizeof result;
+    const bool connected =
+        connect(fd, address->ai_addr, address->ai_addrlen) == 0 ||
+        (errno == EINPROGRESS && ready(fd, POLLOUT) &&
+         getsockopt(fd, SOL_SOCKET, SO_ERROR, &result, &size) == 0 && result == 0);
+    answered = connected &&
+               send(fd, request.data(), request.size(), MSG_NOSIGNAL) ==
+                   static_cast<ssize_t>(request.size()) &&
+               ready(fd, POLLIN);
     close(fd);
   }
   freeaddrinfo(found);
-  return taken;
+  return answered;
 }
 
 bool IsServerError(int error) {
@@ -369,7 +396,7 @@ std::string SmbConnection::Trouble(int error, const ShareLocation& where) {
 
 bool SmbConnection::MayAnswer() {
   if (!unanswered_) return true;
-  if (!TakesConnections(host_, port_, kTimeout / 3)) return false;
+  if (!AnswersSmb(host_, port_, kTimeout / 3)) return false;
   unanswered_ = false;
   return true;
 }

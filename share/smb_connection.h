@@ -25,8 +25,8 @@ namespace parlavox {
 // root, no helper. The library is not safe to use from two threads at once, even with a
 // context each, so every operation of every connection takes its turn; each gives up
 // after the time-out and keeps the connection for the next. A server that did not
-// answer holds up nobody's turn again: until it takes a TCP connection (tried outside
-// the turn, for a third of the time-out), operations on it fail at once with ETIMEDOUT. The account
+// answer holds up nobody's turn again: until it answers an SMB negotiation (asked outside
+// the turn, for a third of the time-out), operations on it fail with ETIMEDOUT. The account
 // is the one `credentials` names for the host when the server asks, read afresh each time it asks,
 // so a password put right is used at the next attempt. Errors are errno values, as the library sets
 // them.

@@ -11,6 +11,7 @@
 #include "share/credentials.h"
 #include "share/samba_server_test_util.h"
 #include "share/samba_threads.h"
+#include "util/child_process_test_util.h"
 #include "util/eventually_test_util.h"
 #include "util/scratch_folder_test_util.h"
 #include "words/share_name.h"
@@ -73,6 +74,14 @@ TEST(SmbConnectionTest, AServerThatNeverAnswersIsGivenUpOnAfterTheTimeOut) {
   EXPECT_LT(std::chrono::steady_clock::now() - began, 3 * SmbConnection::kTimeout);
   EXPECT_EQ(connections.For(location).Trouble(error, location), "Server 127.0.0.5 does not answer")
       << error;
+
+  // Asked again, it is given up on without waiting out the time-out in the library's
+  // turn (where a machine that takes connections made every other server's work wait).
+  const auto again = std::chrono::steady_clock::now();
+  EXPECT_FALSE(
+      connections.For(location).ReadAt(SmbUrl(location, "ParlavoxUserData"), 0, 128, &error));
+  EXPECT_LT(std::chrono::steady_clock::now() - again, SmbConnection::kTimeout);
+  EXPECT_EQ(error, ETIMEDOUT);
 }
 
 // One Samba server for the tests below, with the share "office".
@@ -148,6 +157,32 @@ TEST_F(SambaShareTest, AFileHeldAgainstWritingIsBusyForOthersUntilLetGo) {
   held.reset();
   EXPECT_NE(caller.OpenForWriting(url), nullptr);
   EXPECT_TRUE(player->Remove(url));
+}
+
+// A server that stopped answering gets no turn while it is down and is used again as
+// soon as it answers: Samba, reached through a relay that goes away and comes back.
+TEST_F(SambaShareTest, AServerThatStoppedAnsweringIsUsedAgainOnceItAnswers) {
+  const auto relay = [&] {
+    auto started = std::make_unique<ChildProcess>(
+        std::vector<std::string>{"/usr/bin/python3", PARLAVOX_TCP_RELAY, "127.0.0.1:4452",
+                                 "127.0.0.1:445", "0"},
+        std::vector<std::string>{"PATH=/usr/bin:/bin"}, *scratch_ / "relay.out",
+        *scratch_ / "relay.err");
+    EXPECT_TRUE(Eventually([&] { return FileText(*scratch_ / "relay.out") == "relaying\n"; }));
+    return started;
+  };
+  const ShareLocation relayed = *ParseShareName("smb://127.0.0.1:4452/office/inward");
+  SmbConnection& connection = connections_.For(relayed);
+  const std::string url = SmbUrl(relayed, "ParlavoxUserData");
+  auto running = relay();
+  ASSERT_TRUE(connection.WriteWhole(url, "record"));
+  running.reset();
+  int error = 0;
+  EXPECT_FALSE(connection.ReadAt(url, 0, 128, &error));
+  EXPECT_EQ(connection.Trouble(error, relayed), "Server 127.0.0.1 does not answer") << error;
+  EXPECT_FALSE(connection.ReadAt(url, 0, 128, &error));
+  running = relay();
+  EXPECT_EQ(connection.ReadAt(url, 0, 128, &error), "record") << error;
 }
 
 }  // namespace
