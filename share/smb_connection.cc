@@ -395,14 +395,14 @@ std::string SmbConnection::Trouble(int error, const ShareLocation& where) {
 }
 
 bool SmbConnection::MayAnswer() {
-  if (!unanswered_) return true;
+  if (known_to_answer_) return true;
   if (!AnswersSmb(host_, port_, kTimeout / 3)) return false;
-  unanswered_ = false;
+  known_to_answer_ = true;
   return true;
 }
 
 int SmbConnection::Noted(int error) {
-  if (IsServerError(error)) unanswered_ = true;
+  if (IsServerError(error)) known_to_answer_ = false;
   return error;
 }
 

@@ -24,9 +24,10 @@ namespace parlavox {
 // One kept connection to an SMB server, through Samba's client library: no mount, no
 // root, no helper. The library is not safe to use from two threads at once, even with a
 // context each, so every operation of every connection takes its turn; each gives up
-// after the time-out and keeps the connection for the next. A server that did not
-// answer holds up nobody's turn again: until it answers an SMB negotiation (asked outside
-// the turn, for a third of the time-out), operations on it fail with ETIMEDOUT. The account
+// after the time-out and keeps the connection for the next. Before its first turn, and
+// again after it did not answer, a server is asked outside the turns whether it answers an
+// SMB negotiation (for a third of the time-out); until it does, operations on it fail with
+// ETIMEDOUT, so a dead or hung server holds up nobody's turn. The account
 // is the one `credentials` names for the host when the server asks, read afresh each time it asks,
 // so a password put right is used at the next attempt. Errors are errno values, as the library sets
 // them.
@@ -101,7 +102,8 @@ class SmbConnection {
                           int workgroup_size, char* username, int username_size, char* password,
                           int password_size);
 
-  // Whether the server may answer now: it answered last time, or takes connections.
+  // Whether the server may answer now: nothing failed since it last answered a negotiation,
+  // or it answers one now.
   bool MayAnswer();
   // Notes an operation's error that says the server does not answer; returns it.
   int Noted(int error);
@@ -139,7 +141,7 @@ class SmbConnection {
   _SMBCCTX* context_ GUARDED_BY(library_);
   const std::string host_;
   const int port_;
-  std::atomic<bool> unanswered_{false};
+  std::atomic<bool> known_to_answer_{false};  // answered a negotiation, and nothing since
   const bool counts_as_use_;
   const CredentialsFile credentials_file_;
   Credentials account_ GUARDED_BY(library_);       // as last given
