@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <deque>
 #include <thread>
 
 #include "share/samba_threads.h"
@@ -76,6 +77,12 @@ bool AnswersSmb(const std::string& host, int port, std::chrono::milliseconds lim
   return answered;
 }
 
+// Whether `error` says that the connection went away under an operation: the server or
+// something on the way ended it, and a new one may well be taken.
+bool IsDroppedConnection(int error) {
+  return error == ECONNABORTED || error == ECONNRESET || error == EPIPE || error == ENOTCONN;
+}
+
 bool IsServerError(int error) {
   return error == ETIMEDOUT || error == EHOSTUNREACH || error == ENETUNREACH ||
          error == ECONNREFUSED || error == ECONNRESET || error == EHOSTDOWN;
@@ -89,48 +96,108 @@ bool Failed(int* error, int code) {
 
 }  // namespace
 
-// A file open on the connection; every operation takes the connection's turn.
+// A file open on the connection; every operation takes the connection's turn. A file
+// lost with its connection (dropped by the server or on the way) is opened afresh, which
+// connects again, at once and then at each later write once the server answers; what
+// could not be written meanwhile is kept, up to kMaxKeptBytes, and written first, so
+// that a message goes on where it was and loses nothing.
 class SmbConnection::File : public WritableFile {
  public:
-  File(SmbConnection& connection, SMBCFILE* file) : connection_(connection), file_(file) {}
+  static constexpr size_t kMaxKeptBytes = 16 << 20;
+
+  File(SmbConnection& connection, std::string url, SMBCFILE* file)
+      : connection_(connection), url_(std::move(url)), file_(file) {}
   ~File() override { Close(); }
 
   bool WriteAt(const void* data, size_t size, int64_t offset) override {
-    Turn turn(connection_.counts_as_use_);
-    SMBCCTX* context = connection_.context_;
-    if (file_ == nullptr ||
-        smbc_getFunctionLseek(context)(context, file_, static_cast<off_t>(offset), SEEK_SET) !=
-            static_cast<off_t>(offset)) {
-      return false;
-    }
-    const auto* bytes = static_cast<const char*>(data);
-    while (size > 0) {
-      const ssize_t wrote = smbc_getFunctionWrite(context)(context, file_, bytes, size);
-      if (wrote <= 0) return false;
-      bytes += wrote;
-      size -= static_cast<size_t>(wrote);
-    }
-    return true;
+    kept_bytes_ += size;
+    kept_.push_back({offset, std::string(static_cast<const char*>(data), size)});
+    if (WriteKept() || kept_bytes_ <= kMaxKeptBytes) return true;
+    kept_.clear();  // too much waited: it is lost
+    kept_bytes_ = 0;
+    return false;
   }
   bool Resize(int64_t size) override {
+    if (!WriteKept()) return false;
     Turn turn(connection_.counts_as_use_);
     SMBCCTX* context = connection_.context_;
-    return file_ != nullptr &&
-           smbc_getFunctionFtruncate(context)(context, file_, static_cast<off_t>(size)) == 0;
+    return smbc_getFunctionFtruncate(context)(context, file_, static_cast<off_t>(size)) == 0;
   }
   bool SendOn() override { return true; }  // every write has reached the server already
   bool Close() override {
+    const bool written = kept_.empty() || WriteKept();
     Turn turn(connection_.counts_as_use_);
-    if (file_ == nullptr) return true;
+    kept_.clear();
+    if (file_ == nullptr) return written;
     SMBCCTX* context = connection_.context_;
     const bool closed = smbc_getFunctionClose(context)(context, file_) == 0;
     file_ = nullptr;
-    return closed;
+    return written && closed;
   }
 
  private:
+  struct Piece {
+    int64_t offset;
+    std::string bytes;
+  };
+
+  // Writes what was kept, in order, to the file opened afresh where it was lost; whether
+  // nothing is left and the file is open.
+  bool WriteKept() {
+    if (file_ == nullptr && !connection_.MayAnswer()) return false;
+    Turn turn(connection_.counts_as_use_);
+    if (file_ == nullptr && !Reopened()) return false;
+    while (!kept_.empty()) {
+      const Piece& piece = kept_.front();
+      if (!WriteHere(piece) && !(Reopened() && WriteHere(piece))) return false;
+      kept_bytes_ -= piece.bytes.size();
+      kept_.pop_front();
+    }
+    return true;
+  }
+  bool WriteHere(const Piece& piece) REQUIRES(library_) {
+    SMBCCTX* context = connection_.context_;
+    if (file_ == nullptr ||
+        smbc_getFunctionLseek(context)(context, file_, piece.offset, SEEK_SET) != piece.offset) {
+      return false;
+    }
+    for (size_t done = 0; done < piece.bytes.size();) {
+      const ssize_t wrote = smbc_getFunctionWrite(context)(
+          context, file_, piece.bytes.data() + done, piece.bytes.size() - done);
+      if (wrote <= 0) return false;
+      done += static_cast<size_t>(wrote);
+    }
+    return true;
+  }
+  // Opens the file afresh where it was lost with its connection (it is not open, or the
+  // write before failed because the connection went away); whether it is open now. A file
+  // given up on because its server does not answer is not closed, which would wait for the
+  // server again, and the next attempt first asks the server outside the turn. A file
+  // taken away meanwhile is not made again.
+  bool Reopened() REQUIRES(library_) {
+    SMBCCTX* context = connection_.context_;
+    if (file_ != nullptr) {
+      const int error = errno;
+      if (IsDroppedConnection(error)) {
+        smbc_getFunctionClose(context)(context, file_);  // at once: its connection is gone
+      } else if (IsServerError(error)) {
+        file_ = nullptr;
+        connection_.Noted(error);
+        return false;
+      } else {
+        return false;
+      }
+    }
+    file_ = smbc_getFunctionOpen(context)(context, url_.c_str(), O_WRONLY, 0);
+    if (file_ == nullptr) connection_.Noted(errno);
+    return file_ != nullptr;
+  }
+
   SmbConnection& connection_;
+  const std::string url_;
   SMBCFILE* file_;
+  std::deque<Piece> kept_;  // written, not yet on the server
+  size_t kept_bytes_ = 0;
 };
 
 void SmbConnection::GiveAccount(SMBCCTX* context, const char*, const char*, char* workgroup,
@@ -350,7 +417,7 @@ std::unique_ptr<WritableFile> SmbConnection::OpenForWriting(const std::string& u
   if (context_ == nullptr) return Failed(error, ENOMEM), nullptr;
   SMBCFILE* file = smbc_getFunctionOpen(context_)(context_, url.c_str(), O_WRONLY | O_CREAT, 0666);
   if (file == nullptr) return Failed(error, Noted(errno)), nullptr;
-  return std::make_unique<File>(*this, file);
+  return std::make_unique<File>(*this, url, file);
 }
 
 SmbConnection::HeldFile::~HeldFile() {

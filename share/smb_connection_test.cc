@@ -155,9 +155,10 @@ TEST_F(SambaShareTest, AFileHeldAgainstWritingIsBusyForOthersUntilLetGo) {
   EXPECT_TRUE(player->Remove(url));
 }
 
-// A server that stopped answering gets no turn while it is down and is used again as
-// soon as it answers: Samba, reached through a relay that goes away and comes back.
-TEST_F(SambaShareTest, AServerThatStoppedAnsweringIsUsedAgainOnceItAnswers) {
+// Samba, reached through a relay that can go away and come back. A message being written
+// loses nothing when its connection is dropped or its server is away for a while, and a
+// server that stopped answering is used again as soon as it answers.
+TEST_F(SambaShareTest, AMessageGoesOnWhereItWasOnceTheConnectionOrTheServerIsBack) {
   const auto relay = [&] {
     auto started = std::make_unique<ChildProcess>(
         std::vector<std::string>{"/usr/bin/python3", PARLAVOX_TCP_RELAY, "127.0.0.1:4452",
@@ -172,13 +173,22 @@ TEST_F(SambaShareTest, AServerThatStoppedAnsweringIsUsedAgainOnceItAnswers) {
   const std::string url = SmbUrl(relayed, "ParlavoxUserData");
   auto running = relay();
   ASSERT_TRUE(connection.WriteWhole(url, "record"));
+  const std::unique_ptr<WritableFile> message = connection.OpenForWriting(SmbUrl(relayed, "7.wav"));
+  ASSERT_TRUE(message->WriteAt("abcd", 4, 0));
   running.reset();
+  running = relay();
+  EXPECT_TRUE(message->WriteAt("efgh", 4, 4));
+
+  running.reset();
+  EXPECT_TRUE(message->WriteAt("ijkl", 4, 8));  // kept until the server is back
   int error = 0;
   EXPECT_FALSE(connection.ReadAt(url, 0, 128, &error));
   EXPECT_EQ(connection.Trouble(error, relayed), "Server 127.0.0.1 does not answer") << error;
-  EXPECT_FALSE(connection.ReadAt(url, 0, 128, &error));
   running = relay();
   EXPECT_EQ(connection.ReadAt(url, 0, 128, &error), "record") << error;
+  EXPECT_TRUE(message->WriteAt("mnop", 4, 12));
+  EXPECT_TRUE(message->Close());
+  EXPECT_EQ(FileText(*scratch_ / "office/inward/7.wav"), "abcdefghijklmnop");
 }
 
 }  // namespace
