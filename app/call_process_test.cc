@@ -257,8 +257,9 @@ TEST_F(CallProcessTest, AMessageGrowingLiveIsHeardWholeAtTheLevelSetOnAQuietDesk
 // The two copies know each other only by their folders on a Samba server, named as
 // Windows copies name them and as Linux desktops do: nothing is mounted. Ann's way to
 // the server is 20 ms slower a round trip (a relay that holds every packet back 10 ms
-// each way), and still the whole speech arrives.
-TEST_F(CallProcessTest, CopiesReachEachOtherThroughASambaServerByBothNameFormsAlsoWhenSlower) {
+// each way), and still the whole speech arrives; a message taken away on the way ends
+// its call.
+TEST_F(CallProcessTest, CopiesReachEachOtherThroughASambaServerAlsoWhenSlowerAndSeeMessagesGo) {
   SambaServer samba(scratch_ / "samba",
                     {{"ann", ann_.inward_folder()}, {"ben", ben_.inward_folder()}});
   ASSERT_TRUE(samba.Answers(10s)) << samba.log();
@@ -277,6 +278,16 @@ TEST_F(CallProcessTest, CopiesReachEachOtherThroughASambaServerByBothNameFormsAl
   Speak(ann_, ann_server_, {"--call", "0"});
   ASSERT_TRUE(AllPlayed(ben_, 15s)) << ben_.log();
   EXPECT_GT(SpeechHeard(ben_speaker), 0.6) << ben_.log();
+
+  // Her next message is taken from Ben's folder while she still speaks: the call ends,
+  // and she is told.
+  ASSERT_EQ(ann_.Control({"--call", "0"}).first, 0);
+  const std::string message = MessageFromAnn(ben_.inward_folder());
+  ASSERT_TRUE(Eventually([&] { return std::filesystem::exists(message); }, 5s));
+  std::filesystem::remove(message);
+  EXPECT_TRUE(Eventually([&] { return !ann_.Status()["recording"].toBool(); }, 5s));
+  EXPECT_EQ(ann_.Status()["status"].toString(),
+            "Your message was taken from the user's folder before it ended");
 }
 
 // Ben keeps his inward folder on the server itself: his record is published there, and

@@ -39,6 +39,20 @@ void BackgroundShareAccess::ReadRecord(const std::string& folder,
   });
 }
 
+std::shared_ptr<WaveFileWriter> BackgroundShareAccess::Watched(std::shared_ptr<WaveFileWriter> file,
+                                                               std::function<bool()> gone,
+                                                               TaskPoster& worker,
+                                                               MessageReports reports) {
+  auto watched = std::make_shared<WatchedMessageWriter>(
+      std::move(file), std::move(gone), [this, taken_away = std::move(reports.taken_away)] {
+        if (taken_away) owner_.Post(taken_away);
+      });
+  return std::make_shared<QueuedWaveFileWriter>(
+      std::move(watched), worker, [this, finished = std::move(reports.finished)](bool whole) {
+        if (finished) owner_.Post([finished, whole] { finished(whole); });
+      });
+}
+
 void BackgroundShareAccess::OpenMessage(const std::string& folder, const std::string& name,
                                         std::function<void(MessageOpening)> done,
                                         MessageReports reports) {
@@ -56,14 +70,7 @@ void BackgroundShareAccess::OpenMessage(const std::string& folder, const std::st
     }
     opening.unwritable = !message.still_playing && !(file && file->is_valid());
     if (file && file->is_valid()) {
-      auto watched = std::make_shared<WatchedMessageWriter>(
-          std::move(file), path, [this, taken_away = std::move(reports.taken_away)] {
-            if (taken_away) owner_.Post(taken_away);
-          });
-      opening.writer = std::make_shared<QueuedWaveFileWriter>(
-          std::move(watched), worker_, [this, finished = std::move(reports.finished)](bool whole) {
-            if (finished) owner_.Post([finished, whole] { finished(whole); });
-          });
+      opening.writer = Watched(std::move(file), FileGoneCheck(path), worker_, std::move(reports));
     }
     owner_.Post([done = std::move(done), opening = std::move(opening)]() mutable {
       done(std::move(opening));
@@ -79,7 +86,8 @@ void BackgroundShareAccess::OpenOnShare(const ShareLocation& share, const std::s
                reports = std::move(reports)]() mutable {
     MessageOpening opening;
     int error = 0;
-    std::unique_ptr<WritableFile> on_server = smb_.For(share).OpenForWriting(url, &error);
+    SmbConnection& connection = smb_.For(share);
+    std::unique_ptr<WritableFile> on_server = connection.OpenForWriting(url, &error);
     // The callee's copy holds the message against writing while it is heard.
     opening.still_playing = error == EBUSY;
     if (on_server) {
@@ -89,10 +97,9 @@ void BackgroundShareAccess::OpenOnShare(const ShareLocation& share, const std::s
         CreateWaveFileWriter(std::move(on_server), 11025, 1, 16, 0);
     opening.unwritable = !opening.still_playing && !file->is_valid();
     if (file->is_valid()) {
-      opening.writer = std::make_shared<QueuedWaveFileWriter>(
-          std::move(file), worker, [this, finished = std::move(reports.finished)](bool whole) {
-            if (finished) owner_.Post([finished, whole] { finished(whole); });
-          });
+      opening.writer = Watched(
+          std::move(file), [connection = &connection, url] { return connection->Missing(url); },
+          worker, std::move(reports));
     }
     owner_.Post([done = std::move(done), opening = std::move(opening)]() mutable {
       done(std::move(opening));

@@ -32,6 +32,11 @@ class BackgroundShareAccess : public ShareAccess {
   TaskPoster& WorkerFor(const std::string& folder);
   void OpenOnShare(const ShareLocation& share, const std::string& name,
                    std::function<void(MessageOpening)> done, MessageReports reports);
+  // `file`, written on `worker`'s thread, watched with `gone` for being taken away, and
+  // reporting to the owner.
+  std::shared_ptr<WaveFileWriter> Watched(std::shared_ptr<WaveFileWriter> file,
+                                          std::function<bool()> gone, TaskPoster& worker,
+                                          MessageReports reports);
 
   TaskPoster& worker_;
   TaskPoster& owner_;

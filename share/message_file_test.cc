@@ -10,6 +10,7 @@
 #include <gtest/gtest.h>
 
 #include "audio/wave_file.h"
+#include "share/watched_message_writer.h"
 #include "util/scratch_folder_test_util.h"
 
 namespace parlavox {
@@ -108,6 +109,24 @@ TEST_F(MessageFileTest, AHeldMessageCanNotBeTakenForANewCall) {
   const FileLock nowhere = LockMessage(scratch_ / "missing/12.wav", FileLock::Kind::kExclusive);
   EXPECT_FALSE(nowhere.held());
   EXPECT_FALSE(nowhere.refused());
+}
+
+// A caller's message taken from the callee's folder: deleted, or another file put in
+// its place (renamed over it).
+TEST(FileGoneCheckTest, SaysGoneOnceTheFileIsDeletedOrReplaced) {
+  ScratchFolder scratch;
+  const std::string path = scratch / "7.wav";
+  EXPECT_EQ(FileGoneCheck(path), nullptr);  // nothing to watch
+  WriteFileText(path, "RIFF");
+  const std::function<bool()> gone = FileGoneCheck(path);
+  ASSERT_NE(gone, nullptr);
+  WriteFileText(path, "RIFFWAVE");  // written on: the same file
+  EXPECT_FALSE(gone());
+  WriteFileText(scratch / "other", "RIFF");
+  std::filesystem::rename(scratch / "other", path);
+  EXPECT_TRUE(gone());
+  std::filesystem::remove(path);
+  EXPECT_TRUE(gone());
 }
 
 }  // namespace

@@ -6,6 +6,7 @@
 #include <netdb.h>
 #include <poll.h>
 #include <sys/socket.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -285,6 +286,15 @@ bool SmbConnection::Remove(const std::string& url, int* error) {
   if (context_ == nullptr) return Failed(error, ENOMEM);
   return smbc_getFunctionUnlink(context_)(context_, url.c_str()) == 0 ||
          Failed(error, Noted(errno));
+}
+
+bool SmbConnection::Missing(const std::string& url) {
+  if (!MayAnswer()) return false;
+  Turn turn(counts_as_use_);
+  if (context_ == nullptr) return false;
+  struct stat status {};
+  return smbc_getFunctionStat(context_)(context_, url.c_str(), &status) != 0 &&
+         Noted(errno) == ENOENT;
 }
 
 std::optional<std::vector<SmbConnection::Entry>> SmbConnection::List(const std::string& folder_url,

@@ -57,6 +57,9 @@ class SmbConnection {
   // Replaces the file at `url` with `bytes`.
   bool WriteWhole(const std::string& url, std::string_view bytes, int* error = nullptr);
   bool Remove(const std::string& url, int* error = nullptr);
+  // Whether the server says that there is no file at `url` (false also where it can't be
+  // asked).
+  bool Missing(const std::string& url);
   std::optional<std::vector<Entry>> List(const std::string& folder_url, int* error = nullptr);
   // The names of the server's disk shares, those ending in "$" left out.
   std::optional<std::vector<std::string>> ListShares(int* error = nullptr);

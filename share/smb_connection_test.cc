@@ -143,6 +143,15 @@ TEST_F(SambaShareTest, AFileHeldAgainstWritingIsBusyForOthersUntilLetGo) {
     EXPECT_EQ(player->Hold(url, &error), nullptr);  // the caller still writes it
     EXPECT_EQ(error, EBUSY);
   }
+  {
+    // Taken away on the server's own disk while it is written (by a callee whose
+    // folder its own Samba shares): the caller's handle goes on, the name is gone.
+    const std::unique_ptr<WritableFile> writing = caller.OpenForWriting(url);
+    EXPECT_FALSE(caller.Missing(url));
+    std::filesystem::remove(*scratch_ / "office/inward/101.wav");
+    EXPECT_TRUE(caller.Missing(url));
+  }
+  ASSERT_TRUE(caller.WriteWhole(url, "RIFF"));
   std::unique_ptr<SmbConnection::HeldFile> held = player->Hold(url);
   ASSERT_NE(held, nullptr);
   int error = 0;

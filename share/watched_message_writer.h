@@ -1,8 +1,6 @@
 #ifndef PARLAVOX_SHARE_WATCHED_MESSAGE_WRITER_H_
 #define PARLAVOX_SHARE_WATCHED_MESSAGE_WRITER_H_
 
-#include <sys/types.h>
-
 #include <chrono>
 #include <functional>
 #include <memory>
@@ -13,15 +11,14 @@
 namespace parlavox {
 
 // A message writer that notices when its file is taken from the callee's folder while
-// the call goes on (the callee's copy took it for finished, or somebody deleted it):
-// at most once a second it checks that `path` still names the file it writes, and
-// calls `taken_away` once when not. Everything else goes to `target`. Used on one
-// thread only.
+// the call goes on (the callee's copy took it for finished, or somebody deleted it): at
+// most once a second it asks `gone`, and calls `taken_away` once when it says so; a null
+// `gone` watches nothing. Everything else goes to `target`. Used on one thread only.
 class WatchedMessageWriter : public WaveFileWriter {
  public:
   static constexpr std::chrono::seconds kCheckInterval{1};
 
-  WatchedMessageWriter(std::shared_ptr<WaveFileWriter> target, std::string path,
+  WatchedMessageWriter(std::shared_ptr<WaveFileWriter> target, std::function<bool()> gone,
                        std::function<void()> taken_away);
 
   void Truncate(int64_t frame) override { target_->Truncate(frame); }
@@ -32,12 +29,14 @@ class WatchedMessageWriter : public WaveFileWriter {
 
  private:
   std::shared_ptr<WaveFileWriter> target_;
-  std::string path_;
+  std::function<bool()> gone_;
   std::function<void()> taken_away_;
-  dev_t device_ = 0;
-  ino_t inode_ = 0;
   std::chrono::steady_clock::time_point next_check_;
 };
+
+// Whether the file now at `path` on the file system is gone: there is none there, or
+// another one; null where there is none now.
+std::function<bool()> FileGoneCheck(const std::string& path);
 
 }  // namespace parlavox
 
