@@ -12,7 +12,7 @@ command -v gcovr >/dev/null || apt-get install -y gcovr >/dev/null
 tree=$PWD/build-coverage
 results=$tree/reach
 cmake -S . -B "$tree" -G Ninja -DCMAKE_BUILD_TYPE=Debug \
-  "-DCMAKE_CXX_FLAGS_DEBUG=-O0 --coverage" -DCMAKE_EXE_LINKER_FLAGS=--coverage >/dev/null
+  "-DCMAKE_CXX_FLAGS_DEBUG=-O0 --coverage -fprofile-update=atomic" -DCMAKE_EXE_LINKER_FLAGS=--coverage >/dev/null
 cmake --build "$tree"
 rm -rf "$results" && mkdir -p "$results"
 end_to_end='^(CallProcessTest|IntercomProcessTest|PortalHotKeyTest|WindowTest|SettingsTest|HotKeyTest|SetupDialogTest|SetupProcessTest)\.'
@@ -25,7 +25,7 @@ measure() {
   find "$tree" -name '*.gcda' -delete
   (cd "$tree" && ctest "$@" --timeout 300 >"$results/$name.log" 2>&1) ||
     echo "test_reach: $name failed; see $results/$name.log" >&2
-  gcovr -r "$PWD" "$tree" -j 2 --json "$results/$name.json" -e '.*_test\.cc' \
+  gcovr -r "$PWD" "$tree" --json "$results/$name.json" -e '.*_test\.cc' \
     -e '.*_test_util\.h' -e '.*benchmark.*' -e '.*fuzz.*' -e '.*stand_in_portal.*' \
     -e '.*_autogen.*' >/dev/null 2>&1
 }
