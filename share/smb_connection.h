@@ -78,7 +78,9 @@ class SmbConnection {
   // itself is then looked at), naming it; "" for errors of one file or folder.
   std::string Trouble(int error, const ShareLocation& where);
   // The file at `url` for writing, made when missing; null when it can't be opened. It
-  // uses this connection, which must outlive it.
+  // uses this connection, which must outlive it. What it can't write because the
+  // connection went away or the server is away is kept (up to 16 MB) and written once it
+  // is back; its Close says whether everything made it.
   std::unique_ptr<WritableFile> OpenForWriting(const std::string& url, int* error = nullptr);
 
   // A file kept open so that nobody may write or delete it, as long as this object lives.
