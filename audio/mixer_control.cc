@@ -19,8 +19,6 @@ std::string Cut(std::string name) {
   return name;
 }
 
-void SignalDone(pa_context*, int, void*) { PulseConnection::Instance().Signal(); }
-
 // What the mixer needs to know of an input device.
 struct InputFacts {
   std::string name;                // the server's name of the device

@@ -81,6 +81,27 @@ pa_stream* NewPcmStream(pa_context* context, const char* name, uint32_t rate, in
   return stream;
 }
 
+void SignalDone(pa_context*, int, void*) { PulseConnection::Instance().Signal(); }
+
+pa_cvolume LevelVolume(int channels, int decibels) {
+  pa_cvolume volume;
+  pa_cvolume_set(&volume, static_cast<unsigned>(channels),
+                 decibels <= -127 ? PA_VOLUME_MUTED : pa_sw_volume_from_dB(decibels));
+  return volume;
+}
+
+bool SetPlaybackLevel(pa_context* context, pa_stream* stream, int decibels) {
+  const pa_cvolume volume = LevelVolume(pa_stream_get_sample_spec(stream)->channels, decibels);
+  return PulseConnection::Instance().Wait(pa_context_set_sink_input_volume(
+      context, pa_stream_get_index(stream), &volume, &SignalDone, nullptr));
+}
+
+bool SetRecordLevel(pa_context* context, pa_stream* stream, int decibels) {
+  const pa_cvolume volume = LevelVolume(pa_stream_get_sample_spec(stream)->channels, decibels);
+  return PulseConnection::Instance().Wait(pa_context_set_source_output_volume(
+      context, pa_stream_get_index(stream), &volume, &SignalDone, nullptr));
+}
+
 bool WaitUntilReady(pa_stream* stream) {
   while (pa_stream_get_state(stream) == PA_STREAM_CREATING) {
     pa_threaded_mainloop_wait(PulseConnection::Instance().mainloop());

@@ -44,6 +44,19 @@ pa_stream* NewPcmStream(pa_context* context, const char* name, uint32_t rate, in
 // it failed. The stream's state callback must call PulseConnection::Signal.
 bool WaitUntilReady(pa_stream* stream);
 
+// Gives a ready stream its own level, `decibels` of gain (-127 and below: muted), and
+// waits until the server has it, main loop locked. A level given only as the stream is
+// made does not hold everywhere: PipeWire's session manager gives each new stream the
+// level it remembers for the program.
+bool SetPlaybackLevel(pa_context* context, pa_stream* stream, int decibels);
+bool SetRecordLevel(pa_context* context, pa_stream* stream, int decibels);
+
+// A pa_context_success_cb_t for operations waited on with PulseConnection::Wait.
+void SignalDone(pa_context* context, int success, void* unused);
+
+// The volume of `channels` channels at `decibels` of gain (-127 and below: muted).
+pa_cvolume LevelVolume(int channels, int decibels);
+
 // Holds the main loop's lock for as long as it lives.
 class PulseLock {
  public:

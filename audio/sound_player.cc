@@ -161,6 +161,7 @@ bool LSoundPlayer::FeedBlock(PlayBlock& block) {
   if (remaining < 16 * int64_t{frames_per_block_}) {
     if (remaining <= 0) {
       block.reached = kNoPosition;
+      wave_out_.Drain();  // all there is for now: the server is to play it all
       if (QueuedBlocks() == 0) {
         Notify(kFinished);
         return false;

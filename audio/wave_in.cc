@@ -10,12 +10,6 @@ namespace parlavox {
 
 WaveIn::~WaveIn() { Close(); }
 
-namespace {
-
-void SignalDone(pa_context*, int, void*) { PulseConnection::Instance().Signal(); }
-
-}  // namespace
-
 bool WaveIn::Open(const std::string& device, uint32_t rate, int channels, int buffer_frames,
                   int decibels, Reports reports) {
   Close();
@@ -47,11 +41,7 @@ bool WaveIn::Open(const std::string& device, uint32_t rate, int channels, int bu
   }
   // The level is this stream's own, set while it is still corked: no sample is taken
   // at another level, and the device's volume stays as the desktop has it.
-  pa_cvolume volume;
-  pa_cvolume_set(&volume, spec.channels,
-                 decibels <= -127 ? PA_VOLUME_MUTED : pa_sw_volume_from_dB(decibels));
-  PulseConnection::Instance().Wait(pa_context_set_source_output_volume(
-      context, pa_stream_get_index(stream_), &volume, &SignalDone, nullptr));
+  SetRecordLevel(context, stream_, decibels);
   return true;
 }
 

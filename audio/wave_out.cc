@@ -34,6 +34,7 @@ bool WaveOut::Open(const std::string& device, uint32_t rate, int channels, int d
   failed_ = false;
   write_index_ = 0;
   all_read_at_ = 0;
+  drained_ = false;
   played_index_ = 0;
   pa_stream_set_state_callback(stream_, &WaveOut::OnStreamState, this);
 
@@ -42,10 +43,9 @@ bool WaveOut::Open(const std::string& device, uint32_t rate, int channels, int d
   const uint32_t frame = static_cast<uint32_t>(pa_frame_size(&spec));
   const pa_buffer_attr attributes{rate * frame * kQueueSeconds, rate * frame * kLatencyMs / 1000,
                                   frame, static_cast<uint32_t>(-1), static_cast<uint32_t>(-1)};
-  // The level is the stream's own from its first sample, in real decibels.
-  pa_cvolume volume;
-  pa_cvolume_set(&volume, static_cast<unsigned>(channels),
-                 decibels <= -127 ? PA_VOLUME_MUTED : pa_sw_volume_from_dB(decibels));
+  // The level is the stream's own from its first sample, in real decibels: given as
+  // the stream is made, and again once it is ready, before any sample is written.
+  const pa_cvolume volume = LevelVolume(channels, decibels);
   if (pa_stream_connect_playback(stream_, device.empty() ? nullptr : device.c_str(), &attributes,
                                  PA_STREAM_ADJUST_LATENCY, &volume, nullptr) < 0) {
     Close();
@@ -55,6 +55,7 @@ bool WaveOut::Open(const std::string& device, uint32_t rate, int channels, int d
     Close();
     return false;
   }
+  SetPlaybackLevel(context, stream_, decibels);
   timer_ =
       pa_context_rttime_new(context, pa_rtclock_now() + kTimingInterval, &WaveOut::OnTimer, this);
   return true;
@@ -70,9 +71,19 @@ void WaveOut::Write(PlayBuffer* buffer) {
     return;
   }
   write_index_ += buffer->bytes;
+  drained_ = false;
   all_read_at_ = 0;
   buffer->end_index = write_index_;
   queued_.push_back(buffer);
+}
+
+void WaveOut::Drain() {
+  PulseLock lock;
+  if (stream_ == nullptr || failed_ || drained_) return;
+  drained_ = true;
+  if (pa_operation* operation = pa_stream_drain(stream_, nullptr, nullptr)) {
+    pa_operation_unref(operation);
+  }
 }
 
 void WaveOut::Reset() {

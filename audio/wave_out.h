@@ -42,6 +42,10 @@ class WaveOut {
   bool Open(const std::string& device, uint32_t rate, int channels, int decibels,
             ManualResetEvent* buffer_done);
   void Write(PlayBuffer* buffer);
+  // Asks the server to play everything written so far, a last piece shorter than the
+  // server reads at a time included: PipeWire's holds such a piece back until more
+  // comes, and the stream would never finish. Writing may go on after it.
+  void Drain();
   // Drops whatever is queued; every buffer becomes done.
   void Reset();
   void Close();
@@ -65,6 +69,7 @@ class WaveOut {
   std::deque<PlayBuffer*> queued_;
   uint64_t write_index_ = 0;
   pa_usec_t all_read_at_ = 0;  // when the server had read everything written; 0: not yet
+  bool drained_ = false;       // asked to drain since the last write
   std::atomic<uint64_t> played_index_{0};  // as of the last timing update
   std::atomic<bool> failed_{false};
 };
