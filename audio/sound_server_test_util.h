@@ -21,8 +21,10 @@
 
 namespace parlavox {
 
-// A PulseAudio server of the test's own: private runtime folder, no sound card, two
-// null sinks ("speaker" and "mic", each with its ".monitor" source). Unless told
+// A sound server of the test's own: private runtime folder, no sound card, two null
+// sinks ("speaker" and "mic", each with its ".monitor" source). It is PulseAudio, or
+// with PARLAVOX_SOUND_SERVER=pipewire the PulseAudio server of PipeWire (with its
+// session manager and a session bus of its own), as on Debian's desktops. Unless told
 // otherwise, PULSE_SERVER points this process at it. Stop kills it the hard way;
 // Start brings it back on the same socket.
 class PrivateSoundServer {
@@ -30,7 +32,9 @@ class PrivateSoundServer {
   explicit PrivateSoundServer(bool serve_this_process = true) {
     std::string pattern = (std::filesystem::temp_directory_path() / "pulse-XXXXXX").string();
     folder_ = mkdtemp(pattern.data());
-    socket_ = folder_ + "/native";
+    const char* kind = getenv("PARLAVOX_SOUND_SERVER");
+    pipewire_ = kind != nullptr && std::string(kind) == "pipewire";
+    socket_ = folder_ + (pipewire_ ? "/pulse/native" : "/native");
     if (serve_this_process) {
       setenv("PULSE_SERVER", address().c_str(), 1);
       setenv("PULSE_RUNTIME_PATH", folder_.c_str(), 1);
@@ -46,25 +50,24 @@ class PrivateSoundServer {
   }
 
   bool Start() {
+    if (pipewire_) return StartPipeWire();
     const std::string protocol =
         "module-native-protocol-unix socket=" + socket_ + " auth-anonymous=1";
     daemon_ = std::make_unique<ChildProcess>(
         std::vector<std::string>{
             "/usr/bin/pulseaudio", "-n", "--daemonize=no", "--exit-idle-time=-1",
             "--use-pid-file=false", "--disable-shm=true", "-L", protocol, "-L",
-            "module-null-sink sink_name=speaker rate=11025 channels=1 norewinds=1 "
-            "sink_properties=device.description=Speaker",
-            "-L",
-            "module-null-sink sink_name=mic rate=11025 channels=1 norewinds=1 "
-            "sink_properties=device.description=Microphone",
+            "module-null-sink " + NullSink("speaker", "Speaker") + " norewinds=1", "-L",
+            "module-null-sink " + NullSink("mic", "Microphone") + " norewinds=1",
             "--log-target=file:/dev/null"},
-        std::vector<std::string>{"HOME=" + folder_, "XDG_RUNTIME_DIR=" + folder_,
-                                 "PATH=/usr/bin:/bin"},
-        "/dev/null", "/dev/null");
+        Environment(), "/dev/null", "/dev/null");
     return daemon_->running() && Eventually([&] { return Pactl("info >/dev/null 2>&1") == 0; });
   }
 
-  void Stop() { daemon_.reset(); }
+  void Stop() {
+    while (!pipewire_parts_.empty()) pipewire_parts_.pop_back();  // the last started first
+    daemon_.reset();
+  }
 
   // Runs pactl against this server with `arguments`; returns its exit status.
   int Pactl(const std::string& arguments) const {
@@ -72,9 +75,54 @@ class PrivateSoundServer {
   }
 
  private:
+  static std::string NullSink(const std::string& name, const std::string& description) {
+    return "sink_name=" + name +
+           " rate=11025 channels=1 sink_properties=device.description=" + description;
+  }
+
+  std::vector<std::string> Environment() const {
+    std::vector<std::string> environment = {"HOME=" + folder_, "XDG_RUNTIME_DIR=" + folder_,
+                                            "PATH=/usr/bin:/bin"};
+    if (pipewire_) environment.push_back("DBUS_SESSION_BUS_ADDRESS=unix:path=" + folder_ + "/bus");
+    return environment;
+  }
+
+  // PipeWire, its session manager (which links streams to devices) and its PulseAudio
+  // server, each a process; the sinks are made through the PulseAudio interface.
+  bool StartPipeWire() {
+    const std::string bus = folder_ + "/bus";
+    for (const char* program : {"dbus-daemon", "pipewire", "wireplumber", "pipewire-pulse"}) {
+      std::vector<std::string> argv = {std::string("/usr/bin/") + program};
+      if (argv[0].ends_with("dbus-daemon")) {
+        argv.insert(argv.end(), {"--session", "--nofork", "--address=unix:path=" + bus});
+      }
+      pipewire_parts_.push_back(
+          std::make_unique<ChildProcess>(argv, Environment(), "/dev/null", "/dev/null"));
+      if (argv[0].ends_with("dbus-daemon")) {
+        Eventually([&] { return std::filesystem::exists(bus); });
+      }
+    }
+    if (!Eventually([&] { return Pactl("info >/dev/null 2>&1") == 0; })) return false;
+    for (const auto& [name, description] :
+         {std::pair{"speaker", "Speaker"}, {"mic", "Microphone"}}) {
+      if (Pactl("load-module module-null-sink " + NullSink(name, description) + " >/dev/null") !=
+          0) {
+        return false;
+      }
+    }
+    // Ready once the session manager links new streams: until it has started, a stream
+    // may stay unlinked for good, and a short piece of silence never finishes playing.
+    return Eventually([&] {
+      return Shell("head -c 2000 /dev/zero | PULSE_SERVER=" + address() +
+                   " timeout 2 pacat --device=speaker --raw --rate=11025 --channels=1") == 0;
+    });
+  }
+
   std::string folder_;
   std::string socket_;
+  bool pipewire_ = false;
   std::unique_ptr<ChildProcess> daemon_;
+  std::vector<std::unique_ptr<ChildProcess>> pipewire_parts_;
 };
 
 // Records what a sink of the server plays (its monitor, through parec, at 11025 Hz

@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
-# Installs every Debian package that building, running and testing Parlavox needs.
-# Idempotent: packages already present are not fetched again.
+# Installs every Debian package that building, running and testing Parlavox needs;
+# with --tests also those that only the test script's run needs. Idempotent: packages
+# already present are not fetched again.
 set -euo pipefail
 
 packages=(
@@ -26,6 +27,12 @@ packages=(
   # the Debian package: dependencies from dpkg-shlibdeps, checked by lintian
   dpkg-dev lintian
 )
+if [ "${1:-}" = --tests ]; then
+  # The sound tests run once more on PipeWire's PulseAudio server, as Debian's desktops
+  # have it. Only here: installed, it is started for everybody at the next login, and
+  # on a desktop that runs PulseAudio the two would contend for the same socket.
+  packages+=(pipewire pipewire-pulse wireplumber)
+fi
 
 missing=()
 for p in "${packages[@]}"; do

@@ -8,7 +8,7 @@
 # build and tests leave of the processors.
 set -euo pipefail
 cd "$(dirname "$0")/.."
-scripts/setup.sh
+scripts/setup.sh --tests
 
 git ls-files '*.cc' '*.h' | xargs clang-format --dry-run --Werror
 scripts/check_layers.py
@@ -19,9 +19,12 @@ configure() {
   cmake -S . -B "$folder" -G Ninja "$@" >/dev/null
 }
 # Two at a time: the speech tests judge what a sound server heard, and under the
-# sanitizers three at a time on two cores starve them.
+# sanitizers three at a time on two cores starve them. Arguments after the tree go to
+# ctest.
 run_tests() {
-  (cd "$1" && ctest --output-on-failure --parallel 2 --timeout 300)
+  local tree=$1
+  shift
+  (cd "$tree" && ctest --output-on-failure --parallel 2 --timeout 300 "$@")
 }
 
 # Line tables are all that the sanitizers' reports need, and they build much faster
@@ -44,8 +47,15 @@ CXX=clang++ configure build-sanitize -DCMAKE_BUILD_TYPE=Debug -DCMAKE_CXX_FLAGS_
   -DPARLAVOX_SANITIZE=ON
 cmake --build build-sanitize
 
-ASAN_OPTIONS=detect_leaks=1:abort_on_error=1 UBSAN_OPTIONS=print_stacktrace=1 \
-  LSAN_OPTIONS="suppressions=$PWD/scripts/lsan.supp" run_tests build-sanitize
+export ASAN_OPTIONS=detect_leaks=1:abort_on_error=1 UBSAN_OPTIONS=print_stacktrace=1 \
+  LSAN_OPTIONS="suppressions=$PWD/scripts/lsan.supp"
+run_tests build-sanitize
+# The sound tests once more on PipeWire's PulseAudio server, which Debian's desktops run
+# (a private one for each test, as with PulseAudio): the device's level and volume, the
+# end of a message, a call heard whole. The player's test of every sample once, in
+# order, is PulseAudio's alone: PipeWire resamples what it plays.
+PARLAVOX_SOUND_SERVER=pipewire run_tests build-sanitize -R \
+  '^(MixerControlTest|SoundRecorderTest|SoundPlayerTest\.(PlaysATone|AMessageGoesOn|Refuses)|CallProcessTest\.(SpeechReaches|AMessageGrowing))'
 if ! wait $tsan_build; then
   cat build-tsan.log
   exit 1
