@@ -90,16 +90,20 @@ class PrivateSoundServer {
   // PipeWire, its session manager (which links streams to devices) and its PulseAudio
   // server, each a process; the sinks are made through the PulseAudio interface.
   bool StartPipeWire() {
+    // Each is started once the socket of the one before is there: the session manager
+    // that finds no PipeWire to connect to ends at once, and no stream is ever linked.
     const std::string bus = folder_ + "/bus";
-    for (const char* program : {"dbus-daemon", "pipewire", "wireplumber", "pipewire-pulse"}) {
-      std::vector<std::string> argv = {std::string("/usr/bin/") + program};
-      if (argv[0].ends_with("dbus-daemon")) {
-        argv.insert(argv.end(), {"--session", "--nofork", "--address=unix:path=" + bus});
-      }
+    const std::pair<std::vector<std::string>, std::string> parts[] = {
+        {{"/usr/bin/dbus-daemon", "--session", "--nofork", "--address=unix:path=" + bus}, bus},
+        {{"/usr/bin/pipewire"}, folder_ + "/pipewire-0"},
+        {{"/usr/bin/wireplumber"}, ""},
+        {{"/usr/bin/pipewire-pulse"}, ""}};
+    for (const auto& [argv, socket] : parts) {
+      if (!socket.empty()) std::filesystem::remove(socket);  // left by a server killed
       pipewire_parts_.push_back(
           std::make_unique<ChildProcess>(argv, Environment(), "/dev/null", "/dev/null"));
-      if (argv[0].ends_with("dbus-daemon")) {
-        Eventually([&] { return std::filesystem::exists(bus); });
+      if (!socket.empty() && !Eventually([&] { return std::filesystem::exists(socket); })) {
+        return false;
       }
     }
     if (!Eventually([&] { return Pactl("info >/dev/null 2>&1") == 0; })) return false;
@@ -110,8 +114,8 @@ class PrivateSoundServer {
         return false;
       }
     }
-    // Ready once the session manager links new streams: until it has started, a stream
-    // may stay unlinked for good, and a short piece of silence never finishes playing.
+    // Ready once the session manager, which takes a moment to load its scripts, links a
+    // new stream: a short piece of silence is played to its end.
     return Eventually([&] {
       return Shell("head -c 2000 /dev/zero | PULSE_SERVER=" + address() +
                    " timeout 2 pacat --device=speaker --raw --rate=11025 --channels=1") == 0;
