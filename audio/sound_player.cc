@@ -117,9 +117,13 @@ void LSoundPlayer::Run() {
           SetPriority(kPriorityHighest);
           state_ &= static_cast<uint16_t>(~kBoostPending);
         }
+        // A buffer not played within a few waits is held back by the server: PipeWire's,
+        // drained where playback caught up with a caller, may hold back what came after.
+        // Drained again, it plays it.
+        if (++stall == kDrainPasses) wave_out_.Drain();
         // A device that has not finished a buffer for 281 waits (one the server
         // dropped and that could not be opened again among them) counts as finished.
-        if (++stall > kStallPasses) Notify(kFinished);
+        if (stall > kStallPasses) Notify(kFinished);
         wait = true;
       }
     }

@@ -56,6 +56,7 @@ class LSoundPlayer : public WorkerThread, public Player {
   static constexpr uint16_t kPositionChanged = 1, kLevelsChanged = 2, kFinished = 4;
   static constexpr int64_t kNoPosition = INT64_MIN;
   static constexpr int kStallPasses = 280;
+  static constexpr int kDrainPasses = 3;
 
   struct PlayBlock {
     PlayBuffer buffer;

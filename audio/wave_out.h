@@ -44,7 +44,8 @@ class WaveOut {
   void Write(PlayBuffer* buffer);
   // Asks the server to play everything written so far, a last piece shorter than the
   // server reads at a time included: PipeWire's holds such a piece back until more
-  // comes, and the stream would never finish. Writing may go on after it.
+  // comes, and the stream would never finish. Writing may go on after it (PipeWire's
+  // server may then hold back again what follows, till it is asked once more).
   void Drain();
   // Drops whatever is queued; every buffer becomes done.
   void Reset();
