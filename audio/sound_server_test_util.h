@@ -98,10 +98,11 @@ class PrivateSoundServer {
         {{"/usr/bin/pipewire"}, folder_ + "/pipewire-0"},
         {{"/usr/bin/wireplumber"}, ""},
         {{"/usr/bin/pipewire-pulse"}, ""}};
-    for (const auto& [argv, socket] : parts) {
+    for (const auto& part : parts) {
+      const std::string& socket = part.second;
       if (!socket.empty()) std::filesystem::remove(socket);  // left by a server killed
       pipewire_parts_.push_back(
-          std::make_unique<ChildProcess>(argv, Environment(), "/dev/null", "/dev/null"));
+          std::make_unique<ChildProcess>(part.first, Environment(), "/dev/null", "/dev/null"));
       if (!socket.empty() && !Eventually([&] { return std::filesystem::exists(socket); })) {
         return false;
       }
