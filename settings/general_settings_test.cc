@@ -11,17 +11,6 @@
 namespace parlavox {
 namespace {
 
-class FakeStartAtLogin : public StartAtLogin {
- public:
-  bool IsOn() const override { return on; }
-  void Set(bool value) override {
-    on = value;
-    ++changes;
-  }
-  bool on = false;
-  int changes = 0;
-};
-
 class GeneralSettingsTest : public ScratchSettingsTest {
  protected:
   std::string Value(const char* key) { return settings_.ReadText(kSettingsSection, key, "-"); }

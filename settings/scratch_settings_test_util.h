@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "settings/settings_file.h"
+#include "settings/start_at_login.h"
 #include "util/scratch_folder_test_util.h"
 
 namespace parlavox {
@@ -17,6 +18,18 @@ class ScratchSettingsTest : public testing::Test {
   ScratchFolder scratch_;
   FolderStore folders_{scratch_ / "user.ini", scratch_ / "machine.ini"};
   SettingsFile settings_;
+};
+
+// Start at login that only remembers: whether it is on, and how often it was switched.
+class FakeStartAtLogin : public StartAtLogin {
+ public:
+  bool IsOn() const override { return on; }
+  void Set(bool value) override {
+    on = value;
+    ++changes;
+  }
+  bool on = false;
+  int changes = 0;
 };
 
 }  // namespace parlavox

@@ -28,13 +28,6 @@
 namespace parlavox {
 namespace {
 
-class FakeStartAtLogin : public StartAtLogin {
- public:
-  bool IsOn() const override { return on; }
-  void Set(bool to) override { on = to; }
-  bool on = false;
-};
-
 class SettingsPagesTest : public ScratchSettingsTest {
  protected:
   std::string Value(const std::string& key, std::string_view section = kKeysSection) {
