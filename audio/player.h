@@ -43,8 +43,9 @@ class Player {
   virtual bool Play(std::shared_ptr<WaveFileReader> reader) = 0;
   virtual void StopPlayback() = 0;
   virtual bool is_open() const = 0;
-  // The silence a message needs before its first sample so that none of it is lost
-  // while the device starts, as a negative time in 1/10000 s (0 for none).
+  // The silence a message needs before its first sample, so that none of it is lost
+  // while the device starts and a message still growing does not break off each time
+  // a piece of it comes late, as a negative time in 1/10000 s (0 for none).
   virtual int32_t LeadIn() const = 0;
 };
 

@@ -26,8 +26,11 @@ namespace parlavox {
 // when every buffer has played and nothing more comes, or when the device has not
 // finished a buffer for 281 waits of 100 ms. A stream the sound server drops (a
 // restart) is opened again as soon as the server answers, and playback goes on from
-// what had been heard. A stream keeps every sample from its first, so a message
-// needs no lead-in of silence. The thread reports to the owner only through `poster`.
+// what had been heard. A message starts after a lead-in of 0.15 s of silence: a
+// stream keeps every sample from its first, but a message that is still being spoken
+// arrives a piece at a time, and without the lead-in playback starts with next to
+// nothing queued and breaks off for a moment each time a piece comes late. The thread
+// reports to the owner only through `poster`.
 class LSoundPlayer : public WorkerThread, public Player {
  public:
   static constexpr int kBlockCount = 70;
@@ -42,7 +45,7 @@ class LSoundPlayer : public WorkerThread, public Player {
   bool Play(std::shared_ptr<WaveFileReader> reader) override;
   void StopPlayback() override;
   bool is_open() const override { return state_ != 0; }
-  int32_t LeadIn() const override { return 0; }
+  int32_t LeadIn() const override { return -1500; }
 
  protected:
   void Run() override;

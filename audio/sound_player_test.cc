@@ -148,10 +148,10 @@ TEST_F(SoundPlayerTest, PlaysAToneAfterTheLeadInThenReportsTheStop) {
   EXPECT_EQ(*std::max_element(listener_.levels.begin(), listener_.levels.end()), 6);
 }
 
-// Another process writes a message in real time while it plays, started 0.15 s
-// early as the inbox starts messages; every sample comes out once, in order (with
-// silence wherever the player had to wait for more), and playback ends once the
-// writer has stopped.
+// Another process writes a message in real time, 40 ms at a time, while it plays,
+// started with the player's lead-in as the inbox starts messages: every sample comes
+// out once, in order and without a break, and playback ends once the writer has
+// stopped.
 TEST_F(SoundPlayerTest, PlaysAFileWhileAnotherProcessWritesIt) {
   constexpr int kBlock = 441, kBlocks = 100;  // 4 s
   const std::string path = folder_ / "live.wav";
@@ -178,18 +178,16 @@ TEST_F(SoundPlayerTest, PlaysAFileWhileAnotherProcessWritesIt) {
     std::this_thread::sleep_for(5ms);
     reader = OpenWaveFileReader(path);
   }
-  reader->Seek(-1653);  // as the inbox starts every message: 0.15 s ahead of the writer
+  reader->Seek(TimeToFrames(player_.LeadIn(), kRate));
   ASSERT_TRUE(player_.Play(reader));
   ASSERT_TRUE(PlayedToTheEnd(15s));
   waitpid(writer_pid, nullptr, 0);
   loop_.RunFor(300ms);
 
-  std::vector<int16_t> heard;
-  for (int16_t s : monitor.samples) {
-    if (s != 0) heard.push_back(s);
-  }
-  for (size_t i = 0; i < heard.size(); ++i) ASSERT_EQ(heard[i], sample_at(int64_t(i))) << i;
-  ASSERT_EQ(heard.size(), size_t{kBlock} * kBlocks);
+  const auto first = std::find_if(monitor.samples.begin(), monitor.samples.end(),
+                                  [](int16_t s) { return s != 0; });
+  ASSERT_GE(monitor.samples.end() - first, kBlock * kBlocks);
+  for (int64_t i = 0; i < kBlock * kBlocks; ++i) ASSERT_EQ(first[i], sample_at(i)) << i;
 }
 
 TEST_F(SoundPlayerTest, AMessageGoesOnAfterTheSoundServerRestarts) {
