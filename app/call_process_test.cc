@@ -112,7 +112,7 @@ class CallProcessTest : public testing::Test {
   void Speak(IntercomCopy& caller, const PrivateSoundServer& server,
              const std::vector<std::string>& call) {
     const bool may_raise = geteuid() == 0;
-    ASSERT_EQ(caller.Control(call).first, 0) << caller.log();
+    ASSERT_EQ(caller.Control(call).first, 0) << ann_.log() << ben_.log();
     if (may_raise) {
       EXPECT_EQ(MainThreadNice(caller.process().pid()), -10);
     }

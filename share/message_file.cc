@@ -52,8 +52,14 @@ FileLock LockMessage(const std::string& path, FileLock::Kind kind) {
 }
 
 MessageForCall OpenMessageForCall(const std::string& path) {
+  // A mounted share says busy where the callee's copy holds the message on the server,
+  // and smbnetfs also for a moment after the last message was closed or deleted: it is
+  // asked again for up to a second before the call is refused.
   int fd = open(path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0666);
-  // A mounted share says so where the callee's copy holds the message on the server.
+  for (int tries = 0; fd < 0 && (errno == EBUSY || errno == ETXTBSY) && tries < 50; ++tries) {
+    usleep(20000);
+    fd = open(path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0666);
+  }
   if (fd < 0) return {.still_playing = errno == EBUSY || errno == ETXTBSY};
   if (flock(fd, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK) {
     close(fd);
