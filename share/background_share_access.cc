@@ -12,9 +12,11 @@
 namespace parlavox {
 namespace {
 
-// A tenth of a second of a call's sound a write to a server: few round trips, and the
-// callee still hears it soon.
-constexpr size_t kBatchBytes = 11025 * 2 / 10;
+// At least one recorder buffer (40 ms) of a call's sound a write to a server, and more
+// only where sound waited behind a write still on its way. Larger batches reach the
+// callee in bursts, and their playback, which follows the message as it grows, broke off
+// between them.
+constexpr size_t kBatchBytes = 11025 * 2 / 25;
 
 }  // namespace
 

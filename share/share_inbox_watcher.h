@@ -18,17 +18,18 @@ namespace parlavox {
 // watches that copy. The thread waits for the server's change notification, waking to
 // see whether it is asked to stop or the local copy changed (a message heard is let go
 // of and deleted on the server) every 3 s. It looks at the folder anyway every 2
-// minutes, every 100 ms while a message grows, every second while messages wait here
-// and for 10 s after, and every second where the server can't notify. A server that
-// can't be reached is reported unusable, and usable again once it answers. `local`,
-// `smb` and `owner` outlive this object; stopping takes up to 3 s.
+// minutes, every 40 ms (as often as a caller writes) while a message grows, every
+// second while messages wait here and for 10 s after, and every second where the server
+// can't notify. A server that can't be reached is reported unusable, and usable again
+// once it answers. `local`, `smb` and `owner` outlive this object; stopping takes up to
+// 3 s.
 class ShareInboxWatcher : public InboxWatching {
  public:
   static constexpr std::chrono::milliseconds kIdleWait{1000};
   static constexpr std::chrono::milliseconds kIdleLook{3000};
   static constexpr std::chrono::milliseconds kLookWhileMessagesWait{1000};
   static constexpr std::chrono::milliseconds kLately{10000};
-  static constexpr std::chrono::milliseconds kGrowingWait{100};
+  static constexpr std::chrono::milliseconds kGrowingWait{40};
   static constexpr std::chrono::milliseconds kRelistInterval{120000};
 
   ShareInboxWatcher(InboxWatching& local, SmbConnections& smb, TaskPoster& owner);
