@@ -52,8 +52,9 @@ FileLock LockMessage(const std::string& path, FileLock::Kind kind) {
 }
 
 MessageForCall OpenMessageForCall(const std::string& path) {
-  // A mounted share says busy where the callee's copy holds the message on the server,
-  // and smbnetfs also for a moment after the last message was closed or deleted: it is
+  // A mounted share says busy where the callee's copy holds the message on the server.
+  // smbnetfs holds a file for a moment after it was closed, and a second call right
+  // after the first was heard has been refused as busy there: a share that says busy is
   // asked again for up to a second before the call is refused.
   int fd = open(path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0666);
   for (int tries = 0; fd < 0 && (errno == EBUSY || errno == ETXTBSY) && tries < 50; ++tries) {
