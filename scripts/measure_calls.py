@@ -51,7 +51,7 @@ class Listener(threading.Thread):
 
     def __init__(self, address, source):
         super().__init__(daemon=True)
-        self.chunks = []  # (arrival time, peak)
+        self.chunks = []  # (arrival time, peak, samples)
         self.process = subprocess.Popen(
             ["parec", f"--device={source}", "--raw", "--format=s16le", f"--rate={RATE}",
              "--channels=1", "--latency-msec=10"],
@@ -64,16 +64,24 @@ class Listener(threading.Thread):
             if not data:
                 return
             samples = struct.unpack(f"<{len(data) // 2}h", data)
-            self.chunks.append((time.monotonic(), max(abs(s) for s in samples)))
+            self.chunks.append((time.monotonic(), max(abs(s) for s in samples), samples))
 
     def onset_after(self, start, limit=8.0):
         deadline = time.monotonic() + limit
         while time.monotonic() < deadline:
-            for arrived, peak in list(self.chunks):
+            for arrived, peak, _ in list(self.chunks):
                 if arrived > start and peak > 2000:
                     return arrived
             time.sleep(0.01)
         return None
+
+    def loud_span(self, start, end):
+        """Seconds from the first to the last loud sample that arrived between `start` and
+        `end`: a tone heard with breaks in it lasts longer than it was spoken."""
+        samples = [s for arrived, _, chunk in list(self.chunks) if start < arrived < end
+                   for s in chunk]
+        loud = [i for i, s in enumerate(samples) if abs(s) > 2000]
+        return (loud[-1] - loud[0] + 1) / RATE if loud else 0
 
     def stop(self):
         self.process.terminate()
@@ -127,17 +135,18 @@ def wait_until(condition, limit):
 
 
 def mouth_to_ear(folder, servers, caller, calls, after_each):
-    """Plays a short tone into the caller's microphone in each of `calls` calls; returns
-    the mouth-to-ear delay of each call that was heard, in ms. `after_each` waits
-    between calls."""
+    """Plays a tone of 1.5 s into the caller's microphone in each of `calls` calls;
+    returns the mouth-to-ear delay of each call that was heard, and by how much longer
+    it was heard than spoken (the breaks playback inserted), both in ms. `after_each`
+    waits between calls, until the callee has played the message."""
     tone = os.path.join(folder, "tone.wav")
     subprocess.run(["sox", "-n", "-r", str(RATE), "-c", "1", "-b", "16", tone,
-                    "synth", "0.3", "sine", "800"], check=True)
+                    "synth", "1.5", "sine", "800"], check=True)
     mouth = Listener(servers[0][1], "mic.monitor")
     ear = Listener(servers[1][1], "speaker.monitor")
     try:
         time.sleep(0.5)
-        latencies = []
+        latencies, breaks = [], []
         for _ in range(calls):
             caller.control("--call", "0")
             time.sleep(0.3)
@@ -146,10 +155,12 @@ def mouth_to_ear(folder, servers, caller, calls, after_each):
             time.sleep(0.2)
             caller.control("--hangup")
             spoken, heard = mouth.onset_after(start), ear.onset_after(start)
+            after_each()
             if spoken is not None and heard is not None:
                 latencies.append(1000 * (heard - spoken))
-            after_each()
-        return latencies
+                end = time.monotonic()
+                breaks.append(1000 * (ear.loud_span(start, end) - mouth.loud_span(start, end)))
+        return latencies, breaks
     finally:
         mouth.stop()
         ear.stop()
@@ -195,11 +206,14 @@ def main():
             raise SystemExit("the copies did not start")
         time.sleep(6)  # one presence poll, so each sees the other on
 
-        latencies = mouth_to_ear(folder, servers, caller, options.calls,
-                                 lambda: (wait_until(callee.inbox_empty, 10), time.sleep(0.5)))
+        latencies, breaks = mouth_to_ear(
+            folder, servers, caller, options.calls,
+            lambda: (wait_until(callee.inbox_empty, 10), time.sleep(0.5)))
         if latencies:
             print(f"mouth to ear: {len(latencies)} calls, median {statistics.median(latencies):.0f} ms, "
                   f"worst {max(latencies):.0f} ms, best {min(latencies):.0f} ms")
+            print(f"breaks in what was heard: {sum(b > 5 for b in breaks)} of {len(breaks)} calls "
+                  f"broke off, for {max(breaks):.0f} ms at most")
         else:
             print("mouth to ear: no call was heard")
 

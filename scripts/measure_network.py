@@ -93,7 +93,8 @@ class Notice(threading.Thread):
 
 def call_latencies(folder, calls, callee_inward, caller_lists, notice_from=None):
     """Two copies; the caller lists `caller_lists`; the callee's own inward folder is
-    `callee_inward` (None: its local one). Mouth-to-ear of each call, in ms."""
+    `callee_inward` (None: its local one). Mouth-to-ear of each call, how much longer
+    each was heard than spoken, and how soon messages were noticed, in ms."""
     servers, copies = [], []
     notice = None
     try:
@@ -116,9 +117,9 @@ def call_latencies(folder, calls, callee_inward, caller_lists, notice_from=None)
         if notice_from:
             notice = Notice(notice_from, os.path.join(callee.env["XDG_RUNTIME_DIR"], "parlavox",
                                                        "inward", "127.0.0.1_office_callee"))
-        latencies = measure_calls.mouth_to_ear(folder, servers, caller, calls,
-                                               lambda: time.sleep(1.5))
-        return latencies, (notice.delays if notice else [])
+        latencies, breaks = measure_calls.mouth_to_ear(folder, servers, caller, calls,
+                                                       lambda: time.sleep(1.5))
+        return latencies, breaks, (notice.delays if notice else [])
     finally:
         if notice:
             notice.running = False
@@ -231,23 +232,26 @@ def main():
                         {"callee": callee_local, "office": office})
     relay = None
     try:
-        latencies, _ = call_latencies(os.path.join(folder, "shared"), options.calls, None,
-                                      "smb://127.0.0.1/callee")
+        latencies, breaks, _ = call_latencies(os.path.join(folder, "shared"), options.calls,
+                                              None, "smb://127.0.0.1/callee")
         report("mouth to ear, callee's inward folder shared through SMB", latencies)
-        latencies, notices = call_latencies(
+        report("  heard longer than spoken (breaks)", breaks)
+        latencies, breaks, notices = call_latencies(
             os.path.join(folder, "kept"), options.calls, "smb://127.0.0.1/office/callee",
             "smb://127.0.0.1/office/callee", notice_from=os.path.join(office, "callee"))
         report("mouth to ear, callee's inward folder kept on the server", latencies)
+        report("  heard longer than spoken (breaks)", breaks)
         report("a message on the server noticed (first bytes copied) after", notices)
         relay = subprocess.Popen([sys.executable, os.path.join(ROOT, "scripts", "tcp_relay.py"),
                                   "127.0.0.1:4450", "127.0.0.1:445",
                                   str(options.relay_delay_ms)],
                                  stdout=subprocess.DEVNULL)
         time.sleep(1)
-        latencies, _ = call_latencies(os.path.join(folder, "shared"), options.calls, None,
-                                      "smb://127.0.0.1:4450/callee")
+        latencies, breaks, _ = call_latencies(os.path.join(folder, "shared"), options.calls,
+                                              None, "smb://127.0.0.1:4450/callee")
         report(f"mouth to ear, shared folder, {2 * options.relay_delay_ms} ms more round trip",
                latencies)
+        report("  heard longer than spoken (breaks)", breaks)
         report("one presence pass over 100 users on one server", presence_pass(folder, office))
         print(f"idle, 10 users and the own inward folder on the server: "
               f"{idle_wakeups(folder, options.idle_seconds):.2f} wakeups/s")
