@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/program_run.h"
+#include "util/programs.h"
 
 namespace parlavox {
 

@@ -18,7 +18,7 @@ class Launcher {
   virtual void Replace(const std::string& program, const std::vector<std::string>& arguments) = 0;
 };
 
-// The real thing: posix_spawn and execv.
+// The real thing: StartProgram and execv.
 class ProcessLauncher : public Launcher {
  public:
   bool Start(const std::string& program, const std::vector<std::string>& arguments) override;

@@ -1,10 +1,9 @@
 #include "ui/device_lists.h"
 
-#include <QProcess>
-#include <QStandardPaths>
 #include <algorithm>
 
 #include "audio/sound_devices.h"
+#include "util/programs.h"
 
 namespace parlavox {
 namespace {
@@ -49,15 +48,11 @@ void FillRecordSources(const QComboBox* devices, QComboBox* sources, Mixer& mixe
 
 bool OpenRecordMixer() {
   // The desktops' own sound settings, where pavucontrol is missing.
-  const QList<QStringList> mixers = {{"pavucontrol", "--tab=4"},
-                                     {"gnome-control-center", "sound"},
-                                     {"systemsettings", "kcm_pulseaudio"},
-                                     {"xfce4-pulseaudio-plugin"}};
-  for (QStringList command : mixers) {
-    const QString program = QStandardPaths::findExecutable(command.takeFirst());
-    if (!program.isEmpty() && QProcess::startDetached(program, command)) return true;
-  }
-  return false;
+  const std::vector<std::string> mixers[] = {{"pavucontrol", "--tab=4"},
+                                             {"gnome-control-center", "sound"},
+                                             {"systemsettings", "kcm_pulseaudio"},
+                                             {"xfce4-pulseaudio-plugin"}};
+  return std::ranges::any_of(mixers, StartProgram);
 }
 
 }  // namespace parlavox

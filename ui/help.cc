@@ -5,6 +5,8 @@
 #include <QFileInfo>
 #include <QUrl>
 
+#include "util/programs.h"
+
 namespace parlavox {
 namespace {
 
@@ -25,7 +27,10 @@ bool OpenHelp(int topic) {
   if (path.empty()) return false;
   QUrl url = QUrl::fromLocalFile(QString::fromStdString(path));
   if (topic != help::kContents) url.setFragment(QString("topic-%1").arg(topic));
-  return QDesktopServices::openUrl(url);
+  // xdg-open opens it as Qt would, but without this program's descriptors; Qt's own way
+  // stays for a desktop without it.
+  return StartProgram({"xdg-open", url.toEncoded().toStdString()}) ||
+         QDesktopServices::openUrl(url);
 }
 
 }  // namespace parlavox
