@@ -21,6 +21,7 @@ constexpr int kInputDevicesX = 204, kInputDevicesY = 183;
 constexpr int kStartAtLoginX = 30, kStartAtLoginY = 426;
 constexpr int kAddX = 335, kAddY = 85;
 constexpr int kShareX = 102, kShareY = 387;
+constexpr int kMixerX = 318, kMixerY = 238;
 
 class SettingsTest : public DesktopCopyTest {
  protected:
@@ -74,6 +75,14 @@ TEST_F(SettingsTest, ANewPersonPicksDevicesStartsAtLoginMovesTheFolderAndAddsCol
   if (const char* picture = std::getenv("PARLAVOX_SETTINGS_SCREENSHOT")) {
     desktop_.Screenshot(picture);
   }
+  // The mixer, a stand-in that says what it was given: its arguments, and of this
+  // program's descriptors nothing but the standard streams (3 is its own listing's).
+  const std::string mixer = copy_.tools_folder() + "/pavucontrol", said = scratch_ / "mixer";
+  WriteFileText(mixer, "#!/bin/sh\necho \"$@\" > " + said + "\nls /proc/self/fd >> " + said + "\n");
+  std::filesystem::permissions(mixer, std::filesystem::perms::owner_all);
+  ClickInSheet(kMixerX, kMixerY);
+  EXPECT_TRUE(Eventually([&] { return FileText(said) == "--tab=4\n0\n1\n2\n3\n"; }, 5s))
+      << FileText(said);
   const std::string moved = scratch_ / "moved";
   std::filesystem::create_directories(moved);
   ClickInSheet(kFolderX, kFolderY);
