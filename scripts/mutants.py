@@ -20,6 +20,7 @@ import os
 import random
 import re
 import shutil
+import signal
 import subprocess
 import sys
 
@@ -54,14 +55,41 @@ def faults(source, layer):
     return found
 
 
+def descendants(pid):
+    """The processes below `pid`, each followed by its own."""
+    found = []
+    try:
+        tasks = os.listdir(f'/proc/{pid}/task')
+    except OSError:  # gone meanwhile
+        return found
+    for task in tasks:
+        try:
+            children = open(f'/proc/{pid}/task/{task}/children').read().split()
+        except OSError:
+            continue
+        for child in map(int, children):
+            found += [child] + descendants(child)
+    return found
+
+
 def failing_tests(binary, test_filter, report, timeout):
     """The tests that fail; None when the binary crashed or hung."""
     if os.path.exists(report):
         os.remove(report)
+    # Tests that hang are ended with every server they started (smbd makes a process
+    # group of its own), which would otherwise hold their ports for the faults after.
+    tests = subprocess.Popen([binary, f'--gtest_filter={test_filter}',
+                              f'--gtest_output=json:{report}'], stdout=subprocess.DEVNULL,
+                             stderr=subprocess.DEVNULL, cwd=os.path.dirname(binary))
     try:
-        subprocess.run([binary, f'--gtest_filter={test_filter}', f'--gtest_output=json:{report}'],
-                       capture_output=True, timeout=timeout, cwd=os.path.dirname(binary))
+        tests.wait(timeout=timeout)
     except subprocess.TimeoutExpired:
+        for pid in [tests.pid] + descendants(tests.pid):
+            try:
+                os.kill(pid, signal.SIGKILL)
+            except ProcessLookupError:
+                pass
+        tests.wait()
         return None
     if not os.path.exists(report):
         return None
