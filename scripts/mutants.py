@@ -15,6 +15,7 @@ nothing is a candidate for going, once its checks are read: the faults are a sam
 """
 import argparse
 import collections
+import ctypes
 import json
 import os
 import random
@@ -24,6 +25,7 @@ import signal
 import subprocess
 import sys
 
+PR_SET_CHILD_SUBREAPER = 36
 SWAPS = [(' == ', ' != '), (' != ', ' == '), (' < ', ' <= '), (' > ', ' >= '),
          (' <= ', ' < '), (' >= ', ' > '), (' && ', ' || '), (' || ', ' && '),
          ('true', 'false'), ('false', 'true'), (' + 1', ' - 1'), (' - 1', ' + 1'),
@@ -72,25 +74,36 @@ def descendants(pid):
     return found
 
 
+def end_leftovers():
+    """Ends what the tests left running: the servers of a test that crashed or hung, which
+    would hold their ports for the faults after. This script is their subreaper."""
+    for pid in descendants(os.getpid()):
+        try:
+            os.kill(pid, signal.SIGKILL)
+        except ProcessLookupError:
+            pass
+    while True:
+        try:
+            os.waitpid(-1, 0)
+        except ChildProcessError:
+            return
+
+
 def failing_tests(binary, test_filter, report, timeout):
     """The tests that fail; None when the binary crashed or hung."""
     if os.path.exists(report):
         os.remove(report)
-    # Tests that hang are ended with every server they started (smbd makes a process
-    # group of its own), which would otherwise hold their ports for the faults after.
     tests = subprocess.Popen([binary, f'--gtest_filter={test_filter}',
                               f'--gtest_output=json:{report}'], stdout=subprocess.DEVNULL,
                              stderr=subprocess.DEVNULL, cwd=os.path.dirname(binary))
     try:
         tests.wait(timeout=timeout)
     except subprocess.TimeoutExpired:
-        for pid in [tests.pid] + descendants(tests.pid):
-            try:
-                os.kill(pid, signal.SIGKILL)
-            except ProcessLookupError:
-                pass
+        tests.kill()
         tests.wait()
         return None
+    finally:
+        end_leftovers()
     if not os.path.exists(report):
         return None
     return {f"{suite['name']}.{test['name']}"
@@ -99,6 +112,7 @@ def failing_tests(binary, test_filter, report, timeout):
 
 
 def main():
+    ctypes.CDLL(None).prctl(PR_SET_CHILD_SUBREAPER, 1, 0, 0, 0)
     parser = argparse.ArgumentParser(description=__doc__.split('\n')[0])
     parser.add_argument('layer', help='a folder of the code: core, settings, share, ...')
     parser.add_argument('--count', type=int, default=300, help='faults to plant at most')
