@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <chrono>
 #include <filesystem>
@@ -98,17 +99,23 @@ TEST_F(MessageFileTest, AHeldMessageCanNotBeTakenForANewCall) {
   {
     const FileLock playing = LockMessage(path, FileLock::Kind::kShared);
     ASSERT_TRUE(playing.held());
-    const FileLock caller = LockMessage(path, FileLock::Kind::kExclusive);
-    EXPECT_FALSE(caller.held());
-    EXPECT_TRUE(caller.refused());
+    EXPECT_TRUE(LockMessage(path, FileLock::Kind::kExclusive).refused());
+    const MessageForCall call = OpenMessageForCall(path);
+    EXPECT_TRUE(call.still_playing);
+    EXPECT_EQ(call.fd, -1);
+    EXPECT_EQ(std::filesystem::file_size(path), 46u);  // not cut
   }
-  const FileLock caller = LockMessage(path, FileLock::Kind::kExclusive);
-  EXPECT_TRUE(caller.held());
+  // Heard: the next call takes it, cut empty.
+  const MessageForCall call = OpenMessageForCall(path);
+  EXPECT_FALSE(call.still_playing);
+  ASSERT_GE(call.fd, 0);
+  EXPECT_EQ(std::filesystem::file_size(path), 0u);
+  close(call.fd);
 
   // A folder that can't be written is no refusal: the call goes on and writes nothing.
-  const FileLock nowhere = LockMessage(scratch_ / "missing/12.wav", FileLock::Kind::kExclusive);
-  EXPECT_FALSE(nowhere.held());
-  EXPECT_FALSE(nowhere.refused());
+  const MessageForCall nowhere = OpenMessageForCall(scratch_ / "missing/12.wav");
+  EXPECT_FALSE(nowhere.still_playing);
+  EXPECT_EQ(nowhere.fd, -1);
 }
 
 // A caller's message taken from the callee's folder: deleted, or another file put in
