@@ -190,6 +190,7 @@ TEST_F(SambaShareTest, AMessageGoesOnWhereItWasOnceTheConnectionOrTheServerIsBac
 
   running.reset();
   EXPECT_TRUE(message->WriteAt("ijkl", 4, 8));  // kept until the server is back
+  EXPECT_FALSE(message->Resize(12));            // but no other change is
   int error = 0;
   EXPECT_FALSE(connection.ReadAt(url, 0, 128, &error));
   EXPECT_EQ(connection.Trouble(error, relayed), "Server 127.0.0.1 does not answer") << error;
