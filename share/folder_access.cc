@@ -1,7 +1,5 @@
 #include "share/folder_access.h"
 
-#include <algorithm>
-
 #include "util/paths.h"
 
 namespace parlavox {
@@ -18,11 +16,7 @@ bool ReadRecordInFolder(SmbConnections& smb, UserRecord* record, const std::stri
     if (trouble != nullptr) *trouble = connection.Trouble(error, *share);
     return false;
   }
-  auto fields = record->ToBytes();  // bytes past a short file keep their values
-  std::copy(bytes->begin(), bytes->end(), fields.begin());
-  *record = UserRecord::FromBytes(fields);
-  record->name.back() = '\0';
-  record->email.back() = '\0';
+  TakeRecordBytes(record, *bytes);
   return true;
 }
 

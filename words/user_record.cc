@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 
@@ -57,6 +58,14 @@ UserRecord UserRecord::FromBytes(const RecordBytes& bytes) {
   return record;
 }
 
+void TakeRecordBytes(UserRecord* record, std::string_view read) {
+  RecordBytes bytes = record->ToBytes();
+  std::copy_n(read.begin(), std::min(read.size(), bytes.size()), bytes.begin());
+  *record = UserRecord::FromBytes(bytes);
+  record->name.back() = '\0';
+  record->email.back() = '\0';
+}
+
 bool ReadUserRecord(UserRecord* record, const std::string& path) {
   // Non-blocking, so that a pipe planted under the record's name can't stall us.
   const int fd = open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
@@ -66,12 +75,10 @@ bool ReadUserRecord(UserRecord* record, const std::string& path) {
     close(fd);
     return false;
   }
-  RecordBytes bytes = record->ToBytes();
-  ReadFully(fd, bytes.data(), bytes.size());  // bytes past a short file keep their values
+  char bytes[kUserRecordSize];
+  const ssize_t got = ReadFully(fd, bytes, sizeof bytes);
   close(fd);
-  *record = UserRecord::FromBytes(bytes);
-  record->name.back() = '\0';
-  record->email.back() = '\0';
+  TakeRecordBytes(record, std::string_view(bytes, got > 0 ? static_cast<size_t>(got) : 0));
   return true;
 }
 

@@ -39,10 +39,13 @@ struct UserRecord {
   static UserRecord FromBytes(const std::array<uint8_t, kUserRecordSize>& bytes);
 };
 
-// Reads the record file at `path` over `record`: the bytes the file holds replace the
-// record's, so a short file leaves the rest of the record as it was; the last byte
-// of the name and of the e-mail are forced to zero. Returns false only when the file
-// can't be opened as a regular file.
+// Puts the bytes read of a record file (`read`, at most 128 are taken) over `record`:
+// they replace the record's, so a short file leaves the rest of the record as it was;
+// the last byte of the name and of the e-mail are forced to zero.
+void TakeRecordBytes(UserRecord* record, std::string_view read);
+
+// Reads the record file at `path` over `record` (TakeRecordBytes). Returns false only
+// when the file can't be opened as a regular file.
 bool ReadUserRecord(UserRecord* record, const std::string& path);
 
 // Writes the record's 128 bytes to `path`, replacing the file atomically where the
