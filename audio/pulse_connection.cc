@@ -17,6 +17,7 @@ void PulseConnection::OnContextState(pa_context*, void* self) {
 }
 
 pa_context* PulseConnection::Context() {
+  if (pa_rtclock_now() < hung_until_) return nullptr;
   if (context_ != nullptr) {
     const pa_context_state_t state = pa_context_get_state(context_);
     if (state == PA_CONTEXT_READY) return context_;
@@ -44,26 +45,50 @@ pa_context* PulseConnection::Context() {
       return nullptr;
     }
   }
-  for (;;) {
+  // A context that failed, or was given up on, is dropped on the next call.
+  WaitUntil([this] {
     const pa_context_state_t state = pa_context_get_state(context_);
-    if (state == PA_CONTEXT_READY) return context_;
-    if (!PA_CONTEXT_IS_GOOD(state)) return nullptr;  // dropped on the next call
-    pa_threaded_mainloop_wait(mainloop_);
-  }
+    return state == PA_CONTEXT_READY || !PA_CONTEXT_IS_GOOD(state);
+  });
+  return pa_context_get_state(context_) == PA_CONTEXT_READY ? context_ : nullptr;
 }
 
 bool PulseConnection::Wait(pa_operation* operation) {
   if (operation == nullptr) return false;
-  while (pa_operation_get_state(operation) == PA_OPERATION_RUNNING) {
-    if (context_ == nullptr || !PA_CONTEXT_IS_GOOD(pa_context_get_state(context_))) {
-      pa_operation_cancel(operation);
+  WaitUntil([&] {
+    return pa_operation_get_state(operation) != PA_OPERATION_RUNNING || context_ == nullptr ||
+           !PA_CONTEXT_IS_GOOD(pa_context_get_state(context_));
+  });
+  if (pa_operation_get_state(operation) == PA_OPERATION_RUNNING) pa_operation_cancel(operation);
+  const bool done = pa_operation_get_state(operation) == PA_OPERATION_DONE;
+  pa_operation_unref(operation);
+  return done;
+}
+
+bool PulseConnection::WaitUntil(const std::function<bool()>& settled) {
+  if (settled() || context_ == nullptr) return settled();
+  const pa_usec_t deadline = pa_rtclock_now() + std::chrono::microseconds(kAnswerTime).count();
+  // Wakes this wait at the deadline, should nothing else.
+  pa_time_event* alarm = pa_context_rttime_new(
+      context_, deadline,
+      [](pa_mainloop_api*, pa_time_event*, const timeval*, void* self) {
+        static_cast<PulseConnection*>(self)->Signal();
+      },
+      this);
+  bool answered = true;
+  while (!settled()) {
+    if (pa_rtclock_now() >= deadline) {
+      answered = false;
       break;
     }
     pa_threaded_mainloop_wait(mainloop_);
   }
-  const bool done = pa_operation_get_state(operation) == PA_OPERATION_DONE;
-  pa_operation_unref(operation);
-  return done;
+  pa_threaded_mainloop_get_api(mainloop_)->time_free(alarm);
+  if (!answered) {
+    hung_until_ = pa_rtclock_now() + std::chrono::microseconds(kAnswerTime).count();
+    if (context_ != nullptr) pa_context_disconnect(context_);
+  }
+  return answered;
 }
 
 pa_stream* NewPcmStream(pa_context* context, const char* name, uint32_t rate, int channels) {
@@ -103,10 +128,9 @@ bool SetRecordLevel(pa_context* context, pa_stream* stream, int decibels) {
 }
 
 bool WaitUntilReady(pa_stream* stream) {
-  while (pa_stream_get_state(stream) == PA_STREAM_CREATING) {
-    pa_threaded_mainloop_wait(PulseConnection::Instance().mainloop());
-  }
-  return pa_stream_get_state(stream) == PA_STREAM_READY;
+  return PulseConnection::Instance().WaitUntil([stream] {
+    return pa_stream_get_state(stream) != PA_STREAM_CREATING;
+  }) && pa_stream_get_state(stream) == PA_STREAM_READY;
 }
 
 }  // namespace parlavox

@@ -3,7 +3,8 @@
 
 #include <pulse/pulseaudio.h>
 
-#include <mutex>
+#include <chrono>
+#include <functional>
 
 namespace parlavox {
 
@@ -12,8 +13,15 @@ namespace parlavox {
 // PulseLock), from any thread but the loop's own; callbacks run on the loop's thread
 // with the lock held. The connection is made on first use and made again after the
 // server went away.
+//
+// A server that stops answering (stopped, or stuck on a device) is given up on after
+// kAnswerTime: the connection is dropped, so every stream on it fails and says so, and
+// for as long again no new connection is tried, so that a hung server holds a caller up
+// once rather than at every step. (libpulse alone waits half a minute for each answer.)
 class PulseConnection {
  public:
+  static constexpr std::chrono::seconds kAnswerTime{5};
+
   static PulseConnection& Instance();
 
   pa_threaded_mainloop* mainloop() const { return mainloop_; }
@@ -23,8 +31,14 @@ class PulseConnection {
   pa_context* Context();
 
   // Waits, main loop locked, for an operation to finish and releases it; false when
-  // the connection failed meanwhile. Callbacks must call Signal.
+  // the connection failed meanwhile or the server did not answer. Callbacks must call
+  // Signal.
   bool Wait(pa_operation* operation);
+
+  // Waits, main loop locked, until `settled` holds; false, and the server given up on,
+  // when it has not answered within kAnswerTime. Whatever makes `settled` hold must
+  // call Signal.
+  bool WaitUntil(const std::function<bool()>& settled);
   void Signal() { pa_threaded_mainloop_signal(mainloop_, 0); }
 
  private:
@@ -33,6 +47,7 @@ class PulseConnection {
 
   pa_threaded_mainloop* mainloop_;
   pa_context* context_ = nullptr;
+  pa_usec_t hung_until_ = 0;  // on libpulse's monotonic clock
 };
 
 // A new, unconnected stream of 16-bit PCM on a ready context, main loop locked;
@@ -41,7 +56,8 @@ class PulseConnection {
 pa_stream* NewPcmStream(pa_context* context, const char* name, uint32_t rate, int channels);
 
 // Waits, main loop locked, until a stream that is connecting is ready; false when
-// it failed. The stream's state callback must call PulseConnection::Signal.
+// it failed or the server did not answer. The stream's state callback must call
+// PulseConnection::Signal.
 bool WaitUntilReady(pa_stream* stream);
 
 // Gives a ready stream its own level, `decibels` of gain (-127 and below: muted), and

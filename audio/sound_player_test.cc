@@ -10,6 +10,7 @@
 
 #include <gtest/gtest.h>
 
+#include "audio/pulse_connection.h"
 #include "audio/sound_devices.h"
 #include "audio/sound_server_test_util.h"
 #include "audio/wave_in.h"
@@ -203,6 +204,21 @@ TEST_F(SoundPlayerTest, AMessageGoesOnAfterTheSoundServerRestarts) {
   // What had not been heard when the server went was played after it came back.
   EXPECT_GT(std::chrono::steady_clock::now() - began, 3500ms);
   ASSERT_TRUE(player_.Play(OpenWaveFileReader(ToneFile(0.5))));
+  EXPECT_TRUE(PlayedToTheEnd(5s));
+}
+
+// A server that stops answering (stopped, or stuck on a device) holds a message up for
+// a few seconds, not libpulse's half a minute for each of the requests that a start
+// makes; once it answers again, the next message plays.
+TEST_F(SoundPlayerTest, AHungSoundServerIsGivenUpOnSoonAndUsedAgainOnceItAnswers) {
+  server_.Hang();
+  const auto began = std::chrono::steady_clock::now();
+  EXPECT_FALSE(player_.Play(OpenWaveFileReader(ToneFile(0.5))));
+  EXPECT_LT(std::chrono::steady_clock::now() - began, PulseConnection::kAnswerTime + 5s);
+  server_.Answer();
+  const std::string tone = ToneFile(0.5);
+  ASSERT_TRUE(Eventually([&] { return player_.Play(OpenWaveFileReader(tone)); },
+                         PulseConnection::kAnswerTime + 5s));  // tried again after a while
   EXPECT_TRUE(PlayedToTheEnd(5s));
 }
 

@@ -26,7 +26,7 @@ namespace parlavox {
 // with PARLAVOX_SOUND_SERVER=pipewire the PulseAudio server of PipeWire (with its
 // session manager and a session bus of its own), as on Debian's desktops. Unless told
 // otherwise, PULSE_SERVER points this process at it. Stop kills it the hard way;
-// Start brings it back on the same socket.
+// Start brings it back on the same socket; Hang stops it answering until Answer.
 class PrivateSoundServer {
  public:
   explicit PrivateSoundServer(bool serve_this_process = true) {
@@ -69,12 +69,18 @@ class PrivateSoundServer {
     daemon_.reset();
   }
 
+  void Hang() { Server().Signal(SIGSTOP); }
+  void Answer() { Server().Signal(SIGCONT); }
+
   // Runs pactl against this server with `arguments`; returns its exit status.
   int Pactl(const std::string& arguments) const {
     return Shell("PULSE_SERVER=" + address() + " pactl " + arguments);
   }
 
  private:
+  // The process that serves PulseAudio's protocol.
+  ChildProcess& Server() { return pipewire_ ? *pipewire_parts_.back() : *daemon_; }
+
   static std::string NullSink(const std::string& name, const std::string& description) {
     return "sink_name=" + name +
            " rate=11025 channels=1 sink_properties=device.description=" + description;
