@@ -49,10 +49,11 @@ void ControlServer::TakeConnection() {
       if (!socket->canReadLine()) return;
       const std::string request = socket->readLine().trimmed().toStdString();
       answer_(request, [asker = QPointer<QLocalSocket>(socket)](const std::string& answer) {
-        if (!asker) return;
+        if (!asker || asker->state() != QLocalSocket::ConnectedState) return false;
         asker->write(QByteArray::fromStdString(answer + "\n"));
-        asker->flush();
+        const bool delivered = asker->flush();
         asker->disconnectFromServer();
+        return delivered;
       });
     });
   }

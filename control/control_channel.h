@@ -23,10 +23,11 @@ FileLock ClaimRunningCopy(const std::string& socket_path);
 
 // Listens on the control socket and answers every request line on the thread that
 // runs the event loop. `answer` gets the request and a `reply` to call, at once or
-// later, with the answer line; a reply after the asker has gone is dropped.
+// later, with the answer line; a reply after the asker has gone is dropped, and `reply`
+// then returns false.
 class ControlServer {
  public:
-  using Reply = std::function<void(const std::string& answer)>;
+  using Reply = std::function<bool(const std::string& answer)>;
   using Answer = std::function<void(std::string_view request, Reply reply)>;
   explicit ControlServer(Answer answer);
 

@@ -9,10 +9,14 @@
 namespace parlavox {
 namespace {
 
-// Turns a call's outcome into the answer line.
-std::function<void(CallRefusal)> CallAnswer(std::function<void(const std::string&)> reply) {
-  return [reply = std::move(reply)](CallRefusal refusal) {
-    reply(refusal == CallRefusal::kNone ? "ok" : "error " + RefusalText(refusal));
+// Turns a call's outcome into the answer line; a call that started without its asker
+// ends there.
+std::function<void(CallRefusal)> CallAnswer(Intercom& intercom,
+                                            std::function<bool(const std::string&)> reply) {
+  return [&intercom, reply = std::move(reply)](CallRefusal refusal) {
+    const bool heard =
+        reply(refusal == CallRefusal::kNone ? "ok" : "error " + RefusalText(refusal));
+    if (refusal == CallRefusal::kNone && !heard) intercom.StopCall();
   };
 }
 
@@ -43,34 +47,39 @@ std::string StatusJson(const IntercomSnapshot& snapshot) {
 
 void AnswerControlRequest(std::string_view request, Intercom& intercom,
                           const std::function<void()>& quit,
-                          std::function<void(const std::string&)> reply) {
+                          std::function<bool(const std::string&)> reply) {
   const size_t space = request.find(' ');
   const std::string_view verb = request.substr(0, space);
   const std::string_view argument =
       space == std::string_view::npos ? std::string_view() : request.substr(space + 1);
 
   if (const std::optional<std::string> wrong = CheckControlValue(verb, argument)) {
-    return reply("error " + *wrong);
+    reply("error " + *wrong);
+    return;
   }
-  if (verb == "status") return reply("ok " + StatusJson(intercom.Snapshot()));
-  if (verb == "call") return intercom.StartCall(*ParseListIndex(argument), CallAnswer(reply));
-  if (verb == "reply") return intercom.Reply(CallAnswer(reply));
-  if (verb == "on") {
+  if (verb == "call") {
+    return intercom.StartCall(*ParseListIndex(argument), CallAnswer(intercom, std::move(reply)));
+  }
+  if (verb == "reply") return intercom.Reply(CallAnswer(intercom, std::move(reply)));
+  std::string answer = "ok";
+  if (verb == "status") {
+    answer = "ok " + StatusJson(intercom.Snapshot());
+  } else if (verb == "on") {
     intercom.TurnOn();
   } else if (verb == "off") {
     intercom.TurnOff();
   } else if (verb == "hangup") {
     intercom.StopCall();
   } else if (verb == "show") {
-    if (!intercom.AnswerSecondStart()) return reply("ok " + std::string(kNoWindowAnswer));
+    if (!intercom.AnswerSecondStart()) answer = "ok " + std::string(kNoWindowAnswer);
   } else if (verb == "quit") {
     quit();
   } else if (const std::optional<IdentityChange> change = IdentityChangeFor(verb, argument)) {
     intercom.ChangeIdentity(*change);
   } else {
-    return reply("error unknown request: " + std::string(verb));
+    answer = "error unknown request: " + std::string(verb);
   }
-  reply("ok");
+  reply(answer);
 }
 
 }  // namespace parlavox
