@@ -473,7 +473,14 @@ std::string SmbConnection::Trouble(int error, const ShareLocation& where) {
 
 bool SmbConnection::MayAnswer() {
   if (known_to_answer_) return true;
-  if (!AnswersSmb(host_, port_, kTimeout / 3)) return false;
+  using Clock = std::chrono::steady_clock;
+  const Clock::time_point asked = Clock::now();
+  if (asked.time_since_epoch().count() < unasked_until_) return false;
+  if (!AnswersSmb(host_, port_, kTimeout / 3)) {
+    const Clock::time_point now = Clock::now();  // a refusal comes at once: ask again soon
+    unasked_until_ = (now + (now - asked)).time_since_epoch().count();
+    return false;
+  }
   known_to_answer_ = true;
   return true;
 }

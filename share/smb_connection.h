@@ -26,11 +26,11 @@ namespace parlavox {
 // context each, so every operation of every connection takes its turn; each gives up
 // after the time-out and keeps the connection for the next. Before its first turn, and
 // again after it did not answer, a server is asked outside the turns whether it answers an
-// SMB negotiation (for a third of the time-out); until it does, operations on it fail with
-// ETIMEDOUT, so a dead or hung server holds up nobody's turn. The account
-// is the one `credentials` names for the host when the server asks, read afresh each time it asks,
-// so a password put right is used at the next attempt. Errors are errno values, as the library sets
-// them.
+// SMB negotiation (for a third of the time-out, and not again for as long); until it does,
+// operations on it fail with ETIMEDOUT, so a dead or hung server holds up nobody's turn. The
+// account is the one `credentials` names for the host when the server asks, read afresh each time
+// it asks, so a password put right is used at the next attempt. Errors are errno values, as the
+// library sets them.
 class SmbConnection {
  public:
   static constexpr std::chrono::milliseconds kTimeout{3000};
@@ -108,7 +108,9 @@ class SmbConnection {
                           int password_size);
 
   // Whether the server may answer now: nothing failed since it last answered a negotiation,
-  // or it answers one now.
+  // or it answers one now. One that did not answer is not asked again for as long as the
+  // asking took, so that the operations queued for a hung server fail at once rather than
+  // a second each.
   bool MayAnswer();
   // Notes an operation's error that says the server does not answer; returns it.
   int Noted(int error);
@@ -147,6 +149,7 @@ class SmbConnection {
   const std::string host_;
   const int port_;
   std::atomic<bool> known_to_answer_{false};  // answered a negotiation, and nothing since
+  std::atomic<std::chrono::steady_clock::rep> unasked_until_{0};  // after one it did not
   const bool counts_as_use_;
   const CredentialsFile credentials_file_;
   Credentials account_ GUARDED_BY(library_);       // as last given

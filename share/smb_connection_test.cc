@@ -60,7 +60,8 @@ TEST(CredentialsTest, AreReadPerHostAndRefusedWhenOthersMayReadThem) {
 
 // A server that accepts the connection and never answers, as a machine that hangs: a
 // read gives up without waiting out the time-out in the library's turn (where it would
-// make every other server's work wait), the first time and every time.
+// make every other server's work wait), and the reads after it, such as those of a
+// message's writes queued meanwhile, fail at once rather than a second each.
 TEST(SmbConnectionTest, AServerThatNeverAnswersIsGivenUpOnWithoutHoldingUpOthers) {
   const SilentListener silent;
   ASSERT_NE(silent.port(), 0);
@@ -68,16 +69,16 @@ TEST(SmbConnectionTest, AServerThatNeverAnswersIsGivenUpOnWithoutHoldingUpOthers
 
   SmbConnections connections{CredentialsFile("/nonexistent/credentials.ini")};
   const ShareLocation location = *ParseShareName(folder);
-  for (int attempt = 0; attempt < 2; ++attempt) {
-    const auto began = std::chrono::steady_clock::now();
+  const auto began = std::chrono::steady_clock::now();
+  for (int attempt = 0; attempt < 10; ++attempt) {
     int error = 0;
     EXPECT_FALSE(
         connections.For(location).ReadAt(SmbUrl(location, "ParlavoxUserData"), 0, 128, &error));
-    EXPECT_LT(std::chrono::steady_clock::now() - began, SmbConnection::kTimeout) << attempt;
     EXPECT_EQ(connections.For(location).Trouble(error, location),
               "Server 127.0.0.5 does not answer")
         << error;
   }
+  EXPECT_LT(std::chrono::steady_clock::now() - began, SmbConnection::kTimeout);
 }
 
 // One Samba server for the tests below, with the share "office".
