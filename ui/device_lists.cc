@@ -6,33 +6,28 @@
 #include "util/programs.h"
 
 namespace parlavox {
-namespace {
 
-void Fill(QComboBox* list, const std::vector<SoundDevice>& devices, const DeviceChoice& chosen) {
-  list->clear();
+DeviceList::DeviceList() {
+  connect(this, &QComboBox::activated, this, [this] { missing_.reset(); });
+}
+
+void DeviceList::Fill(const std::vector<SoundDevice>& devices, const DeviceChoice& chosen) {
+  clear();
+  missing_.reset();
   for (const SoundDevice& device : devices) {
-    list->addItem(QString::fromStdString(device.description),
-                  QString::fromStdString(device.server_name));
+    addItem(QString::fromStdString(device.description), QString::fromStdString(device.server_name));
   }
-  if (chosen.position < 0 && chosen.name.empty()) return list->setCurrentIndex(-1);
-  list->setCurrentIndex(
-      std::max(0, list->findData(QString::fromStdString(ResolveDevice(chosen, devices)))));
+  if (chosen.position < 0 && chosen.name.empty()) return setCurrentIndex(-1);
+  const std::string device = ResolveDevice(chosen, devices);
+  setCurrentIndex(std::max(0, findData(QString::fromStdString(device))));
+  if (device.empty() && (chosen.position > 0 || !chosen.name.empty())) missing_ = chosen;
 }
 
-}  // namespace
-
-void FillOutputDevices(QComboBox* list, const DeviceChoice& chosen) {
-  Fill(list, ListOutputDevices(), chosen);
-}
-
-void FillInputDevices(QComboBox* list, const DeviceChoice& chosen) {
-  Fill(list, ListInputDevices(), chosen);
-}
-
-DeviceChoice SelectedDevice(const QComboBox* list) {
-  const int line = list->currentIndex();
+DeviceChoice DeviceList::Selected() const {
+  if (missing_) return *missing_;
+  const int line = currentIndex();
   // The default line keeps no name: it follows whatever the desktop's default is.
-  return {line, line > 0 ? list->currentData().toString().toStdString() : ""};
+  return {line, line > 0 ? currentData().toString().toStdString() : ""};
 }
 
 void FillRecordSources(const QComboBox* devices, QComboBox* sources, Mixer& mixer) {

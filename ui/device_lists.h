@@ -2,21 +2,31 @@
 #define PARLAVOX_UI_DEVICE_LISTS_H_
 
 #include <QComboBox>
+#include <optional>
+#include <vector>
 
 #include "audio/mixer.h"
 #include "audio/sound_devices.h"
 
 namespace parlavox {
 
-// The drop-down lists of sound devices and record sources, as the desktop names them.
+// A drop-down list of sound devices as the desktop names them, the system's default
+// first, each with its server name as the line's data. A chosen device that is not
+// there now (unplugged, or the sound server away) shows as the default, which plays
+// meanwhile, and stays the choice until the person picks a line: settings opened while a
+// headset is unplugged do not forget it.
+class DeviceList : public QComboBox {
+ public:
+  DeviceList();
+  // Lists `devices` and selects the line of the `chosen` device (see ResolveDevice).
+  void Fill(const std::vector<SoundDevice>& devices, const DeviceChoice& chosen);
+  // The device chosen: the selected line's, or the one kept while it is not there.
+  DeviceChoice Selected() const;
 
-// The output devices, the system's default first, each with its server name as the
-// line's data; selects the line of the `chosen` device (see ResolveDevice).
-void FillOutputDevices(QComboBox* list, const DeviceChoice& chosen);
-// The input devices, likewise.
-void FillInputDevices(QComboBox* list, const DeviceChoice& chosen);
-// The device of the line selected in a list filled by those.
-DeviceChoice SelectedDevice(const QComboBox* list);
+ private:
+  std::optional<DeviceChoice> missing_;
+};
+
 // The record sources of the device selected in `devices`: "System Record Mixer" (which
 // leaves the levels to the desktop) first, then each source. Keeps the line selected
 // before when it was above 0, else selects line 0.

@@ -28,7 +28,7 @@ class GeneralPage : public SettingsPage {
  public:
   explicit GeneralPage(const SettingsContext& context) : context_(context) {
     auto* output = new QGroupBox("Sound &Out Device");
-    output_devices_ = new QComboBox;
+    output_devices_ = new DeviceList;
     output_level_ = new LDBEdit;
     output_level_->SetName("Sound out level in decibels");
     auto* output_layout = new QGridLayout(output);
@@ -38,7 +38,7 @@ class GeneralPage : public SettingsPage {
     output->setTitle("Sound &Out Device");
 
     auto* input = new QGroupBox("Sound &In Device");
-    input_devices_ = new QComboBox;
+    input_devices_ = new DeviceList;
     sources_ = new QComboBox;
     input_level_ = new LDBEdit;
     input_level_->SetName("Sound in level in decibels");
@@ -97,9 +97,9 @@ class GeneralPage : public SettingsPage {
   void Fill() override {
     const GeneralSettings page =
         LoadGeneralSettings(context_.settings, context_.folders, context_.login);
-    FillOutputDevices(output_devices_, page.output_device);
+    output_devices_->Fill(ListOutputDevices(), page.output_device);
     output_level_->SetLevel(page.output_level);
-    FillInputDevices(input_devices_, page.input_device);
+    input_devices_->Fill(ListInputDevices(), page.input_device);
     sources_->clear();
     FillRecordSources(input_devices_, sources_, context_.mixer);
     sources_->setCurrentIndex(page.source_line < sources_->count() ? page.source_line : -1);
@@ -120,9 +120,9 @@ class GeneralPage : public SettingsPage {
 
   void Save() override {
     GeneralSettings page;
-    page.output_device = SelectedDevice(output_devices_);
+    page.output_device = output_devices_->Selected();
     page.output_level = output_level_->level();
-    page.input_device = SelectedDevice(input_devices_);
+    page.input_device = input_devices_->Selected();
     page.source_line = sources_->currentIndex();
     page.input_level = input_level_->level();
     page.inward_folder = folder_->text().toStdString();
@@ -171,9 +171,9 @@ class GeneralPage : public SettingsPage {
   }
 
   const SettingsContext& context_;
-  QComboBox* output_devices_;
+  DeviceList* output_devices_;
   LDBEdit* output_level_;
-  QComboBox* input_devices_;
+  DeviceList* input_devices_;
   QComboBox* sources_;
   LDBEdit* input_level_;
   QPushButton* mixer_;

@@ -23,6 +23,7 @@
 #include "settings/general_settings.h"
 #include "settings/scratch_settings_test_util.h"
 #include "ui/decibel_edit.h"
+#include "ui/device_lists.h"
 #include "ui/key_dialogs.h"
 
 namespace parlavox {
@@ -133,9 +134,21 @@ TEST_F(SettingsPagesTest, TheKeysPageAddsALineOnlyWhenACommandIsChosen) {
 
 // The General page writes what it shows when it is left: a level typed, start at login
 // ticked, the inward folder typed anew.
+// Devices not there now (unplugged, as where no sound server answers here) show as the
+// default and are kept, unless the person picks a line.
 TEST_F(SettingsPagesTest, TheGeneralPageWritesWhatItShowsWhenItIsLeft) {
+  settings_.WriteInt(kSettingsSection, "soundoutdevice", 2);
+  settings_.WriteText(kSettingsSection, "soundoutdevicename", "usb-headset");
+  settings_.WriteInt(kSettingsSection, "soundindevice", 3);
   const std::unique_ptr<SettingsPage> page(NewGeneralPage(context_));
   page->Fill();
+  std::vector<DeviceList*> devices;  // output, input
+  for (QComboBox* list : page->findChildren<QComboBox*>()) {
+    if (auto* device_list = dynamic_cast<DeviceList*>(list)) devices.push_back(device_list);
+  }
+  ASSERT_EQ(devices.size(), 2u);
+  EXPECT_EQ(devices[0]->currentText(), "System default");
+  Q_EMIT devices[1]->activated(0);  // the person picks the default
   auto* output_level = page->findChildren<LDBEdit*>().value(0);
   ASSERT_NE(output_level, nullptr);
   auto* level_text = output_level->findChild<QLineEdit*>();
@@ -152,6 +165,9 @@ TEST_F(SettingsPagesTest, TheGeneralPageWritesWhatItShowsWhenItIsLeft) {
   EXPECT_EQ(Value("soundoutvolume", kSettingsSection), "<missing>");  // nothing before leaving
   page->Save();
   EXPECT_EQ(Value("soundoutvolume", kSettingsSection), "-6dB");
+  EXPECT_EQ(Value("soundoutdevice", kSettingsSection), "2");
+  EXPECT_EQ(Value("soundoutdevicename", kSettingsSection), "usb-headset");
+  EXPECT_EQ(Value("soundindevice", kSettingsSection), "0");
   EXPECT_TRUE(login_.on);
   EXPECT_EQ(LoadGeneralSettings(settings_, folders_, login_).inward_folder, scratch_ / "moved");
 }
