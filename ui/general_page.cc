@@ -13,6 +13,7 @@
 #include <QPushButton>
 #include <QRadioButton>
 #include <QVBoxLayout>
+#include <optional>
 
 #include "settings/general_settings.h"
 #include "ui/decibel_edit.h"
@@ -78,6 +79,7 @@ class GeneralPage : public SettingsPage {
     // The record sources follow the device only once the sources list is touched, as
     // the program always did.
     connect(sources_, &QComboBox::activated, this, [this] {
+      unshown_source_line_.reset();
       FillRecordSources(input_devices_, sources_, context_.mixer);
       UpdateControls();
     });
@@ -103,6 +105,10 @@ class GeneralPage : public SettingsPage {
     sources_->clear();
     FillRecordSources(input_devices_, sources_, context_.mixer);
     sources_->setCurrentIndex(page.source_line < sources_->count() ? page.source_line : -1);
+    // A source its device can't offer now (the device is not there) stays the choice,
+    // as the device does, unless the person picks one.
+    unshown_source_line_.reset();
+    if (sources_->currentIndex() != page.source_line) unshown_source_line_ = page.source_line;
     input_level_->SetLevel(page.input_level);
     folder_->setText(QString::fromStdString(page.inward_folder));
     folder_->setModified(false);
@@ -123,7 +129,7 @@ class GeneralPage : public SettingsPage {
     page.output_device = output_devices_->Selected();
     page.output_level = output_level_->level();
     page.input_device = input_devices_->Selected();
-    page.source_line = sources_->currentIndex();
+    page.source_line = unshown_source_line_.value_or(sources_->currentIndex());
     page.input_level = input_level_->level();
     page.inward_folder = folder_->text().toStdString();
     page.folder_changed = folder_->isModified() || folder_browsed_;
@@ -175,6 +181,7 @@ class GeneralPage : public SettingsPage {
   LDBEdit* output_level_;
   DeviceList* input_devices_;
   QComboBox* sources_;
+  std::optional<int> unshown_source_line_;
   LDBEdit* input_level_;
   QPushButton* mixer_;
   QLineEdit* folder_;

@@ -133,13 +133,14 @@ TEST_F(SettingsPagesTest, TheKeysPageAddsALineOnlyWhenACommandIsChosen) {
 }
 
 // The General page writes what it shows when it is left: a level typed, start at login
-// ticked, the inward folder typed anew.
-// Devices not there now (unplugged, as where no sound server answers here) show as the
-// default and are kept, unless the person picks a line.
+// ticked, the inward folder typed anew. Devices not there now (as where no sound server
+// answers here) show as the default and are kept with their record source, unless the
+// person picks a line.
 TEST_F(SettingsPagesTest, TheGeneralPageWritesWhatItShowsWhenItIsLeft) {
   settings_.WriteInt(kSettingsSection, "soundoutdevice", 2);
   settings_.WriteText(kSettingsSection, "soundoutdevicename", "usb-headset");
-  settings_.WriteInt(kSettingsSection, "soundindevice", 3);
+  settings_.WriteInt(kSettingsSection, "soundindevice", 3);   // kept by place only
+  settings_.WriteInt(kSettingsSection, "soundinchannel", 1);  // and a source of its own
   const std::unique_ptr<SettingsPage> page(NewGeneralPage(context_));
   page->Fill();
   std::vector<DeviceList*> devices;  // output, input
@@ -147,8 +148,8 @@ TEST_F(SettingsPagesTest, TheGeneralPageWritesWhatItShowsWhenItIsLeft) {
     if (auto* device_list = dynamic_cast<DeviceList*>(list)) devices.push_back(device_list);
   }
   ASSERT_EQ(devices.size(), 2u);
-  EXPECT_EQ(devices[0]->currentText(), "System default");
-  Q_EMIT devices[1]->activated(0);  // the person picks the default
+  EXPECT_EQ(devices[1]->currentText(), "System default");
+  Q_EMIT devices[0]->activated(0);  // the person picks the default output
   auto* output_level = page->findChildren<LDBEdit*>().value(0);
   ASSERT_NE(output_level, nullptr);
   auto* level_text = output_level->findChild<QLineEdit*>();
@@ -165,9 +166,10 @@ TEST_F(SettingsPagesTest, TheGeneralPageWritesWhatItShowsWhenItIsLeft) {
   EXPECT_EQ(Value("soundoutvolume", kSettingsSection), "<missing>");  // nothing before leaving
   page->Save();
   EXPECT_EQ(Value("soundoutvolume", kSettingsSection), "-6dB");
-  EXPECT_EQ(Value("soundoutdevice", kSettingsSection), "2");
-  EXPECT_EQ(Value("soundoutdevicename", kSettingsSection), "usb-headset");
-  EXPECT_EQ(Value("soundindevice", kSettingsSection), "0");
+  EXPECT_EQ(Value("soundoutdevice", kSettingsSection), "0");
+  EXPECT_EQ(Value("soundoutdevicename", kSettingsSection), "");
+  EXPECT_EQ(Value("soundindevice", kSettingsSection), "3");
+  EXPECT_EQ(Value("soundinchannel", kSettingsSection), "1");
   EXPECT_TRUE(login_.on);
   EXPECT_EQ(LoadGeneralSettings(settings_, folders_, login_).inward_folder, scratch_ / "moved");
 }
