@@ -66,8 +66,10 @@ void Intercom::OnInwardFolder(bool usable) {
     return;
   }
   // A folder made again (a share mounted again, a folder restored) has lost the
-  // record that tells others this intercom is on.
+  // record that tells others this intercom is on; one that was away since the start
+  // holds the person's own record, which replaces the stand-in.
   ApplyOnOffState();
+  view_.ShowIdentity(own_.record());
   status_.ShowStatus("Your inward folder is back: others can call you again");
 }
 

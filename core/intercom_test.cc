@@ -77,6 +77,29 @@ TEST_F(IntercomTest, IdentitySurvivesInTheRecordFile) {
   again.End();
 }
 
+// The inward folder is on a server that is away at the start (a laptop's network comes
+// up after the login): the record made up meanwhile stands in only until the folder is
+// back, where the person's own is found and kept, with what was changed meanwhile.
+TEST_F(IntercomTest, AnIdentityOutOfReachAtTheStartIsFoundOnceTheFolderIsBack) {
+  const std::string folder = settings_.inward_folder(), away = folder + ".away";
+  ASSERT_TRUE(
+      WriteUserRecord(MakeUserRecord("Dana", 77, false), JoinPath(folder, kUserRecordFileName)));
+  std::filesystem::rename(folder, away);
+  Start();
+  EXPECT_NE(intercom_.Snapshot().own.id, 77);
+  IdentityChange change;
+  change.email = "dana@example.org";
+  intercom_.ChangeIdentity(change);
+  std::filesystem::rename(away, folder);
+  watcher_.usable(true);
+  const UserRecord published = Published();
+  EXPECT_EQ(published.id, 77);
+  EXPECT_EQ(published.Name(), "Dana");
+  EXPECT_EQ(published.Email(), "dana@example.org");
+  EXPECT_TRUE(published.is_on());
+  EXPECT_EQ(intercom_.Snapshot().own.id, 77);
+}
+
 TEST_F(IntercomTest, OffOnlyChangesWhatOthersSeeAndCallsAndMessagesGoOnSideBySide) {
   ListUser("Ann", 101);
   Start();

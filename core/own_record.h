@@ -1,6 +1,8 @@
 #ifndef PARLAVOX_CORE_OWN_RECORD_H_
 #define PARLAVOX_CORE_OWN_RECORD_H_
 
+#include <vector>
+
 #include "core/record_store.h"
 #include "settings/settings_file.h"
 #include "words/identity.h"
@@ -21,6 +23,11 @@ class OwnRecord {
   // only what it holds. When there is none, the record held stays, except on the
   // first load ever, where a new one is made: off, a random id and the account's
   // name. Nothing is written.
+  //
+  // Such a new record stands in only until the folder can be read or has been written:
+  // an inward folder on a server that is away at the start (a laptop's network comes up
+  // after the login) still holds the person's record, which Publish then takes, with
+  // the changes made meanwhile, rather than write the stand-in over it.
   void Load();
   // Writes the record as it stands; false when it could not be written.
   bool Publish();
@@ -28,15 +35,21 @@ class OwnRecord {
   bool is_on() const { return record_.is_on(); }
   void set_on(bool on) { record_.set_on(on); }
   // Changes the name, id or e-mail; Publish makes it known.
-  void Change(const IdentityChange& change) { change.ApplyTo(&record_); }
+  void Change(const IdentityChange& change);
 
   const UserRecord& record() const { return record_; }
 
  private:
+  // Reads the folder's record over the one held, the changes made to a stand-in on top;
+  // false when there is none to read.
+  bool ReadFolder();
+
   const SettingsFile& settings_;
   RecordStore& store_;
   UserRecord record_;
   bool loaded_ = false;
+  bool stand_in_ = false;
+  std::vector<IdentityChange> changes_to_stand_in_;
 };
 
 }  // namespace parlavox
