@@ -1,7 +1,5 @@
 #include "audio/queued_wave_file_writer.h"
 
-#include <vector>
-
 namespace parlavox {
 
 QueuedWaveFileWriter::QueuedWaveFileWriter(std::shared_ptr<WaveFileWriter> target,
@@ -18,14 +16,34 @@ QueuedWaveFileWriter::~QueuedWaveFileWriter() { Finish(); }
 
 void QueuedWaveFileWriter::WriteBlock(const int32_t* samples, int frames) {
   if (finish_handed_over_) return;
-  std::vector<int32_t> copy(samples, samples + int64_t{frames} * channels());
-  worker_.Post(
-      [target = target_, copy = std::move(copy), frames] { target->Write(copy.data(), frames); });
+  const int32_t* end = samples + int64_t{frames} * channels();
+  if (waiting_) {
+    MutexLock lock(waiting_->mutex);
+    if (!waiting_->taken) {
+      waiting_->samples.insert(waiting_->samples.end(), samples, end);
+      return;
+    }
+  }
+  waiting_ = std::make_shared<Waiting>();
+  {
+    MutexLock lock(waiting_->mutex);
+    waiting_->samples.assign(samples, end);
+  }
+  worker_.Post([target = target_, waiting = waiting_] {
+    std::vector<int32_t> taken;
+    {
+      MutexLock lock(waiting->mutex);
+      waiting->taken = true;
+      taken.swap(waiting->samples);
+    }
+    target->Write(taken.data(), static_cast<int64_t>(taken.size()) / target->channels());
+  });
 }
 
 void QueuedWaveFileWriter::Truncate(int64_t frame) {
   if (frame > length() || finish_handed_over_) return;
   set_length(std::max<int64_t>(frame, 0));
+  waiting_.reset();
   worker_.Post([target = target_, frame] { target->Truncate(frame); });
 }
 
@@ -33,6 +51,7 @@ bool QueuedWaveFileWriter::Finish() {
   if (finish_handed_over_) return false;
   finish_handed_over_ = true;
   MarkInvalid();  // nothing more goes into the file
+  waiting_.reset();
   worker_.Post([target = target_, finished = finished_] {
     const bool whole = target->Finish();
     if (finished) finished(whole);

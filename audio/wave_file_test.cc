@@ -9,6 +9,7 @@
 
 #include <gtest/gtest.h>
 
+#include "audio/queued_wave_file_writer.h"
 #include "audio/sample_conversion.h"
 #include "util/child_process_test_util.h"
 #include "util/little_endian.h"
@@ -130,6 +131,58 @@ TEST_F(WaveFileTest, ProvisionalHeaderClaims32SecondsAndIsRefreshedEvery16) {
   EXPECT_FALSE(invalid->is_valid());
   invalid->Write(block.data(), 441);
   EXPECT_EQ(invalid->length(), 441);
+}
+
+// Says what reached it: "write <frames>", "cut <frame>", "finish".
+class CallLogWriter : public WaveFileWriter {
+ public:
+  CallLogWriter() : WaveFileWriter(11025, 1, 0) {}
+  void Truncate(int64_t frame) override { calls.push_back("cut " + std::to_string(frame)); }
+  bool Finish() override {
+    calls.push_back("finish");
+    return true;
+  }
+  std::vector<std::string> calls;
+
+ protected:
+  void WriteBlock(const int32_t*, int frames) override {
+    calls.push_back("write " + std::to_string(frames));
+  }
+};
+
+// Tasks wait until the test runs them, as behind a write to a slow server.
+struct HeldTasks : TaskPoster {
+  void Post(std::function<void()> task) override { tasks.push_back(std::move(task)); }
+  void Run(size_t count) {
+    for (size_t i = 0; i < count && !tasks.empty(); ++i) {
+      std::function<void()> task = std::move(tasks.front());
+      tasks.erase(tasks.begin());
+      task();
+    }
+  }
+  std::vector<std::function<void()>> tasks;
+};
+
+// Blocks that wait while an earlier write is on its way go on as one write, so a
+// call keeps up with its sound whatever a write costs; cuts and the finish keep their
+// places between the writes.
+TEST_F(WaveFileTest, AQueuedWriterJoinsTheBlocksThatWaitedAndKeepsTheirOrder) {
+  HeldTasks worker;
+  auto log = std::make_shared<CallLogWriter>();
+  std::optional<bool> whole;
+  QueuedWaveFileWriter queued(log, worker, [&](bool made_it) { whole = made_it; });
+  const std::vector<int32_t> block(441, 16);
+  queued.Write(block.data(), 441);
+  worker.Run(1);  // on its way
+  for (int i = 0; i < 3; ++i) queued.Write(block.data(), 441);
+  queued.Truncate(1000);
+  queued.Write(block.data(), 441);
+  EXPECT_TRUE(queued.Finish());
+  queued.Write(block.data(), 441);  // after the finish: nowhere
+  worker.Run(99);
+  EXPECT_EQ(log->calls, (std::vector<std::string>{"write 441", "write 1323", "cut 1000",
+                                                  "write 441", "finish"}));
+  EXPECT_EQ(whole, true);
 }
 
 TEST_F(WaveFileTest, ChunkWalkAcceptsAndRefusesWhatItShould) {
