@@ -46,9 +46,11 @@ std::shared_ptr<WaveFileWriter> BackgroundShareAccess::Watched(std::shared_ptr<W
                                                                TaskPoster& worker,
                                                                MessageReports reports) {
   auto watched = std::make_shared<WatchedMessageWriter>(
-      std::move(file), std::move(gone), [this, taken_away = std::move(reports.taken_away)] {
+      std::move(file), std::move(gone),
+      [this, taken_away = std::move(reports.taken_away)] {
         if (taken_away) owner_.Post(taken_away);
-      });
+      },
+      [] { return std::chrono::steady_clock::now(); });
   return std::make_shared<QueuedWaveFileWriter>(
       std::move(watched), worker, [this, finished = std::move(reports.finished)](bool whole) {
         if (finished) owner_.Post([finished, whole] { finished(whole); });

@@ -2,24 +2,33 @@
 
 #include <sys/stat.h>
 
+#include <algorithm>
+
 namespace parlavox {
 
 WatchedMessageWriter::WatchedMessageWriter(std::shared_ptr<WaveFileWriter> target,
                                            std::function<bool()> gone,
-                                           std::function<void()> taken_away)
+                                           std::function<void()> taken_away,
+                                           std::function<TimePoint()> now)
     : WaveFileWriter(target->sample_rate(), target->channels(), target->length()),
       target_(std::move(target)),
       gone_(std::move(gone)),
       taken_away_(gone_ ? std::move(taken_away) : nullptr),
-      next_check_(std::chrono::steady_clock::now() + kCheckInterval) {
+      now_(std::move(now)),
+      next_check_(now_() + kCheckInterval) {
   if (!target_->is_valid()) MarkInvalid();
 }
 
 void WatchedMessageWriter::WriteBlock(const int32_t* samples, int frames) {
   target_->Write(samples, frames);
-  if (!taken_away_ || std::chrono::steady_clock::now() < next_check_) return;
-  next_check_ = std::chrono::steady_clock::now() + kCheckInterval;
-  if (gone_()) {
+  if (!taken_away_) return;
+  const TimePoint asked = now_();
+  if (asked < next_check_) return;
+  const bool gone = gone_();
+  const TimePoint answered = now_();
+  next_check_ = answered + std::max<TimePoint::duration>(kCheckInterval,
+                                                         kWritingPerCheck * (answered - asked));
+  if (gone) {
     std::function<void()> report = std::move(taken_away_);
     taken_away_ = nullptr;
     report();

@@ -11,15 +11,20 @@
 namespace parlavox {
 
 // A message writer that notices when its file is taken from the callee's folder while
-// the call goes on (the callee's copy took it for finished, or somebody deleted it): at
-// most once a second it asks `gone`, and calls `taken_away` once when it says so; a null
-// `gone` watches nothing. Everything else goes to `target`. Used on one thread only.
+// the call goes on (the callee's copy took it for finished, or somebody deleted it): it
+// asks `gone` after a write, at most once a second and for at most a fifth of the time
+// (a server far away takes three round trips to answer, and the sound must not wait
+// behind the asking), and calls `taken_away` once when it says so; a null `gone`
+// watches nothing. Everything else goes to `target`. `now` tells the time. Used on one
+// thread only.
 class WatchedMessageWriter : public WaveFileWriter {
  public:
+  using TimePoint = std::chrono::steady_clock::time_point;
   static constexpr std::chrono::seconds kCheckInterval{1};
+  static constexpr int kWritingPerCheck = 4;  // times as long as the last asking took
 
   WatchedMessageWriter(std::shared_ptr<WaveFileWriter> target, std::function<bool()> gone,
-                       std::function<void()> taken_away);
+                       std::function<void()> taken_away, std::function<TimePoint()> now);
 
   void Truncate(int64_t frame) override { target_->Truncate(frame); }
   bool Finish() override { return target_->Finish(); }
@@ -31,7 +36,8 @@ class WatchedMessageWriter : public WaveFileWriter {
   std::shared_ptr<WaveFileWriter> target_;
   std::function<bool()> gone_;
   std::function<void()> taken_away_;
-  std::chrono::steady_clock::time_point next_check_;
+  std::function<TimePoint()> now_;
+  TimePoint next_check_;
 };
 
 // Whether the file now at `path` on the file system is gone: there is none there, or
