@@ -22,7 +22,7 @@ std::string ServerOf(const std::string& folder) {
 }  // namespace
 
 bool RefreshPresence(UsersCache& users, const RecordReader& read, std::set<std::string>* troubles,
-                     std::set<int>* unreached) {
+                     std::set<int>* unreached, const std::function<bool()>& stopping) {
   const int count = users.Count();
   std::vector<std::string> folders;
   std::map<std::string, std::vector<int>> servers;  // server -> its users
@@ -35,6 +35,7 @@ bool RefreshPresence(UsersCache& users, const RecordReader& read, std::set<std::
   std::vector<std::string> server_troubles(servers.size());
   const auto read_server = [&](const std::vector<int>& members, std::string* trouble) {
     for (const int i : members) {
+      if (stopping && stopping()) return;
       read_ok[i] = read(&records[i], folders[i], trouble);
       if (!read_ok[i] && !trouble->empty()) return;  // the others would fare no better
     }
@@ -51,6 +52,7 @@ bool RefreshPresence(UsersCache& users, const RecordReader& read, std::set<std::
       read_server(local->second, &server_troubles[n]);
     }
   }  // the futures wait for their threads here
+  if (stopping && stopping()) return false;
   if (troubles != nullptr) {
     for (const std::string& trouble : server_troubles) {
       if (!trouble.empty()) troubles->insert(trouble);
@@ -104,7 +106,9 @@ void PresencePoller::Run() {
   do {
     std::set<std::string> troubles;
     std::set<int> unreached;
-    const bool changed = RefreshPresence(users_, read_, &troubles, &unreached);
+    const bool changed =
+        RefreshPresence(users_, read_, &troubles, &unreached, [this] { return StopRequested(); });
+    if (StopRequested()) break;
     if ((first || changed || unreached != unreached_before) && changed_) {
       poster_.Post([tell = changed_, unreached] { tell(unreached); });
     }

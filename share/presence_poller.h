@@ -27,9 +27,12 @@ using RecordReader =
 // so that a slow server delays nobody else, and once a server is in trouble its other
 // users are not tried in the same pass. Returns whether a name or an on/off state
 // changed; `troubles` gets every different trouble of the pass, `unreached` the places
-// of the users whose records could not be read.
+// of the users whose records could not be read. Once `stopping` says so, no more records
+// are read and the pass ends without changing the cache (a pass over many users on a
+// server far away can take longer than a stop waits).
 bool RefreshPresence(UsersCache& users, const RecordReader& read,
-                     std::set<std::string>* troubles = nullptr, std::set<int>* unreached = nullptr);
+                     std::set<std::string>* troubles = nullptr, std::set<int>* unreached = nullptr,
+                     const std::function<bool()>& stopping = nullptr);
 
 // A worker that refreshes presence every `interval` (5 s unless a test says otherwise)
 // at the lowest priority and posts

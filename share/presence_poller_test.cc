@@ -146,5 +146,28 @@ TEST_F(PresenceTest, PollerPostsTheFirstPassAndEveryChangeAndStopsPromptly) {
   EXPECT_EQ(changes + troubles, poster.posts.load());  // each post ran
 }
 
+// A pass over many users on a server far away (each read three round trips of 100 ms)
+// takes longer than a stop may wait: a stop ends it at the next user, and the users
+// it did not read keep what they had.
+TEST_F(PresenceTest, AStopEndsAPassOnASlowServerAtTheNextUserAndTheCacheKeepsItsState) {
+  for (int i = 0; i < 20; ++i) ListUser("\\\\far\\s\\u" + std::to_string(i), nullptr);
+  std::atomic<int> reads{0};
+  const RecordReader read = [&](UserRecord* record, const std::string&, std::string*) {
+    ++reads;
+    std::this_thread::sleep_for(300ms);
+    *record = MakeUserRecord("Far", 7, true);
+    return true;
+  };
+  CountingPoster poster;
+  PresencePoller poller(users_, poster, read);
+  poller.StartPolling([](const std::set<int>&) {}, [](const std::string&) {});
+  ASSERT_TRUE(Eventually([&] { return reads >= 2; }));
+  const auto began = std::chrono::steady_clock::now();
+  poller.Stop();
+  EXPECT_LT(std::chrono::steady_clock::now() - began, 1s);
+  EXPECT_EQ(poster.posts, 0);
+  EXPECT_EQ(Cached("on0"), std::nullopt);
+}
+
 }  // namespace
 }  // namespace parlavox
