@@ -7,6 +7,7 @@
 
 #include <algorithm>
 
+#include "audio/wave_chunks.h"
 #include "share/message_file.h"
 #include "util/paths.h"
 #include "words/share_name.h"
@@ -18,6 +19,9 @@ namespace {
 // that finds more, as the writer refreshes its header.
 constexpr int64_t kHeaderBytes = 4096;
 constexpr size_t kReadPiece = 64 * 1024;
+// How near the end its header claims a copy may come before Follow reads the header
+// again: 8 s of a call's sound (a caller's header claims at least 16 s more than it has).
+constexpr int64_t kHeaderMargin = 8 * 11025 * 2;
 
 bool IsMessageName(const std::string& name) {
   return name.size() >= 4 && strcasecmp(name.c_str() + name.size() - 4, ".wav") == 0;
@@ -99,6 +103,31 @@ bool InwardMirror::Sync() {
   }
   copies_ = std::move(copies);
   return true;
+}
+
+bool InwardMirror::Follow() {
+  copied_ = false;
+  for (auto& [name, copy] : copies_) {
+    if (copy.held) continue;  // whole
+    const std::optional<std::string> more = remote_.ReadGrowing(name, copy.size, kReadPiece);
+    if (!more || more->empty()) continue;
+    const int fd = open(JoinPath(local_folder_, name).c_str(), O_RDWR | O_CLOEXEC);
+    if (fd < 0) continue;  // heard or thrown away here: the next listing sees to it
+    const int64_t end = copy.size + static_cast<int64_t>(more->size());
+    const std::optional<WaveLayout> layout = WalkWaveChunks(fd);
+    bool written = true;
+    if (!layout || end + kHeaderMargin >= layout->data_start + int64_t{layout->data_size}) {
+      const std::optional<std::string> header =
+          remote_.Read(name, 0, static_cast<size_t>(std::min(copy.size, kHeaderBytes)));
+      written = header && WriteAt(fd, *header, 0);
+    }
+    if (written && WriteAt(fd, *more, copy.size)) {
+      copy.size = end;
+      copied_ = true;
+    }
+    close(fd);
+  }
+  return copied_;
 }
 
 InwardMirror::Copy InwardMirror::HeldOnceComplete(const std::string& name, const std::string& local,

@@ -25,6 +25,9 @@ class RemoteFolder {
   virtual std::optional<std::vector<File>> Files() = 0;
   // At most `size` bytes of a file from `offset` on; nullopt when it can't be read.
   virtual std::optional<std::string> Read(const std::string& name, int64_t offset, size_t size) = 0;
+  // The same, of a file that may grow meanwhile: no more than it holds now.
+  virtual std::optional<std::string> ReadGrowing(const std::string& name, int64_t offset,
+                                                 size_t size) = 0;
   virtual bool Remove(const std::string& name) = 0;
   // Keeps a file from being written or removed by others until Release (so that no
   // caller can cut a message while it is heard); false when it can't be held now, as
@@ -62,6 +65,14 @@ class InwardMirror {
   void ClearRemote();
   // One pass over the server's folder; false when it can't be listed.
   bool Sync();
+  // A quicker look, for while messages grow, that does not list the folder (each
+  // listing costs several round trips to the server): each message still being copied
+  // is read on from where its copy ended. Where a copy would come near the end that the
+  // header it has claims, that header is read again first (its writer moves the end on
+  // as the message grows), so that no copy looks whole before its message is. Returns
+  // whether anything was copied; when nothing was (the messages ended, went, or can't
+  // be read), the folder is to be listed again.
+  bool Follow();
   // Whether the last pass copied anything.
   bool copied() const { return copied_; }
   // Whether messages are here that the inbox has yet to be done with.

@@ -21,6 +21,7 @@ class FolderAsServer : public RemoteFolder {
   explicit FolderAsServer(std::string folder) : folder_(std::move(folder)) {}
 
   std::optional<std::vector<File>> Files() override {
+    ++listings;
     std::error_code error;
     std::vector<File> files;
     for (const auto& entry : std::filesystem::directory_iterator(folder_, error)) {
@@ -38,6 +39,10 @@ class FolderAsServer : public RemoteFolder {
     if (offset > static_cast<int64_t>(text.size())) return std::string();
     return text.substr(static_cast<size_t>(offset), size);
   }
+  std::optional<std::string> ReadGrowing(const std::string& name, int64_t offset,
+                                         size_t size) override {
+    return Read(name, offset, size);
+  }
   bool Remove(const std::string& name) override {
     return !held.contains(name) && std::filesystem::remove(folder_ + "/" + name);
   }
@@ -54,6 +59,7 @@ class FolderAsServer : public RemoteFolder {
 
   std::set<std::string> held;
   bool writing = false;  // its caller has the file open
+  int listings = 0;
 
  private:
   std::string folder_;
@@ -105,6 +111,28 @@ TEST_F(InwardMirrorTest, AGrowingMessageIsCopiedAsItGrowsAndGoesFromTheServerOnc
   ASSERT_TRUE(mirror_.Sync());
   EXPECT_FALSE(std::filesystem::exists(OnServer("7.wav")));
   EXPECT_FALSE(std::filesystem::exists(Here("7.wav")));
+}
+
+// While a call goes on, its message is followed without listing the folder. The header
+// of its copy claims an end that its caller moves on as it speaks: the copy never reaches
+// it, and once the call has ended the listing brings the last header.
+TEST_F(InwardMirrorTest, AGrowingMessageIsFollowedWithoutListingAndItsCopyNeverLooksWhole) {
+  auto writer = CreateWaveFileWriter(OnServer("7.wav"), 11025, 1, 16, 0);
+  const std::vector<int32_t> second(11025, 4096);
+  writer->Write(second.data(), 11025);
+  ASSERT_TRUE(mirror_.Sync());
+  const int listings = server_.listings;
+  for (int spoken = 2; spoken <= 40; ++spoken) {
+    writer->Write(second.data(), 11025);
+    ASSERT_TRUE(mirror_.Follow()) << spoken;
+    ASSERT_FALSE(LookAtMessage(Here("7.wav"))->complete) << spoken;
+  }
+  EXPECT_EQ(server_.listings, listings);
+  ASSERT_TRUE(writer->Finish());
+  EXPECT_FALSE(mirror_.Follow());  // nothing more: the folder is to be listed
+  ASSERT_TRUE(mirror_.Sync());
+  EXPECT_EQ(FileText(Here("7.wav")), FileText(OnServer("7.wav")));
+  EXPECT_TRUE(LookAtMessage(Here("7.wav"))->complete);
 }
 
 TEST_F(InwardMirrorTest, AMessageSentAgainUnderItsNameIsCopiedAfreshButNeverOverOneBeingHeard) {

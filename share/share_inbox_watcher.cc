@@ -38,6 +38,11 @@ class SmbRemoteFolder : public RemoteFolder {
   std::optional<std::string> Read(const std::string& name, int64_t offset, size_t size) override {
     return connection_->ReadAt(SmbUrl(location_, name), offset, size);
   }
+  std::optional<std::string> ReadGrowing(const std::string& name, int64_t offset,
+                                         size_t size) override {
+    return connection_->ReadAt(SmbUrl(location_, name), offset, size, nullptr,
+                               /*as_it_is_now=*/true);
+  }
   bool Remove(const std::string& name) override {
     return connection_->Remove(SmbUrl(location_, name));
   }
@@ -65,6 +70,9 @@ class SmbRemoteFolder : public RemoteFolder {
 
 class ShareInboxWatcher::MirrorThread : public WorkerThread {
  public:
+  // How long after its last copying a message counts as growing.
+  static constexpr std::chrono::seconds kGrowingFor{2};
+
   // `local_changed` is set when the local copy changed (a message heard and deleted):
   // the server is looked at again within a second, to let go of what was heard there.
   MirrorThread(std::unique_ptr<RemoteFolder> remote, const std::string& local_folder,
@@ -84,31 +92,45 @@ class ShareInboxWatcher::MirrorThread : public WorkerThread {
     bool usable = true;
     auto last_copy = std::chrono::steady_clock::time_point();
     auto last_message = std::chrono::steady_clock::time_point();
+    auto last_listing = std::chrono::steady_clock::time_point();
     while (!StopRequested()) {
-      const bool reached = mirror_.Sync();
-      if (reached != usable) {
-        usable = reached;
-        owner_.Post([usable_ = usable_, reached] { usable_(reached); });
-      }
-      if (!reached) {
-        WaitForStop(kIdleWait);
-        continue;
+      // A message that grew lately is followed rather than the folder listed, which
+      // costs more round trips; the folder is listed once nothing more came, and every
+      // few seconds for new messages.
+      const auto began = std::chrono::steady_clock::now();
+      const bool followed = began - last_copy < kGrowingFor &&
+                            began - last_listing < kFollowWithoutListing && mirror_.Follow();
+      if (!followed) {
+        const bool reached = mirror_.Sync();
+        last_listing = began;
+        if (reached != usable) {
+          usable = reached;
+          owner_.Post([usable_ = usable_, reached] { usable_(reached); });
+        }
+        if (!reached) {
+          WaitForStop(kIdleWait);
+          continue;
+        }
       }
       const auto now = std::chrono::steady_clock::now();
       if (mirror_.copied()) last_copy = now;
       if (mirror_.has_copies()) last_message = now;
-      // A message that grew lately may grow on: look again soon. Otherwise the server's
-      // word is waited for, with a look now and then in case it missed something; where
-      // it has none to give, the folder is looked at every second. While messages come
-      // and go (and for a while after), the folder is also looked at every second: a
-      // change that falls between the end of one wait and the next goes unreported.
-      const bool growing = now - last_copy < std::chrono::seconds(2);
+      // A message that grew lately may grow on: look again soon (asking the server to
+      // report changes costs round trips of its own). Otherwise the server's word is
+      // waited for, with a look now and then in case it missed something; where it has
+      // none to give, the folder is looked at every second. While messages come and go
+      // (and for a while after), the folder is also looked at every second: a change that
+      // falls between the end of one wait and the next goes unreported.
+      if (now - last_copy < kGrowingFor) {
+        WaitForStop(kGrowingWait);
+        continue;
+      }
       const bool lately = now - last_message < kLately;
-      const auto limit = growing ? kGrowingWait : lately ? kLookWhileMessagesWait : kRelistInterval;
-      const auto look = lately ? kLookWhileMessagesWait : kIdleLook;
-      if (!remote_->WaitForChange(
-              limit, look, [this] { return StopRequested() || local_changed_->exchange(false); })) {
-        WaitForStop(growing ? kGrowingWait : kIdleWait);
+      if (!remote_->WaitForChange(lately ? kLookWhileMessagesWait : kRelistInterval,
+                                  lately ? kLookWhileMessagesWait : kIdleLook, [this] {
+                                    return StopRequested() || local_changed_->exchange(false);
+                                  })) {
+        WaitForStop(kIdleWait);
       }
     }
   }

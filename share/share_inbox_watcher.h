@@ -20,9 +20,10 @@ namespace parlavox {
 // of and deleted on the server) every 3 s. It looks at the folder anyway every 2
 // minutes, every 40 ms (as often as a caller writes) while a message grows, every
 // second while messages wait here and for 10 s after, and every second where the server
-// can't notify. A server that can't be reached is reported unusable, and usable again
-// once it answers. `local`, `smb` and `owner` outlive this object; stopping takes up to
-// 3 s.
+// can't notify. While a message grows it is followed (InwardMirror::Follow) rather than
+// the folder listed, which is listed again once nothing more came, and at least every 5 s. A server
+// that can't be reached is reported unusable, and usable again once it answers. `local`, `smb` and
+// `owner` outlive this object; stopping takes up to 3 s.
 class ShareInboxWatcher : public InboxWatching {
  public:
   static constexpr std::chrono::milliseconds kIdleWait{1000};
@@ -30,6 +31,7 @@ class ShareInboxWatcher : public InboxWatching {
   static constexpr std::chrono::milliseconds kLookWhileMessagesWait{1000};
   static constexpr std::chrono::milliseconds kLately{10000};
   static constexpr std::chrono::milliseconds kGrowingWait{40};
+  static constexpr std::chrono::milliseconds kFollowWithoutListing{5000};
   static constexpr std::chrono::milliseconds kRelistInterval{120000};
 
   ShareInboxWatcher(InboxWatching& local, SmbConnections& smb, TaskPoster& owner);

@@ -244,12 +244,22 @@ SmbConnection::~SmbConnection() {
 }
 
 std::optional<std::string> SmbConnection::ReadAt(const std::string& url, int64_t offset,
-                                                 size_t size, int* error) {
+                                                 size_t size, int* error, bool as_it_is_now) {
   if (!MayAnswer()) return Failed(error, ETIMEDOUT), std::nullopt;
   Turn turn(counts_as_use_);
   if (context_ == nullptr) return Failed(error, ENOMEM), std::nullopt;
   SMBCFILE* file = smbc_getFunctionOpen(context_)(context_, url.c_str(), O_RDONLY, 0);
   if (file == nullptr) return Failed(error, Noted(errno)), std::nullopt;
+  if (as_it_is_now) {
+    struct stat status {};
+    if (smbc_getFunctionFstat(context_)(context_, file, &status) != 0) {
+      const int failed = errno;
+      smbc_getFunctionClose(context_)(context_, file);
+      return Failed(error, Noted(failed)), std::nullopt;
+    }
+    size = static_cast<size_t>(
+        std::clamp<int64_t>(status.st_size - offset, 0, static_cast<int64_t>(size)));
+  }
   std::string bytes(size, '\0');
   size_t got = 0;
   if (offset == 0 || smbc_getFunctionLseek(context_)(context_, file, static_cast<off_t>(offset),

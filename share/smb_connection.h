@@ -51,9 +51,11 @@ class SmbConnection {
   };
 
   // At most `size` bytes of the file at `url` from `offset` on (fewer at its end);
-  // nullopt (and `error`) when it can't be read.
+  // nullopt (and `error`) when it can't be read. The library reads on past the end of a
+  // file that grows for as long as it grows; `as_it_is_now` asks first how long the file
+  // is (a round trip more) and reads no further.
   std::optional<std::string> ReadAt(const std::string& url, int64_t offset, size_t size,
-                                    int* error = nullptr);
+                                    int* error = nullptr, bool as_it_is_now = false);
   // Replaces the file at `url` with `bytes`.
   bool WriteWhole(const std::string& url, std::string_view bytes, int* error = nullptr);
   bool Remove(const std::string& url, int* error = nullptr);
