@@ -160,6 +160,8 @@ TEST_F(SambaShareTest, AFileHeldAgainstWritingIsBusyForOthersUntilLetGo) {
   EXPECT_EQ(error, EBUSY);
   EXPECT_FALSE(caller.Remove(url));
   EXPECT_EQ(player->ReadAt(url, 0, 4), "RIFF");  // reading goes on
+  EXPECT_EQ(player->ReadAt(url, 2, 100, nullptr, /*as_it_is_now=*/true), "FF");
+  EXPECT_EQ(player->ReadAt(url, 9, 100, nullptr, /*as_it_is_now=*/true), "");
   held.reset();
   EXPECT_NE(caller.OpenForWriting(url), nullptr);
   EXPECT_TRUE(player->Remove(url));
