@@ -15,19 +15,24 @@ WatchedMessageWriter::WatchedMessageWriter(std::shared_ptr<WaveFileWriter> targe
       gone_(std::move(gone)),
       taken_away_(gone_ ? std::move(taken_away) : nullptr),
       now_(std::move(now)),
-      next_check_(now_() + kCheckInterval) {
+      last_asked_(now_()) {
   if (!target_->is_valid()) MarkInvalid();
 }
 
 void WatchedMessageWriter::WriteBlock(const int32_t* samples, int frames) {
+  const TimePoint began = now_();
   target_->Write(samples, frames);
   if (!taken_away_) return;
-  const TimePoint asked = now_();
-  if (asked < next_check_) return;
+  const TimePoint written = now_();
+  if (!asked_) asking_time_ = kWritesPerCheck * (written - began);
+  if (written - last_asked_ <
+      std::max<TimePoint::duration>(kCheckInterval, kWritingPerCheck * asking_time_)) {
+    return;
+  }
   const bool gone = gone_();
-  const TimePoint answered = now_();
-  next_check_ = answered + std::max<TimePoint::duration>(kCheckInterval,
-                                                         kWritingPerCheck * (answered - asked));
+  last_asked_ = now_();
+  asking_time_ = last_asked_ - written;
+  asked_ = true;
   if (gone) {
     std::function<void()> report = std::move(taken_away_);
     taken_away_ = nullptr;

@@ -12,16 +12,19 @@ namespace parlavox {
 
 // A message writer that notices when its file is taken from the callee's folder while
 // the call goes on (the callee's copy took it for finished, or somebody deleted it): it
-// asks `gone` after a write, at most once a second and for at most a fifth of the time
-// (a server far away takes three round trips to answer, and the sound must not wait
-// behind the asking), and calls `taken_away` once when it says so; a null `gone`
-// watches nothing. Everything else goes to `target`. `now` tells the time. Used on one
-// thread only.
+// asks `gone` after a write, and calls `taken_away` once when it says so; a null `gone`
+// watches nothing. The sound waits behind the asking, which on a server far away takes
+// three round trips, and the callee, who hears a message as it grows, then hears a
+// break: so it asks at most once a second and for at most a thirtieth of the time,
+// reckoning the asking, until it has asked once, at three times the last write (a
+// round trip).
+// Everything else goes to `target`. `now` tells the time. Used on one thread only.
 class WatchedMessageWriter : public WaveFileWriter {
  public:
   using TimePoint = std::chrono::steady_clock::time_point;
   static constexpr std::chrono::seconds kCheckInterval{1};
-  static constexpr int kWritingPerCheck = 4;  // times as long as the last asking took
+  static constexpr int kWritingPerCheck = 30;  // times as long as the asking takes
+  static constexpr int kWritesPerCheck = 3;
 
   WatchedMessageWriter(std::shared_ptr<WaveFileWriter> target, std::function<bool()> gone,
                        std::function<void()> taken_away, std::function<TimePoint()> now);
@@ -37,7 +40,9 @@ class WatchedMessageWriter : public WaveFileWriter {
   std::function<bool()> gone_;
   std::function<void()> taken_away_;
   std::function<TimePoint()> now_;
-  TimePoint next_check_;
+  TimePoint last_asked_;  // or made
+  TimePoint::duration asking_time_{};
+  bool asked_ = false;
 };
 
 // Whether the file now at `path` on the file system is gone: there is none there, or
