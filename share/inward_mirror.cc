@@ -22,6 +22,8 @@ constexpr size_t kReadPiece = 64 * 1024;
 // How near the end its header claims a copy may come before Follow reads the header
 // again: 8 s of a call's sound (a caller's header claims at least 16 s more than it has).
 constexpr int64_t kHeaderMargin = 8 * 11025 * 2;
+// A copy's time stamp where its header was not read with it: none a server gives.
+constexpr int64_t kHeaderNotRead = -1;
 
 bool IsMessageName(const std::string& name) {
   return name.size() >= 4 && strcasecmp(name.c_str() + name.size() - 4, ".wav") == 0;
@@ -30,6 +32,13 @@ bool IsMessageName(const std::string& name) {
 bool Exists(const std::string& path) {
   struct stat status {};
   return lstat(path.c_str(), &status) == 0;
+}
+
+// Whether the header of the copy open on `fd` is to be read again before the copy grows
+// to `end`: it claims an end not far beyond, or it is no header that can be read.
+bool HeaderDue(int fd, int64_t end) {
+  const std::optional<WaveLayout> layout = WalkWaveChunks(fd);
+  return !layout || end + kHeaderMargin >= layout->data_start + int64_t{layout->data_size};
 }
 
 bool WriteAt(int fd, const std::string& bytes, int64_t offset) {
@@ -114,9 +123,8 @@ bool InwardMirror::Follow() {
     const int fd = open(JoinPath(local_folder_, name).c_str(), O_RDWR | O_CLOEXEC);
     if (fd < 0) continue;  // heard or thrown away here: the next listing sees to it
     const int64_t end = copy.size + static_cast<int64_t>(more->size());
-    const std::optional<WaveLayout> layout = WalkWaveChunks(fd);
     bool written = true;
-    if (!layout || end + kHeaderMargin >= layout->data_start + int64_t{layout->data_size}) {
+    if (HeaderDue(fd, end)) {
       const std::optional<std::string> header =
           remote_.Read(name, 0, static_cast<size_t>(std::min(copy.size, kHeaderBytes)));
       written = header && WriteAt(fd, *header, 0);
@@ -142,13 +150,17 @@ InwardMirror::Copy InwardMirror::HeldOnceComplete(const std::string& name, const
 std::optional<InwardMirror::Copy> InwardMirror::CopyDown(const RemoteFolder::File& file,
                                                          int64_t from, const std::string& local) {
   const int fd =
-      open(local.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC | (from == 0 ? O_TRUNC : 0), 0600);
+      open(local.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | (from == 0 ? O_TRUNC : 0), 0600);
   if (fd < 0) return std::nullopt;
   Copy copy{from, file.modified_ns};
-  if (from > 0) {
+  if (from > 0 && (file.size == from || HeaderDue(fd, file.size))) {
     const std::optional<std::string> header =
         remote_.Read(file.name, 0, static_cast<size_t>(std::min(from, kHeaderBytes)));
     if (header) WriteAt(fd, *header, 0);
+  } else if (from > 0) {
+    // The header was not read: nor is the time stamp taken, so that the next listing,
+    // once the message has stopped growing, reads it.
+    copy.modified_ns = kHeaderNotRead;
   }
   while (copy.size < file.size) {
     const size_t want = static_cast<size_t>(std::min<int64_t>(file.size - copy.size, kReadPiece));

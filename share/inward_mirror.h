@@ -85,8 +85,9 @@ class InwardMirror {
     int64_t modified_ns = 0;
     bool held = false;  // on the server
   };
-  // Copies `file` into `local` from `from` on (0: afresh), with its header again; the
-  // copy as far as it got, nullopt when nothing could be copied.
+  // Copies `file` into `local` from `from` on (0: afresh), with its header again where
+  // the file stopped growing or the copy comes near the end its header claims; the copy
+  // as far as it got, nullopt when nothing could be copied.
   std::optional<Copy> CopyDown(const RemoteFolder::File& file, int64_t from,
                                const std::string& local);
   // `copy` held on the server once the local copy at `local` is complete.
