@@ -147,6 +147,15 @@ class CallProcessTest : public testing::Test {
     return {SpeechFound(speech, heard), LoudSpan(heard) - LoudSpan(speech)};
   }
 
+  // Whether playback broke off is judged where the threads run at their own pace:
+  // ThreadSanitizer slows each of them several times over, and a break of 10 to 40 ms
+  // there (now and then, on a busy machine) says nothing of the program.
+  static void ExpectNoBreak(const Heard& heard) {
+#ifndef PARLAVOX_THREAD_SANITIZER
+    EXPECT_NEAR(heard.lengthened, 0, 0.005);
+#endif
+  }
+
   bool InboxEmpty(const IntercomCopy& copy) {
     for (const auto& entry : std::filesystem::directory_iterator(copy.inward_folder())) {
       if (entry.path().extension() == ".wav") return false;
@@ -220,7 +229,7 @@ TEST_F(CallProcessTest, SpeechReachesTheCalleeTheReplyComesBackAndACallCannotCut
   // Heard whole and without a break, though it came a piece at a time as Ann spoke.
   const Heard by_ben = SpeechHeard(ben_speaker);
   EXPECT_GT(by_ben.score, 0.6) << ben_.log();
-  EXPECT_NEAR(by_ben.lengthened, 0, 0.005);
+  ExpectNoBreak(by_ben);
   const QJsonObject ben = ben_.Status();
   EXPECT_EQ(ben["previous_caller"].toInt(), ann_.OwnRecord().id);
   EXPECT_EQ(ben["status"].toString(), "<- Ann");
@@ -230,7 +239,7 @@ TEST_F(CallProcessTest, SpeechReachesTheCalleeTheReplyComesBackAndACallCannotCut
   ASSERT_TRUE(AllPlayed(ann_, 10s));
   const Heard by_ann = SpeechHeard(ann_speaker);
   EXPECT_GT(by_ann.score, 0.6) << ann_.log();
-  EXPECT_NEAR(by_ann.lengthened, 0, 0.005);
+  ExpectNoBreak(by_ann);
 
   // Ben hears a long message from Ann when she calls him again.
   ExpectACallAgainRefusedWhileHeard(MessageFromAnn(ben_.inward_folder()));
