@@ -1,9 +1,10 @@
 #include "share/presence_poller.h"
 
+#include <pthread.h>
 #include <sys/prctl.h>
 
-#include <future>
 #include <map>
+#include <thread>
 #include <vector>
 
 #include "words/share_name.h"
@@ -41,17 +42,22 @@ bool RefreshPresence(UsersCache& users, const RecordReader& read, std::set<std::
     }
   };
   {
-    std::vector<std::future<void>> reading;
+    std::vector<std::jthread> reading;
     size_t n = 0;
     for (const auto& [server, members] : servers) {
       if (server.empty()) continue;
-      reading.push_back(
-          std::async(std::launch::async, read_server, std::cref(members), &server_troubles[n++]));
+      reading.emplace_back(read_server, std::cref(members), &server_troubles[n++]);
     }
     if (const auto local = servers.find(""); local != servers.end()) {
       read_server(local->second, &server_troubles[n]);
     }
-  }  // the futures wait for their threads here
+    // The readers use this pass's state. A stop that waited too long ends this thread
+    // by force, but not while it waits for them: at the next point where it may.
+    int cancel_state = 0;
+    pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &cancel_state);
+    for (std::jthread& reader : reading) reader.join();
+    pthread_setcancelstate(cancel_state, nullptr);
+  }
   if (stopping && stopping()) return false;
   if (troubles != nullptr) {
     for (const std::string& trouble : server_troubles) {

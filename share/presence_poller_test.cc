@@ -1,5 +1,7 @@
 #include "share/presence_poller.h"
 
+#include <pthread.h>
+
 #include <atomic>
 #include <filesystem>
 #include <thread>
@@ -167,6 +169,43 @@ TEST_F(PresenceTest, AStopEndsAPassOnASlowServerAtTheNextUserAndTheCacheKeepsIts
   EXPECT_LT(std::chrono::steady_clock::now() - began, 1s);
   EXPECT_EQ(poster.posts, 0);
   EXPECT_EQ(Cached("on0"), std::nullopt);
+}
+
+// Servers that stopped answering hold a pass's readers for seconds each, longer than a
+// stop waits, and the stop then ends the polling thread by force while it waits for
+// them: it still waits for them (they use the pass's state), and the program goes on.
+TEST_F(PresenceTest, APassEndedByForceWhileItsReadersHangWaitsForThemAndDoesNotAbort) {
+#ifdef PARLAVOX_ADDRESS_SANITIZER
+  GTEST_SKIP() << "thread cancellation is not supported under AddressSanitizer";
+#endif
+  ListUser("\\\\hung-a\\s\\a", nullptr);
+  ListUser("\\\\hung-b\\s\\b", nullptr);
+  std::atomic<int> reading{0}, read{0};
+  std::atomic<bool> answer{false};
+  struct Pass {
+    UsersCache* users;
+    RecordReader read;
+  } pass{&users_, [&](UserRecord*, const std::string&, std::string*) {
+           ++reading;
+           while (!answer) std::this_thread::yield();
+           ++read;
+           return false;
+         }};
+  pthread_t thread;
+  ASSERT_EQ(pthread_create(
+                &thread, nullptr,
+                [](void* pass) -> void* {
+                  RefreshPresence(*static_cast<Pass*>(pass)->users, static_cast<Pass*>(pass)->read);
+                  return nullptr;
+                },
+                &pass),
+            0);
+  ASSERT_TRUE(Eventually([&] { return reading == 2; }));
+  pthread_cancel(thread);
+  std::this_thread::sleep_for(100ms);  // for the cancellation to reach the thread first
+  answer = true;
+  ASSERT_EQ(pthread_join(thread, nullptr), 0);
+  EXPECT_EQ(read, 2);
 }
 
 }  // namespace
