@@ -106,7 +106,7 @@ class Session {
   ShareInboxWatcher watcher_{local_watcher_, smb_, poster_};
   PresencePoller poller_{
       users_, poster_, [this](UserRecord* record, const std::string& folder, std::string* trouble) {
-        return ReadRecordInFolder(smb_, record, folder, trouble);
+        return ReadRecordInFolder(smb_, record, folder, trouble, /*background=*/true);
       }};
   Intercom intercom_;
   KeyAssignments keys_{settings_, users_};

@@ -1,17 +1,21 @@
 #include "share/folder_access.h"
 
+#include <cerrno>
+
 #include "util/paths.h"
 
 namespace parlavox {
 
 bool ReadRecordInFolder(SmbConnections& smb, UserRecord* record, const std::string& folder,
-                        std::string* trouble) {
+                        std::string* trouble, bool background) {
   const std::optional<ShareLocation> share = ParseShareName(folder);
   if (!share) return ReadUserRecord(record, JoinPath(folder, kUserRecordFileName));
   SmbConnection& connection = smb.For(*share);
-  int error = 0;
-  const std::optional<std::string> bytes =
-      connection.ReadAt(SmbUrl(*share, kUserRecordFileName), 0, kUserRecordSize, &error);
+  int error = ETIMEDOUT;
+  std::optional<std::string> bytes;
+  if (!background || connection.AnsweredLately()) {
+    bytes = connection.ReadAt(SmbUrl(*share, kUserRecordFileName), 0, kUserRecordSize, &error);
+  }
   if (!bytes) {
     if (trouble != nullptr) *trouble = connection.Trouble(error, *share);
     return false;

@@ -13,9 +13,10 @@ namespace parlavox {
 // the file system (a local or mounted folder) or on an SMB share ("\\host\share\path",
 // "smb://host/share/path") through `smb`. As ReadUserRecord: the bytes read replace
 // the record's; false when it can't be read, and then, where the server is to blame,
-// `trouble` says so (SmbConnection::Trouble).
+// `trouble` says so (SmbConnection::Trouble). A reader in the `background` first asks
+// whether the server answered lately (SmbConnection::AnsweredLately).
 bool ReadRecordInFolder(SmbConnections& smb, UserRecord* record, const std::string& folder,
-                        std::string* trouble = nullptr);
+                        std::string* trouble = nullptr, bool background = false);
 // Writes the record into `folder`, named either way; false when it can't be written.
 bool WriteRecordInFolder(SmbConnections& smb, const UserRecord& record, const std::string& folder);
 

@@ -4,6 +4,7 @@
 #include <libsmbclient.h>
 
 #include <netdb.h>
+#include <netinet/in.h>
 #include <poll.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
@@ -11,8 +12,10 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <charconv>
 #include <cstring>
 #include <deque>
+#include <filesystem>
 #include <thread>
 
 #include "share/samba_threads.h"
@@ -44,8 +47,9 @@ std::string NegotiateRequest() {
 
 // Whether the server at `host`:`port` takes a TCP connection and answers an SMB
 // negotiation on it within `limit`: a machine that hangs takes connections and never
-// answers.
-bool AnswersSmb(const std::string& host, int port, std::chrono::milliseconds limit) {
+// answers. `tried` gets the addresses that the host's name stands for.
+bool AnswersSmb(const std::string& host, int port, std::chrono::milliseconds limit,
+                std::vector<sockaddr_storage>* tried) {
   const auto deadline = std::chrono::steady_clock::now() + limit;
   const auto ready = [&](int fd, short events) {
     const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(
@@ -57,6 +61,11 @@ bool AnswersSmb(const std::string& host, int port, std::chrono::milliseconds lim
   hints.ai_socktype = SOCK_STREAM;
   addrinfo* found = nullptr;
   if (getaddrinfo(host.c_str(), std::to_string(port).c_str(), &hints, &found) != 0) return false;
+  for (addrinfo* address = found; address != nullptr; address = address->ai_next) {
+    sockaddr_storage copy{};
+    std::memcpy(&copy, address->ai_addr, std::min<size_t>(address->ai_addrlen, sizeof copy));
+    tried->push_back(copy);
+  }
   bool answered = false;
   const std::string request = NegotiateRequest();
   for (addrinfo* address = found; address != nullptr && !answered; address = address->ai_next) {
@@ -76,6 +85,45 @@ bool AnswersSmb(const std::string& host, int port, std::chrono::milliseconds lim
   }
   freeaddrinfo(found);
   return answered;
+}
+
+// Whether the socket address `peer` is `port` of one of `addresses`.
+bool IsPeer(const sockaddr_storage& peer, const std::vector<sockaddr_storage>& addresses,
+            int port) {
+  for (const sockaddr_storage& address : addresses) {
+    if (peer.ss_family != address.ss_family) continue;
+    if (peer.ss_family == AF_INET) {
+      const auto& a = reinterpret_cast<const sockaddr_in&>(peer);
+      const auto& b = reinterpret_cast<const sockaddr_in&>(address);
+      if (ntohs(a.sin_port) == port && a.sin_addr.s_addr == b.sin_addr.s_addr) return true;
+    } else if (peer.ss_family == AF_INET6) {
+      const auto& a = reinterpret_cast<const sockaddr_in6&>(peer);
+      const auto& b = reinterpret_cast<const sockaddr_in6&>(address);
+      if (ntohs(a.sin6_port) == port &&
+          std::memcmp(&a.sin6_addr, &b.sin6_addr, sizeof a.sin6_addr) == 0) {
+        return true;
+      }
+    }
+  }
+  return false;
+}
+
+// Shuts for reading this process's connections to `port` of any of `addresses`, which
+// the library keeps without telling which: whatever waits on them for an answer from
+// that server ends at once, having read the end.
+void StopReadingFrom(const std::vector<sockaddr_storage>& addresses, int port) {
+  std::error_code error;
+  for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd", error)) {
+    int fd = -1;
+    const std::string name = entry.path().filename();
+    if (std::from_chars(name.data(), name.data() + name.size(), fd).ec != std::errc()) continue;
+    sockaddr_storage peer{};
+    socklen_t size = sizeof peer;
+    if (getpeername(fd, reinterpret_cast<sockaddr*>(&peer), &size) == 0 &&
+        IsPeer(peer, addresses, port)) {
+      shutdown(fd, SHUT_RD);
+    }
+  }
 }
 
 // Whether `error` says that the connection went away under an operation: the server or
@@ -240,7 +288,14 @@ SmbConnection::SmbConnection(const ShareLocation& server, CredentialsFile creden
 
 SmbConnection::~SmbConnection() {
   Turn turn(counts_as_use_);
-  if (context_ != nullptr) smbc_free_context(context_, 1);
+  if (context_ == nullptr) return;
+  // The library takes leave of the server and waits for its answer, the time-out long
+  // where none comes: from a server that stopped answering, none is waited for.
+  if (!known_to_answer_) {
+    MutexLock lock(addresses_mutex_);
+    StopReadingFrom(addresses_, port_);
+  }
+  smbc_free_context(context_, 1);
 }
 
 std::optional<std::string> SmbConnection::ReadAt(const std::string& url, int64_t offset,
@@ -486,13 +541,27 @@ bool SmbConnection::MayAnswer() {
   using Clock = std::chrono::steady_clock;
   const Clock::time_point asked = Clock::now();
   if (asked.time_since_epoch().count() < unasked_until_) return false;
-  if (!AnswersSmb(host_, port_, kTimeout / 3)) {
+  std::vector<sockaddr_storage> addresses;
+  const bool answered = AnswersSmb(host_, port_, kTimeout / 3, &addresses);
+  if (!addresses.empty()) {  // where the name could not be looked up, the last ones stand
+    MutexLock lock(addresses_mutex_);
+    addresses_ = std::move(addresses);
+  }
+  if (!answered) {
     const Clock::time_point now = Clock::now();  // a refusal comes at once: ask again soon
     unasked_until_ = (now + (now - asked)).time_since_epoch().count();
     return false;
   }
+  answered_at_ = Clock::now().time_since_epoch().count();
   known_to_answer_ = true;
   return true;
+}
+
+bool SmbConnection::AnsweredLately() {
+  const auto since = std::chrono::steady_clock::now().time_since_epoch() -
+                     std::chrono::steady_clock::duration(answered_at_.load());
+  if (since >= kTimeout) known_to_answer_ = false;
+  return MayAnswer();
 }
 
 int SmbConnection::Noted(int error) {

@@ -1,6 +1,8 @@
 #ifndef PARLAVOX_SHARE_SMB_CONNECTION_H_
 #define PARLAVOX_SHARE_SMB_CONNECTION_H_
 
+#include <sys/socket.h>
+
 #include <atomic>
 #include <chrono>
 #include <functional>
@@ -27,7 +29,8 @@ namespace parlavox {
 // after the time-out and keeps the connection for the next. Before its first turn, and
 // again after it did not answer, a server is asked outside the turns whether it answers an
 // SMB negotiation (for a third of the time-out, and not again for as long); until it does,
-// operations on it fail with ETIMEDOUT, so a dead or hung server holds up nobody's turn. The
+// operations on it fail with ETIMEDOUT, so a dead or hung server holds up nobody's turn, and
+// the connection to it ends without the farewell that would wait for its answer. The
 // account is the one `credentials` names for the host when the server asks, read afresh each time
 // it asks, so a password put right is used at the next attempt. Errors are errno values, as the
 // library sets them.
@@ -74,6 +77,13 @@ class SmbConnection {
   // once when the server can't report changes. Use a background connection for it.
   bool WaitForChange(const std::string& folder_url, std::chrono::milliseconds limit,
                      std::chrono::milliseconds look, const std::function<bool()>& interrupted);
+
+  // Whether the server answered a negotiation within the time-out, or answers one now,
+  // asked outside the turns (as before a first turn). Work that looks at many servers in
+  // the background asks this first, so that a server that stopped answering since (a
+  // colleague's machine gone to sleep) costs it a third of the time-out, and not every
+  // other operation of the program the library's time-outs in its turn.
+  bool AnsweredLately();
 
   // The sentence a person hears when an operation in `where` failed with `error`
   // because of the server (it does not answer, or refuses the account: the share
@@ -152,6 +162,9 @@ class SmbConnection {
   const int port_;
   std::atomic<bool> known_to_answer_{false};  // answered a negotiation, and nothing since
   std::atomic<std::chrono::steady_clock::rep> unasked_until_{0};  // after one it did not
+  std::atomic<std::chrono::steady_clock::rep> answered_at_{0};    // the last negotiation
+  Mutex addresses_mutex_;
+  std::vector<sockaddr_storage> addresses_ GUARDED_BY(addresses_mutex_);  // the host's, last asked
   const bool counts_as_use_;
   const CredentialsFile credentials_file_;
   Credentials account_ GUARDED_BY(library_);       // as last given

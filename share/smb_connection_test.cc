@@ -1,5 +1,6 @@
 #include "share/smb_connection.h"
 
+#include <signal.h>
 #include <sys/stat.h>
 
 #include <atomic>
@@ -9,6 +10,7 @@
 #include <gtest/gtest.h>
 
 #include "share/credentials.h"
+#include "share/folder_access.h"
 #include "share/samba_server_test_util.h"
 #include "share/samba_threads.h"
 #include "util/child_process_test_util.h"
@@ -95,6 +97,17 @@ class SambaShareTest : public testing::Test {
   }
   void SetUp() override { ASSERT_TRUE(samba_->Answers(std::chrono::seconds(10))) << samba_->log(); }
 
+  // A relay from `from` to the server, which can be stopped and killed.
+  static std::unique_ptr<ChildProcess> StartRelay(const std::string& from) {
+    auto started = std::make_unique<ChildProcess>(
+        std::vector<std::string>{"/usr/bin/python3", PARLAVOX_TCP_RELAY, from, "127.0.0.1:445",
+                                 "0"},
+        std::vector<std::string>{"PATH=/usr/bin:/bin"}, *scratch_ / "relay.out",
+        *scratch_ / "relay.err");
+    EXPECT_TRUE(Eventually([&] { return FileText(*scratch_ / "relay.out") == "relaying\n"; }));
+    return started;
+  }
+
   static inline ScratchFolder* scratch_;
   static inline SambaServer* samba_;
   SmbConnections connections_{CredentialsFile("/nonexistent/credentials.ini")};
@@ -171,15 +184,7 @@ TEST_F(SambaShareTest, AFileHeldAgainstWritingIsBusyForOthersUntilLetGo) {
 // loses nothing when its connection is dropped or its server is away for a while, and a
 // server that stopped answering is used again as soon as it answers.
 TEST_F(SambaShareTest, AMessageGoesOnWhereItWasOnceTheConnectionOrTheServerIsBack) {
-  const auto relay = [&] {
-    auto started = std::make_unique<ChildProcess>(
-        std::vector<std::string>{"/usr/bin/python3", PARLAVOX_TCP_RELAY, "127.0.0.1:4452",
-                                 "127.0.0.1:445", "0"},
-        std::vector<std::string>{"PATH=/usr/bin:/bin"}, *scratch_ / "relay.out",
-        *scratch_ / "relay.err");
-    EXPECT_TRUE(Eventually([&] { return FileText(*scratch_ / "relay.out") == "relaying\n"; }));
-    return started;
-  };
+  const auto relay = [] { return StartRelay("127.0.0.1:4452"); };
   const ShareLocation relayed = *ParseShareName("smb://127.0.0.1:4452/office/inward");
   SmbConnection& connection = connections_.For(relayed);
   const std::string url = SmbUrl(relayed, "ParlavoxUserData");
@@ -202,6 +207,32 @@ TEST_F(SambaShareTest, AMessageGoesOnWhereItWasOnceTheConnectionOrTheServerIsBac
   EXPECT_TRUE(message->WriteAt("mnop", 4, 12));
   EXPECT_TRUE(message->Close());
   EXPECT_EQ(FileText(*scratch_ / "office/inward/7.wav"), "abcdefghijklmnop");
+}
+
+// A server that stopped answering after it was read (a colleague's machine gone to
+// sleep). A presence read in the background finds out outside the library's turns,
+// where the library's time-outs would hold up every other server's work, and leaving
+// the server waits for no farewell.
+TEST_F(SambaShareTest, AServerThatStoppedAnsweringHoldsUpNobodyAndIsLeftAtOnce) {
+  const std::unique_ptr<ChildProcess> relay = StartRelay("127.0.0.1:4453");
+  const std::string folder = "smb://127.0.0.1:4453/office/inward";
+  WriteFileText(*scratch_ / "office/inward/ParlavoxUserData", std::string(kUserRecordSize, 'r'));
+  auto smb = std::make_unique<SmbConnections>(CredentialsFile("/nonexistent/credentials.ini"));
+  UserRecord record;
+  std::string trouble;
+  ASSERT_TRUE(ReadRecordInFolder(*smb, &record, folder, &trouble, /*background=*/true));
+
+  relay->Signal(SIGSTOP);
+  // What answered within the time-out counts as answering still.
+  std::this_thread::sleep_for(SmbConnection::kTimeout);
+  const auto began = std::chrono::steady_clock::now();
+  EXPECT_FALSE(ReadRecordInFolder(*smb, &record, folder, &trouble, /*background=*/true));
+  EXPECT_LT(std::chrono::steady_clock::now() - began, SmbConnection::kTimeout);
+  EXPECT_EQ(trouble, "Server 127.0.0.1 does not answer");
+  const auto leaving = std::chrono::steady_clock::now();
+  smb.reset();
+  EXPECT_LT(std::chrono::steady_clock::now() - leaving, SmbConnection::kTimeout / 2);
+  relay->Signal(SIGCONT);
 }
 
 }  // namespace
