@@ -536,8 +536,15 @@ std::string SmbConnection::Trouble(int error, const ShareLocation& where) {
   }
 }
 
-bool SmbConnection::MayAnswer() {
-  if (known_to_answer_) return true;
+bool SmbConnection::MayAnswer() { return known_to_answer_ || AnswersNow(); }
+
+bool SmbConnection::AnsweredLately() {
+  const auto since = std::chrono::steady_clock::now().time_since_epoch() -
+                     std::chrono::steady_clock::duration(answered_at_.load());
+  return (known_to_answer_ && since < kTimeout) || AnswersNow();
+}
+
+bool SmbConnection::AnswersNow() {
   using Clock = std::chrono::steady_clock;
   const Clock::time_point asked = Clock::now();
   if (asked.time_since_epoch().count() < unasked_until_) return false;
@@ -547,21 +554,14 @@ bool SmbConnection::MayAnswer() {
     MutexLock lock(addresses_mutex_);
     addresses_ = std::move(addresses);
   }
+  const Clock::time_point now = Clock::now();
+  known_to_answer_ = answered;
   if (!answered) {
-    const Clock::time_point now = Clock::now();  // a refusal comes at once: ask again soon
-    unasked_until_ = (now + (now - asked)).time_since_epoch().count();
+    unasked_until_ = (now + (now - asked)).time_since_epoch().count();  // a refusal: soon
     return false;
   }
-  answered_at_ = Clock::now().time_since_epoch().count();
-  known_to_answer_ = true;
+  answered_at_ = now.time_since_epoch().count();
   return true;
-}
-
-bool SmbConnection::AnsweredLately() {
-  const auto since = std::chrono::steady_clock::now().time_since_epoch() -
-                     std::chrono::steady_clock::duration(answered_at_.load());
-  if (since >= kTimeout) known_to_answer_ = false;
-  return MayAnswer();
 }
 
 int SmbConnection::Noted(int error) {

@@ -120,10 +120,13 @@ class SmbConnection {
                           int password_size);
 
   // Whether the server may answer now: nothing failed since it last answered a negotiation,
-  // or it answers one now. One that did not answer is not asked again for as long as the
-  // asking took, so that the operations queued for a hung server fail at once rather than
-  // a second each.
+  // or it answers one now (AnswersNow).
   bool MayAnswer();
+  // Whether the server answers a negotiation now, asked outside the turns for a third of
+  // the time-out. One that did not answer is not asked again for as long as the asking
+  // took, so that the operations queued for a hung server fail at once rather than a
+  // second each.
+  bool AnswersNow();
   // Notes an operation's error that says the server does not answer; returns it.
   int Noted(int error);
 
