@@ -39,6 +39,9 @@ class RemoteFolder {
   // server can't report changes.
   virtual bool WaitForChange(std::chrono::milliseconds limit, std::chrono::milliseconds look,
                              const std::function<bool()>& interrupted) = 0;
+  // Called from another thread when the one that uses the folder is to stop: where the
+  // server does not answer, whatever waits on it ends at once.
+  virtual void LetGoIfSilent() {}
 };
 
 // Where the messages of the own inward folder are played from: the folder itself, or

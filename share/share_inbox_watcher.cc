@@ -58,6 +58,7 @@ class SmbRemoteFolder : public RemoteFolder {
                      const std::function<bool()>& interrupted) override {
     return notifying_->WaitForChange(SmbUrl(location_), limit, look, interrupted);
   }
+  void LetGoIfSilent() override { notifying_->CutOffIfSilent(); }  // both: one server
 
  private:
   std::unique_ptr<SmbConnection> connection_;
@@ -87,6 +88,9 @@ class ShareInboxWatcher::MirrorThread : public WorkerThread {
 
  protected:
   void OnThreadStart() override { prctl(PR_SET_NAME, "parlavox-mirror"); }
+  // A server that hangs would hold the thread in the library's time-outs beyond the
+  // time a stop waits for it.
+  void OnStopRequested() override { remote_->LetGoIfSilent(); }
   void Run() override {
     mirror_.ClearRemote();
     bool usable = true;

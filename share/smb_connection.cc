@@ -291,10 +291,7 @@ SmbConnection::~SmbConnection() {
   if (context_ == nullptr) return;
   // The library takes leave of the server and waits for its answer, the time-out long
   // where none comes: from a server that stopped answering, none is waited for.
-  if (!known_to_answer_) {
-    MutexLock lock(addresses_mutex_);
-    StopReadingFrom(addresses_, port_);
-  }
+  if (!known_to_answer_) CutOff();
   smbc_free_context(context_, 1);
 }
 
@@ -522,18 +519,15 @@ std::string SmbConnection::Trouble(int error, const ShareLocation& where) {
       return "";
     }
   }
-  Turn turn(counts_as_use_);
-  switch (error) {
-    case EPERM:
-    case EACCES:
-      return RefusalSentence(host_, account_.username,
-                             !account_note_.empty() ? account_note_
-                             : account_.username.empty()
-                                 ? "give it a user name and password in credentials.ini"
-                                 : "wrong user name or password");
-    default:
-      return IsServerError(error) ? "Server " + host_ + " does not answer" : "";
+  if (error != EPERM && error != EACCES) {
+    return IsServerError(error) ? "Server " + host_ + " does not answer" : "";
   }
+  Turn turn(counts_as_use_);  // for the account last given
+  return RefusalSentence(host_, account_.username,
+                         !account_note_.empty() ? account_note_
+                         : account_.username.empty()
+                             ? "give it a user name and password in credentials.ini"
+                             : "wrong user name or password");
 }
 
 bool SmbConnection::MayAnswer() { return known_to_answer_ || AnswersNow(); }
@@ -562,6 +556,15 @@ bool SmbConnection::AnswersNow() {
   }
   answered_at_ = now.time_since_epoch().count();
   return true;
+}
+
+void SmbConnection::CutOffIfSilent() {
+  if (!AnswersNow()) CutOff();
+}
+
+void SmbConnection::CutOff() {
+  MutexLock lock(addresses_mutex_);
+  StopReadingFrom(addresses_, port_);
 }
 
 int SmbConnection::Noted(int error) {

@@ -84,6 +84,11 @@ class SmbConnection {
   // colleague's machine gone to sleep) costs it a third of the time-out, and not every
   // other operation of the program the library's time-outs in its turn.
   bool AnsweredLately();
+  // Where the server does not answer a negotiation now, ends at once whatever waits on
+  // this process's connections to it (an operation that would wait out the library's
+  // time-outs fails as where the connection dropped), so that a thread that is to stop
+  // can. Safe from any thread: it takes no turn.
+  void CutOffIfSilent();
 
   // The sentence a person hears when an operation in `where` failed with `error`
   // because of the server (it does not answer, or refuses the account: the share
@@ -127,6 +132,8 @@ class SmbConnection {
   // took, so that the operations queued for a hung server fail at once rather than a
   // second each.
   bool AnswersNow();
+  // Ends whatever waits for an answer on this process's connections to the server.
+  void CutOff();
   // Notes an operation's error that says the server does not answer; returns it.
   int Noted(int error);
 

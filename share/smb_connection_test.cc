@@ -211,7 +211,9 @@ TEST_F(SambaShareTest, AMessageGoesOnWhereItWasOnceTheConnectionOrTheServerIsBac
 
 // A server that stopped answering after it was read (a colleague's machine gone to
 // sleep). A presence read in the background finds out outside the library's turns,
-// where the library's time-outs would hold up every other server's work, and leaving
+// where the library's time-outs would hold up every other server's work (and waits for
+// no turn to say so); a wait for
+// changes on it ends at once when cut off, as for a thread that is to stop; and leaving
 // the server waits for no farewell.
 TEST_F(SambaShareTest, AServerThatStoppedAnsweringHoldsUpNobodyAndIsLeftAtOnce) {
   const std::unique_ptr<ChildProcess> relay = StartRelay("127.0.0.1:4453");
@@ -221,14 +223,38 @@ TEST_F(SambaShareTest, AServerThatStoppedAnsweringHoldsUpNobodyAndIsLeftAtOnce) 
   UserRecord record;
   std::string trouble;
   ASSERT_TRUE(ReadRecordInFolder(*smb, &record, folder, &trouble, /*background=*/true));
+  const ShareLocation relayed = *ParseShareName(folder);
+  const std::unique_ptr<SmbConnection> watching = smb->NewBackground(relayed);
+  ASSERT_TRUE(watching->List(SmbUrl(relayed)));
 
+  std::atomic<bool> waited = false;
+  std::thread waiter([&] {
+    watching->WaitForChange(SmbUrl(relayed), std::chrono::seconds(30), std::chrono::seconds(3),
+                            [] { return false; });
+    waited = true;
+  });
+  std::this_thread::sleep_for(std::chrono::milliseconds(500));  // for the wait to be asked
   relay->Signal(SIGSTOP);
   // What answered within the time-out counts as answering still.
   std::this_thread::sleep_for(SmbConnection::kTimeout);
+  // The read needs no turn either: another operation holds it meanwhile.
+  std::atomic<bool> holding = false, read = false;
+  std::thread holder([&] {
+    const SmbConnection::Turn turn(true);
+    holding = true;
+    Eventually([&] { return read.load(); }, std::chrono::seconds(6));
+  });
+  ASSERT_TRUE(Eventually([&] { return holding.load(); }));
   const auto began = std::chrono::steady_clock::now();
   EXPECT_FALSE(ReadRecordInFolder(*smb, &record, folder, &trouble, /*background=*/true));
   EXPECT_LT(std::chrono::steady_clock::now() - began, SmbConnection::kTimeout);
+  read = true;
+  holder.join();
   EXPECT_EQ(trouble, "Server 127.0.0.1 does not answer");
+
+  watching->CutOffIfSilent();
+  EXPECT_TRUE(Eventually([&] { return waited.load(); }, SmbConnection::kTimeout / 2));
+  waiter.join();
   const auto leaving = std::chrono::steady_clock::now();
   smb.reset();
   EXPECT_LT(std::chrono::steady_clock::now() - leaving, SmbConnection::kTimeout / 2);
