@@ -90,7 +90,7 @@ class ShareInboxWatcher::MirrorThread : public WorkerThread {
   void OnThreadStart() override { prctl(PR_SET_NAME, "parlavox-mirror"); }
   // A server that hangs would hold the thread in the library's time-outs beyond the
   // time a stop waits for it.
-  void OnStopRequested() override { remote_->LetGoIfSilent(); }
+  void OnStopOverdue() override { remote_->LetGoIfSilent(); }
   void Run() override {
     mirror_.ClearRemote();
     bool usable = true;

@@ -11,8 +11,6 @@
 namespace parlavox {
 namespace {
 
-constexpr std::chrono::milliseconds kStopGrace{5000};
-
 timespec DeadlineAfter(std::chrono::milliseconds delay) {
   timespec now{};
   clock_gettime(CLOCK_REALTIME, &now);
@@ -103,10 +101,14 @@ void WorkerThread::RequestStop() {
 void WorkerThread::Stop() {
   RequestStop();
   if (!thread_) return;
-  const timespec deadline = DeadlineAfter(kStopGrace);
-  if (pthread_timedjoin_np(*thread_, nullptr, &deadline) == ETIMEDOUT) {
-    pthread_cancel(*thread_);
-    pthread_join(*thread_, nullptr);
+  const timespec overdue = DeadlineAfter(kStopOverdue);
+  if (pthread_timedjoin_np(*thread_, nullptr, &overdue) == ETIMEDOUT) {
+    OnStopOverdue();
+    const timespec deadline = DeadlineAfter(kStopGrace - kStopOverdue);
+    if (pthread_timedjoin_np(*thread_, nullptr, &deadline) == ETIMEDOUT) {
+      pthread_cancel(*thread_);
+      pthread_join(*thread_, nullptr);
+    }
   }
   thread_.reset();
 }

@@ -17,7 +17,8 @@ namespace parlavox {
 //
 // The owner calls Start, Stop and IsRunning from one thread. Stop asks
 // first and forces second: it sets the stop event, waits up to 5 s for the body to
-// return, then cancels the thread, in which case OnThreadEnd is not called.
+// return (calling OnStopOverdue after the first second), then cancels the thread, in
+// which case OnThreadEnd is not called.
 //
 // A derived Run loops until the stop event is set, and every wait in it either waits
 // on the stop event (WaitForStop) or is bounded and followed by a look at it.
@@ -43,6 +44,8 @@ class WorkerThread {
   // Sets the stop event and ends the thread: waits 5000 ms for Run to return, then
   // cancels it. The event stays set.
   void Stop();
+  static constexpr std::chrono::milliseconds kStopGrace{5000};
+  static constexpr std::chrono::milliseconds kStopOverdue{1000};
   // Sets the stop event without waiting for the thread to end.
   void RequestStop();
 
@@ -64,6 +67,9 @@ class WorkerThread {
   // Called on the owner's thread each time a stop is asked for, so that a body that
   // waits on something of its own can be woken.
   virtual void OnStopRequested() {}
+  // Called on the owner's thread when Stop has waited kStopOverdue for the body in vain,
+  // so that a body held in a wait that can be cut short only at some cost can be.
+  virtual void OnStopOverdue() {}
 
  private:
   struct Launch;

@@ -22,7 +22,7 @@ using Clock = std::chrono::steady_clock;
 // returns at once, or ignores the event altogether.
 class ProbeThread : public WorkerThread {
  public:
-  enum class Body { kWaitForStop, kReturnAtOnce, kIgnoreStop };
+  enum class Body { kWaitForStop, kReturnAtOnce, kIgnoreStop, kDeafUntilOverdue };
   explicit ProbeThread(Body body) : body_(body) {}
   ~ProbeThread() override { Stop(); }
 
@@ -30,6 +30,7 @@ class ProbeThread : public WorkerThread {
   std::atomic<int> ends{0};
   std::atomic<bool> stop_seen_at_start{false};
   std::atomic<int> nice_in_body{99};
+  std::atomic<int> overdue{0};
 
  protected:
   void OnThreadStart() override {
@@ -48,9 +49,12 @@ class ProbeThread : public WorkerThread {
         break;
       case Body::kIgnoreStop:
         for (;;) std::this_thread::sleep_for(10ms);
+      case Body::kDeafUntilOverdue:
+        while (overdue == 0) std::this_thread::sleep_for(10ms);
     }
   }
   void OnThreadEnd() override { ++ends; }
+  void OnStopOverdue() override { ++overdue; }
 
  private:
   Body body_;
@@ -70,12 +74,22 @@ TEST(WorkerThreadTest, StartClearsAnOldStopIsNeverDoubledAndRestartsAfterTheBody
   waiting.Stop();
   EXPECT_FALSE(waiting.IsRunning());
   EXPECT_EQ(waiting.ends, 1);
+  EXPECT_EQ(waiting.overdue, 0);  // it ended when asked
 
   ProbeThread quick(ProbeThread::Body::kReturnAtOnce);
   ASSERT_TRUE(quick.Start(0));
   ASSERT_TRUE(Eventually([&] { return !quick.IsRunning(); }));
   ASSERT_TRUE(quick.Start(0));  // the ended thread is joined and a fresh one starts
   ASSERT_TRUE(Eventually([&] { return quick.starts == 2 && quick.ends == 2; }));
+}
+
+TEST(WorkerThreadTest, BodyThatMissesTheStopIsToldItIsOverdueBeforeItIsEndedByForce) {
+  ProbeThread deaf(ProbeThread::Body::kDeafUntilOverdue);
+  ASSERT_TRUE(deaf.Start(0));
+  ASSERT_TRUE(Eventually([&] { return deaf.starts == 1; }));
+  deaf.Stop();
+  EXPECT_EQ(deaf.overdue, 1);
+  EXPECT_EQ(deaf.ends, 1);  // it ended by itself
 }
 
 TEST(WorkerThreadTest, BodyThatIgnoresStopIsEndedWithoutOnThreadEnd) {
@@ -93,6 +107,7 @@ TEST(WorkerThreadTest, BodyThatIgnoresStopIsEndedWithoutOnThreadEnd) {
   stubborn.Stop();
   EXPECT_GE(Clock::now() - began, 5000ms);
   EXPECT_FALSE(stubborn.IsRunning());
+  EXPECT_EQ(stubborn.overdue, 1);
   EXPECT_EQ(stubborn.ends, 0);
 }
 
