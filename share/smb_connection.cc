@@ -551,7 +551,8 @@ bool SmbConnection::AnswersNow() {
   const Clock::time_point now = Clock::now();
   known_to_answer_ = answered;
   if (!answered) {
-    unasked_until_ = (now + (now - asked)).time_since_epoch().count();  // a refusal: soon
+    // Not asked again for as long as the asking took (a refusal comes at once: soon).
+    unasked_until_ = (now + (now - asked)).time_since_epoch().count();
     return false;
   }
   answered_at_ = now.time_since_epoch().count();
