@@ -58,7 +58,8 @@ class SmbRemoteFolder : public RemoteFolder {
                      const std::function<bool()>& interrupted) override {
     return notifying_->WaitForChange(SmbUrl(location_), limit, look, interrupted);
   }
-  void LetGoIfSilent() override { notifying_->CutOffIfSilent(); }  // both: one server
+  // The cut reaches both connections: they go to one server.
+  void LetGoIfSilent() override { notifying_->CutOffIfSilent(); }
 
  private:
   std::unique_ptr<SmbConnection> connection_;

@@ -11,6 +11,9 @@
 namespace parlavox {
 namespace {
 
+constexpr std::chrono::milliseconds kStopGrace{5000};
+constexpr std::chrono::milliseconds kStopOverdue{1000};  // when the body is told
+
 timespec DeadlineAfter(std::chrono::milliseconds delay) {
   timespec now{};
   clock_gettime(CLOCK_REALTIME, &now);

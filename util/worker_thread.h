@@ -44,8 +44,6 @@ class WorkerThread {
   // Sets the stop event and ends the thread: waits 5000 ms for Run to return, then
   // cancels it. The event stays set.
   void Stop();
-  static constexpr std::chrono::milliseconds kStopGrace{5000};
-  static constexpr std::chrono::milliseconds kStopOverdue{1000};
   // Sets the stop event without waiting for the thread to end.
   void RequestStop();
 
@@ -67,7 +65,7 @@ class WorkerThread {
   // Called on the owner's thread each time a stop is asked for, so that a body that
   // waits on something of its own can be woken.
   virtual void OnStopRequested() {}
-  // Called on the owner's thread when Stop has waited kStopOverdue for the body in vain,
+  // Called on the owner's thread when Stop has waited a second for the body in vain,
   // so that a body held in a wait that can be cut short only at some cost can be.
   virtual void OnStopOverdue() {}
 
