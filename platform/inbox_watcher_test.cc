@@ -2,7 +2,6 @@
 
 #include <atomic>
 #include <filesystem>
-#include <fstream>
 #include <mutex>
 #include <thread>
 
@@ -12,26 +11,12 @@
 #include "util/eventually_test_util.h"
 #include "util/file_io.h"
 #include "util/scratch_folder_test_util.h"
+#include "util/thread_activity_test_util.h"
 
 namespace parlavox {
 namespace {
 
 using namespace std::chrono_literals;
-
-// How often the thread named `name` in this process has gone to sleep; -1 when there
-// is no such thread.
-long VoluntarySwitches(const std::string& name) {
-  for (const auto& task : std::filesystem::directory_iterator("/proc/self/task")) {
-    std::ifstream status(task.path() / "status");
-    std::string line;
-    std::getline(status, line);
-    if (line != "Name:\t" + name) continue;
-    while (std::getline(status, line)) {
-      if (line.starts_with("voluntary_ctxt_switches:")) return std::stol(line.substr(24));
-    }
-  }
-  return -1;
-}
 
 TEST(InboxWatcherTest, EveryKindOfNameChangeIsReportedAndStopIsPrompt) {
   ScratchFolder folder;
@@ -42,10 +27,12 @@ TEST(InboxWatcherTest, EveryKindOfNameChangeIsReportedAndStopIsPrompt) {
   std::this_thread::sleep_for(100ms);
   EXPECT_EQ(poster.posts, 0);
 
-  // Idle, the watcher sleeps without waking now and then.
-  const long switches = VoluntarySwitches("parlavox-watch");
+  // Idle, the watcher sleeps without waking now and then, and without spinning.
+  const pid_t watching = ThreadNamed("parlavox-watch");
+  ASSERT_NE(watching, 0);
+  const ThreadActivity before = ActivityOf(watching);
   std::this_thread::sleep_for(500ms);
-  EXPECT_EQ(VoluntarySwitches("parlavox-watch"), switches);
+  EXPECT_EQ(ActivityOf(watching), before);
 
   WriteFileText(folder / "42.wav", "x");  // a message arrives
   ASSERT_TRUE(Eventually([&] { return poster.posts >= 1; }, 2s));

@@ -3,7 +3,6 @@
 #include <unistd.h>
 
 #include <chrono>
-#include <fstream>
 #include <future>
 #include <string>
 #include <thread>
@@ -11,20 +10,12 @@
 
 #include <gtest/gtest.h>
 
+#include "util/thread_activity_test_util.h"
+
 namespace parlavox {
 namespace {
 
 using namespace std::chrono_literals;
-
-// How often the thread `tid` of this process has gone to sleep so far.
-long VoluntarySwitches(pid_t tid) {
-  std::ifstream status("/proc/self/task/" + std::to_string(tid) + "/status");
-  std::string line;
-  while (std::getline(status, line)) {
-    if (line.starts_with("voluntary_ctxt_switches:")) return std::stol(line.substr(24));
-  }
-  return -1;
-}
 
 TEST(SerialWorkerTest, RunsTasksInOrderOnItsOwnThread) {
   SerialWorker worker("test-serial");
@@ -38,11 +29,11 @@ TEST(SerialWorkerTest, RunsTasksInOrderOnItsOwnThread) {
   ASSERT_EQ(order.size(), 100u);
   for (int i = 0; i < 100; ++i) EXPECT_EQ(order[static_cast<size_t>(i)], i);
 
-  // Idle, it sleeps without waking up now and then.
+  // Idle, it sleeps without waking up now and then, and without spinning.
   std::this_thread::sleep_for(100ms);  // time to go to sleep after the last task
-  const long before = VoluntarySwitches(worker_thread);
+  const ThreadActivity before = ActivityOf(worker_thread);
   std::this_thread::sleep_for(300ms);
-  EXPECT_EQ(VoluntarySwitches(worker_thread), before);
+  EXPECT_EQ(ActivityOf(worker_thread), before);
 }
 
 TEST(SerialWorkerTest, StopRunsWhatWasPostedPromptlyAndLaterTasksWaitForTheNextStart) {
