@@ -70,7 +70,7 @@ class FakePlayer : public Player {
   void SetListener(LSoundPlayerListener* listener, uint32_t) override { listener_ = listener; }
   void set_device(const DeviceChoice& device) override { this->device = device; }
   void set_level(int decibels) override { level = decibels; }
-  void set_metering(bool enabled) override { metering = enabled; }
+  void set_metering(bool) override {}
   bool Play(std::shared_ptr<WaveFileReader> reader) override {
     StopPlayback();
     if (refuse) return false;
@@ -99,7 +99,6 @@ class FakePlayer : public Player {
   DeviceChoice device{-99, ""};
   int level = -99;
   int32_t lead_in = -1500;  // a device that swallows the first 0.15 s
-  bool metering = false;
   bool refuse = false;
   int plays = 0;
 
@@ -327,9 +326,7 @@ class RecordingView : public IntercomView {
   }
   void ShowCallButton(CallButton pushed) override { button = pushed; }
   void EnablePlaybackMeter(bool enabled) override { playback_meter = enabled; }
-  void ShowPlaybackLevels(const ChannelLevels& levels) override {
-    playback_level = levels.levels[0];
-  }
+  void ShowPlaybackLevels(const ChannelLevels&) override {}
   void EnableRecordMeter(bool enabled) override { record_meter = enabled; }
   void ShowRecordLevels(const ChannelLevels& levels) override { record_level = levels.levels[0]; }
   void ShowAlert(const std::string& text, const std::string& caption) override {
@@ -348,7 +345,7 @@ class RecordingView : public IntercomView {
   std::vector<std::string> statuses, idle_texts, alerts, asked_for_account;
   CallButton button = CallButton::kNone;
   bool playback_meter = false, record_meter = false;
-  int8_t playback_level = 0, record_level = 0;
+  int8_t record_level = 0;
   int shown = 0, hidden = 0, activations_taken = 0, activations_given = 0;
 };
 
