@@ -70,6 +70,11 @@ TEST(InboxWatcherTest, AFolderThatGoesAndComesBackIsWatchedAgain) {
   watcher.StartWatching(
       folder, [&] { ++changes; }, [&](bool usable) { ++(usable ? returns : losses); });
   ASSERT_TRUE(within(losses, 1));  // not there at the start
+  // Looked for again every second, not in a loop.
+  const pid_t watching = ThreadNamed("parlavox-watch");
+  const ThreadActivity before = ActivityOf(watching);
+  std::this_thread::sleep_for(500ms);
+  EXPECT_LT(ActivityOf(watching).ticks - before.ticks, 10) << "it spins";
 
   std::filesystem::create_directory(folder);
   ASSERT_TRUE(within(returns, 1));  // found within a second
