@@ -128,6 +128,17 @@ TEST_F(CallsTest, AShortPressStillLeavesAMessage) {
   intercom_.StartCall(0);
   share_.Answer();
   EXPECT_TRUE(recorder_.is_recording());
+  intercom_.StopCall();
+
+  // A short press whose call was refused leaves no stop behind for the next press.
+  share_.read_only.insert("/srv/Ann");
+  intercom_.StartCall(0);
+  intercom_.StopCall();
+  share_.Answer();
+  share_.read_only.clear();
+  intercom_.StartCall(0);
+  share_.Answer();
+  EXPECT_TRUE(recorder_.is_recording());
 }
 
 TEST_F(CallsTest, ReplyCallsTheLastCallerOrElseTheSelectedUser) {
