@@ -64,6 +64,16 @@ TEST_F(WindowKeysTest, ARepeatThatLooksLikeAReleaseKeepsTheCall) {
   keys_.OnKeyUp(vk::kF5, false, ++time_);
   clock_.Advance(WindowKeys::kRepeatWait);
   EXPECT_FALSE(recorder_.is_recording());
+
+  // A release followed by another key was real: the call ends at once, and the wait
+  // that was pending does not end the next call.
+  Down(vk::kF5);
+  keys_.OnKeyUp(vk::kF5, false, ++time_);
+  keys_.OnKeyDown('O', false, ++time_);
+  EXPECT_FALSE(recorder_.is_recording());
+  keys_.OnKeyDown(vk::kF5, false, ++time_);
+  clock_.Advance(WindowKeys::kRepeatWait);
+  EXPECT_TRUE(recorder_.is_recording());
 }
 
 TEST_F(WindowKeysTest, OAndFSwitchTheIntercomF1AsksForHelpAndTheMenusCallAndReplyToggle) {
@@ -84,6 +94,8 @@ TEST_F(WindowKeysTest, OAndFSwitchTheIntercomF1AsksForHelpAndTheMenusCallAndRepl
   EXPECT_FALSE(recorder_.is_recording());
   intercom_.ToggleReply();
   EXPECT_TRUE(recorder_.is_recording());
+  intercom_.ToggleCallSelected();  // ends it too
+  EXPECT_FALSE(recorder_.is_recording());
 }
 
 TEST(StopGuardTest, ClosingAsksUntilSomethingClosesWithoutAsking) {
