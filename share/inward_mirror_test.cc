@@ -50,6 +50,7 @@ class FolderAsServer : public RemoteFolder {
   bool Hold(const std::string& name) override {
     if (writing) return false;
     held.insert(name);
+    ++holds;
     return true;
   }
   void Release(const std::string& name) override { EXPECT_EQ(held.erase(name), 1u) << name; }
@@ -60,7 +61,7 @@ class FolderAsServer : public RemoteFolder {
 
   std::set<std::string> held;
   bool writing = false;  // its caller has the file open
-  int listings = 0, header_reads = 0;
+  int listings = 0, header_reads = 0, holds = 0;
 
  private:
   std::string folder_;
@@ -178,7 +179,8 @@ TEST_F(InwardMirrorTest, AWholeMessageIsHeldOnTheServerUntilItHasBeenHeard) {
   server_.writing = false;
   ASSERT_TRUE(mirror_.Sync());
   EXPECT_EQ(server_.held, std::set<std::string>{"7.wav"});
-  ASSERT_TRUE(mirror_.Sync());  // held once
+  ASSERT_TRUE(mirror_.Sync());
+  EXPECT_EQ(server_.holds, 1);  // held once, not let go and taken again in between
   std::filesystem::remove(Here("7.wav"));
   ASSERT_TRUE(mirror_.Sync());
   EXPECT_TRUE(server_.held.empty());
