@@ -31,7 +31,9 @@ TEST_F(GeneralSettingsTest, LeavingThePageWritesWhatItShows) {
   EXPECT_EQ(Value("soundoutdevice"), "-56");
   EXPECT_EQ(Value("soundoutdevicename"), "speaker");
   EXPECT_EQ(Value("soundindevicename"), "mic.monitor");
-  EXPECT_EQ(LoadGeneralSettings(settings_, folders_, login_).input_device.name, "mic.monitor");
+  const GeneralSettings shown_again = LoadGeneralSettings(settings_, folders_, login_);
+  EXPECT_EQ(shown_again.input_device.name, "mic.monitor");
+  EXPECT_EQ(shown_again.output_device.name, "speaker");
   EXPECT_EQ(Value("soundoutvolume"), "-6dB");
   EXPECT_EQ(Value("soundindevice"), "2");
   EXPECT_EQ(Value("soundinchannel"), "0");
@@ -58,6 +60,7 @@ TEST_F(GeneralSettingsTest, TheFolderAndStartAtLoginAreWrittenOnlyWhenTheyChange
   SaveGeneralSettings(page, settings_, folders_, login_);
   EXPECT_TRUE(login_.on);
   EXPECT_EQ(login_.changes, 1);
+  EXPECT_TRUE(LoadGeneralSettings(settings_, folders_, login_).start_at_login);
 
   page.inward_folder = "/srv/in//";
   page.folder_changed = true;
