@@ -196,14 +196,15 @@ TEST_F(InstallTaskTest, UninstallingTakesOnlyParlavoxFilesFromAChosenInwardFolde
   const std::string chosen = scratch_ / "home/Documents/Office inbox";
   fs::create_directories(chosen);
   folders_.Write(FolderScope::kCurrentUser, "Incoming", chosen);
-  for (const char* name : {"ParlavoxUserData", "12.wav", "-7.WAV", "notes.odt", "song.wav"}) {
+  for (const char* name :
+       {"ParlavoxUserData", "12.wav", "-7.WAV", "notes.odt", "song.wav", "2024.pdf"}) {
     WriteFileText(chosen + "/" + name, "x");
   }
   EXPECT_TRUE(Uninstaller().Run(view_, /*second_stage=*/true, {}));
   std::vector<std::string> left;
   for (const auto& entry : fs::directory_iterator(chosen)) left.push_back(entry.path().filename());
   std::sort(left.begin(), left.end());
-  EXPECT_EQ(left, (std::vector<std::string>{"notes.odt", "song.wav"}));
+  EXPECT_EQ(left, (std::vector<std::string>{"2024.pdf", "notes.odt", "song.wav"}));
   EXPECT_NE(std::find(view_.shown.begin(), view_.shown.end(),
                       "status Left " + chosen + ": it holds files that Parlavox did not make"),
             view_.shown.end());
@@ -211,8 +212,7 @@ TEST_F(InstallTaskTest, UninstallingTakesOnlyParlavoxFilesFromAChosenInwardFolde
 
   // Emptied of Parlavox's files alone, the folder goes; so does the program folder, but
   // not a subfolder of it that holds other things.
-  fs::remove(chosen + "/notes.odt");
-  fs::remove(chosen + "/song.wav");
+  for (const char* name : {"notes.odt", "song.wav", "2024.pdf"}) fs::remove(chosen + "/" + name);
   WriteFileText(chosen + "/13.wav", "x");
   ASSERT_TRUE(Install());
   fs::create_directories(places_.program_folder + "/kept");
