@@ -72,6 +72,7 @@ TEST(InboxWatcherTest, AFolderThatGoesAndComesBackIsWatchedAgain) {
   ASSERT_TRUE(within(losses, 1));  // not there at the start
   // Looked for again every second, not in a loop.
   const pid_t watching = ThreadNamed("parlavox-watch");
+  ASSERT_NE(watching, 0);
   const ThreadActivity before = ActivityOf(watching);
   std::this_thread::sleep_for(500ms);
   EXPECT_LT(ActivityOf(watching).ticks - before.ticks, 10) << "it spins";
