@@ -2,7 +2,7 @@
 """Plants faults, one at a time, in the code of one layer and runs that layer's unit
 tests against each: which tests fail, and which fault only one test catches.
 
-  scripts/mutants.py core [--count 300] [--filter GTEST_FILTER]
+  scripts/mutants.py core [--count 300] [--filter GTEST_FILTER] [--files REGEX]
 
 A fault is one small change to one line: a comparison turned round or loosened, && and
 || swapped, true and false swapped, a +1 made -1, a ! dropped, or a statement left out.
@@ -117,6 +117,8 @@ def main():
     parser.add_argument('layer', help='a folder of the code: core, settings, share, ...')
     parser.add_argument('--count', type=int, default=300, help='faults to plant at most')
     parser.add_argument('--filter', default='*', help='the tests to run (gtest filter)')
+    parser.add_argument('--files', default='',
+                        help='plant faults only in the files whose path matches this pattern')
     parser.add_argument('--timeout', type=int, default=60,
                         help='seconds after which the tests count as hung')
     arguments = parser.parse_args()
@@ -134,7 +136,8 @@ def main():
     build = ['cmake', '--build', tree, '--target', target]
     subprocess.run(build, check=True, capture_output=True)
 
-    planted = faults(source, arguments.layer)
+    planted = [fault for fault in faults(source, arguments.layer)
+               if re.search(arguments.files, fault[0])]
     random.seed(1)
     planted = random.sample(planted, min(arguments.count, len(planted)))
     caught = {}
