@@ -167,9 +167,12 @@ TEST_F(InboxTest, PlaybackThatCatchesUpWithItsCallerGoesOnWhereItStopped) {
   folder_.Find("9.wav")->coming = true;
   clock_.Advance(200ms);
   player_.PlayToTheEnd();
+  Message(10);  // waits behind it
   folder_.Find("9.wav")->coming = false;
   clock_.Advance(20ms);
   EXPECT_EQ(folder_.removed, (std::vector<std::string>{"8.wav", "9.wav"}));
+  clock_.Advance(Inbox::kBetweenMessages);
+  EXPECT_EQ(folder_.held, "10.wav");
 }
 
 }  // namespace
