@@ -2,6 +2,7 @@
 
 #include "core/intercom.h"
 
+#include "core/hot_key_binder.h"
 #include "core/intercom_bench_test_util.h"
 #include "util/paths.h"
 #include "words/server_trouble.h"
@@ -196,6 +197,41 @@ TEST_F(IntercomTest, AHotKeyCallLastsWhileTheHotKeyKeepsFiring) {
   intercom_.HotKey(1);
   EXPECT_EQ(view_.hidden, 1);
   EXPECT_EQ(view_.shown, 1);
+}
+
+// The "keys" section's keys are bound under their places and fire their commands; they
+// are let go of before a changed list is bound anew, or the old keys would stay taken.
+TEST_F(IntercomTest, HotKeysAreBoundUnderTheirPlacesAndLetGoBeforeTheyAreBoundAnew) {
+  struct FakeHotKeys : HotKeySystem {
+    bool Register(int id, uint32_t modifiers, uint32_t key, const std::string& text) override {
+      bound[id] = std::to_string(modifiers) + "+" + std::to_string(key) + " " + text;
+      return key != 0x7B;  // another program holds F12
+    }
+    void Unregister(int id) override { EXPECT_EQ(bound.erase(id), 1u) << id; }
+    void SetListener(Fired fired) override { this->fired = std::move(fired); }
+    std::map<int, std::string> bound;
+    Fired fired;
+  } system;
+  ListUser("Ann", 101);
+  KeyAssignments keys(settings_, users_);
+  keys.SetCount(2);
+  keys.SetKey(0, 0x74, 2);  // Ctrl+F5
+  keys.SetCommand(0, 32);
+  keys.SetKey(1, 0x7B, 0);  // F12
+  keys.SetCommand(1, 6);
+  HotKeyBinder binder(system, keys, intercom_);
+  Start();
+  EXPECT_EQ(binder.Register(), 1);
+  EXPECT_EQ(system.bound,
+            (std::map<int, std::string>{{0, "2+116 Call: Ann"}, {1, "0+123 Turn Parlavox Off"}}));
+  system.fired(1, 0x7B);
+  EXPECT_FALSE(Published().is_on());
+
+  keys.SetCount(1);
+  binder.Unregister();
+  EXPECT_TRUE(system.bound.empty());
+  EXPECT_EQ(binder.Register(), 1);
+  EXPECT_EQ(system.bound.size(), 1u);
 }
 
 }  // namespace
