@@ -45,7 +45,8 @@ class FolderAsServer : public RemoteFolder {
     return Read(name, offset, size);
   }
   bool Remove(const std::string& name) override {
-    return !held.contains(name) && std::filesystem::remove(folder_ + "/" + name);
+    return !refuses_removal && !held.contains(name) &&
+           std::filesystem::remove(folder_ + "/" + name);
   }
   bool Hold(const std::string& name) override {
     if (writing) return false;
@@ -60,7 +61,8 @@ class FolderAsServer : public RemoteFolder {
   }
 
   std::set<std::string> held;
-  bool writing = false;  // its caller has the file open
+  bool writing = false;          // its caller has the file open
+  bool refuses_removal = false;  // another has the file open
   int listings = 0, header_reads = 0, holds = 0;
 
  private:
@@ -110,6 +112,11 @@ TEST_F(InwardMirrorTest, AGrowingMessageIsCopiedAsItGrowsAndGoesFromTheServerOnc
   EXPECT_TRUE(std::filesystem::exists(OnServer("7.wav")));
 
   std::filesystem::remove(Here("7.wav"));  // the inbox played it
+  server_.refuses_removal = true;
+  ASSERT_TRUE(mirror_.Sync());
+  ASSERT_TRUE(mirror_.Sync());
+  EXPECT_FALSE(std::filesystem::exists(Here("7.wav")));  // not copied again, to be heard twice
+  server_.refuses_removal = false;
   ASSERT_TRUE(mirror_.Sync());
   EXPECT_FALSE(std::filesystem::exists(OnServer("7.wav")));
   EXPECT_FALSE(std::filesystem::exists(Here("7.wav")));
@@ -134,6 +141,9 @@ TEST_F(InwardMirrorTest, AGrowingMessageIsFollowedWithoutListingAndItsCopyNeverL
       ASSERT_TRUE(mirror_.Follow()) << spoken;
     }
     ASSERT_FALSE(LookAtMessage(Here("7.wav"))->complete) << spoken;
+    ASSERT_EQ(std::filesystem::file_size(Here("7.wav")),
+              std::filesystem::file_size(OnServer("7.wav")))
+        << spoken;
   }
   EXPECT_EQ(server_.listings, listings + 1);
   // The last of it and the last header come between two looks, and a listing finds them.
@@ -147,23 +157,27 @@ TEST_F(InwardMirrorTest, AGrowingMessageIsFollowedWithoutListingAndItsCopyNeverL
 }
 
 TEST_F(InwardMirrorTest, AMessageSentAgainUnderItsNameIsCopiedAfreshButNeverOverOneBeingHeard) {
-  Append("7.wav", "first message");
+  // Each longer than a header, which is read again where a copy grows.
+  const std::string first(6000, '1'), second(5000, '2'), third(9000, '3');
+  Append("7.wav", first);
   ASSERT_TRUE(mirror_.Sync());
   {
     const FileLock heard = LockMessage(Here("7.wav"), FileLock::Kind::kShared);
-    WriteFileText(OnServer("7.wav"), "second");
+    WriteFileText(OnServer("7.wav"), second);
     Touch(OnServer("7.wav"));
     ASSERT_TRUE(mirror_.Sync());
-    EXPECT_EQ(FileText(Here("7.wav")), "first message");
+    EXPECT_EQ(FileText(Here("7.wav")), first);
   }
   ASSERT_TRUE(mirror_.Sync());
-  EXPECT_EQ(FileText(Here("7.wav")), "second");
+  EXPECT_EQ(FileText(Here("7.wav")), second);
 
-  // Played here while a third one arrived there: that one stays, and comes down.
+  // Played here while a longer third one arrived there: that one stays, and comes down
+  // whole.
   std::filesystem::remove(Here("7.wav"));
-  Append("7.wav", " and third");
+  WriteFileText(OnServer("7.wav"), third);
+  Touch(OnServer("7.wav"));
   ASSERT_TRUE(mirror_.Sync());
-  EXPECT_EQ(FileText(Here("7.wav")), "second and third");
+  EXPECT_EQ(FileText(Here("7.wav")), third);
   EXPECT_TRUE(std::filesystem::exists(OnServer("7.wav")));
 }
 
