@@ -63,6 +63,11 @@ TEST_F(DiskInboxFolderTest, AMessageIsComingWhileItChangesOnThisCopysClock) {
   clock_.Advance(1ms);
   EXPECT_FALSE(folder_.IsStillComing("12.wav"));
   EXPECT_FALSE(folder_.IsStillComing("gone.wav"));
+
+  ASSERT_TRUE(folder_.Remove("12.wav"));  // thrown away; its caller calls again later
+  clock_.Advance(20s);
+  WriteFileText(Path("12.wav"), "");
+  EXPECT_TRUE(folder_.IsStillComing("12.wav"));
 }
 
 // An append-only folder (chattr +a) lets callers add and write messages but lets nobody
