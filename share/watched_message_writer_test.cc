@@ -24,7 +24,8 @@ class TimedWriter : public WaveFileWriter {
 };
 
 // Writes come every 40 ms, or back to back where each takes longer (a round trip to a
-// server far away, where asking whether the message is gone takes three).
+// server far away, where asking whether the message is gone takes three, or more where
+// the server is slow to answer that: how long the asking took is what counts).
 TEST(WatchedMessageWriterTest, AsksOnceASecondAndOnAFarServerSeldomAndTellsOnce) {
   WatchedMessageWriter::TimePoint now;
   std::chrono::milliseconds write_time = 1ms, answer_time = 3ms, asking{0};
@@ -53,7 +54,7 @@ TEST(WatchedMessageWriterTest, AsksOnceASecondAndOnAFarServerSeldomAndTellsOnce)
   write_for(*close_by, 5s);
   EXPECT_EQ(asked, 5);  // at 1 s, 2 s, ... 5 s
 
-  write_time = 100ms, answer_time = 300ms, asked = 0;
+  write_time = 100ms, answer_time = 600ms, asked = 0;
   auto far = watched();
   write_for(*far, 8s);  // a short message is not broken up at all
   EXPECT_EQ(asked, 0);
