@@ -172,6 +172,7 @@ TEST_F(CallsTest, ReplyCallsTheLastCallerOrElseTheSelectedUser) {
   intercom_.Select(-1);
   EXPECT_EQ(Call([&](Intercom::CallDone done) { intercom_.CallSelected(done); }),
             CallRefusal::kNoUserSelected);
+  EXPECT_EQ(view_.button, CallButton::kNone);  // a refused call leaves the button up
 }
 
 }  // namespace

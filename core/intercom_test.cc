@@ -181,13 +181,23 @@ TEST_F(IntercomTest, AHotKeyCallLastsWhileTheHotKeyKeepsFiring) {
   EXPECT_EQ(view_.activations_given, 1);
   EXPECT_EQ(recorder_.starts, 1);
 
+  intercom_.Select(1);
+  for (const int32_t command : {32, 3, 4}) {  // "Call: Ann", the selected user, Reply
+    intercom_.HotKey(command);
+    clock_.Advance(700ms);
+  }
+  ASSERT_EQ(share_.opened.size(), 4u);
+  EXPECT_EQ(share_.opened[1].substr(0, 9), "/srv/Ann/");
+  EXPECT_EQ(share_.opened[2].substr(0, 9), "/srv/Ben/");
+  EXPECT_EQ(share_.opened[3].substr(0, 9), "/srv/Ben/");  // nobody called: the selected
+
   intercom_.HotKey(34);  // a user no longer in the list
   intercom_.HotKey(0);
   intercom_.HotKey(7);
   intercom_.HotKey(31);
   intercom_.HotKey(-1);
-  EXPECT_EQ(share_.opened.size(), 1u);
-  EXPECT_EQ(view_.activations_taken, 1);
+  EXPECT_EQ(share_.opened.size(), 4u);
+  EXPECT_EQ(view_.activations_taken, 4);
 
   intercom_.HotKey(6);
   EXPECT_FALSE(Published().is_on());
