@@ -107,6 +107,10 @@ TEST_F(CallsTest, AMessageTakenAwayOrALostSoundServerEndsTheCallAndOneNotSavedWh
   EXPECT_EQ(view_.statuses.size(), told);
   share_.last_reports.finished(false);  // the share failed while the sound was written
   EXPECT_EQ(view_.statuses.back(), "Your message could not be saved in the user's folder");
+  intercom_.StopCall();
+  const size_t ended = view_.statuses.size();
+  share_.last_reports.taken_away();  // gone once the call had ended: heard, not taken
+  EXPECT_EQ(view_.statuses.size(), ended);
 }
 
 TEST_F(CallsTest, AShortPressStillLeavesAMessage) {
