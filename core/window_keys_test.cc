@@ -52,6 +52,9 @@ TEST_F(WindowKeysTest, HeldCallKeysCallUntilTheyAreLetGo) {
 
 TEST_F(WindowKeysTest, ARepeatThatLooksLikeAReleaseKeepsTheCall) {
   Down(vk::kF5);
+  keys_.OnKeyUp(vk::kF5, /*repeat=*/true, ++time_);  // a release that says it is a repeat
+  clock_.Advance(WindowKeys::kRepeatWait);
+  EXPECT_TRUE(recorder_.is_recording());
   for (int repeat = 0; repeat < 5; ++repeat) {
     // The window could not tell: a release, then a press with the same time stamp.
     keys_.OnKeyUp(vk::kF5, false, ++time_);
