@@ -33,7 +33,7 @@ TEST_F(ProfileFileTest, ReadsWithWindowsProfileSemantics) {
                 "line without equals\n"
                 "[users]\n"
                 "name1=in a duplicate section\n"
-                "[other]\n"
+                "  [other]\n"  // indented, as Windows allows
                 "name0=Bob");  // no trailing newline
   EXPECT_EQ(Read("users", "NAME0"), "Alice Smith");
   EXPECT_EQ(Read("USERS", "empty"), "");
@@ -162,6 +162,17 @@ TEST_F(ProfileFileTest, WritesChangeOnlyWhatTheyNameAndOnlyWhenItChanges) {
   struct stat after {};
   ASSERT_EQ(stat(file_.c_str(), &after), 0);
   EXPECT_EQ(before.st_ino, after.st_ino);  // every real write makes a new file
+
+  // A key of the same name in another section, an empty section, and a file whose last
+  // line has no newline, as one edited by hand may be.
+  WriteFileText(file_, "[a]\nk=1\n[empty]\n[b]\nk=2");
+  ASSERT_TRUE(WriteProfileString(file_, "b", "k", "3"));
+  ASSERT_TRUE(WriteProfileString(file_, "empty", "e", "4"));
+  ASSERT_TRUE(WriteProfileString(file_, "b", "n", "5"));
+  EXPECT_EQ(FileText(file_), "[a]\nk=1\n[empty]\ne=4\n[b]\nk=3\nn=5\n");
+  WriteFileText(file_, "[a]\nk=1");
+  ASSERT_TRUE(WriteProfileString(file_, "c", "m", "6"));
+  EXPECT_EQ(FileText(file_), "[a]\nk=1\n[c]\nm=6\n");
 
   ASSERT_TRUE(WriteProfileString(folder_ / "new.ini", "a", "b", std::nullopt));
   EXPECT_FALSE(std::filesystem::exists(folder_ / "new.ini"));
