@@ -174,6 +174,14 @@ TEST_F(ProfileFileTest, WritesChangeOnlyWhatTheyNameAndOnlyWhenItChanges) {
   ASSERT_TRUE(WriteProfileString(file_, "c", "m", "6"));
   EXPECT_EQ(FileText(file_), "[a]\nk=1\n[c]\nm=6\n");
 
+  // Reading a file that changed leaves nothing open, however often it changes.
+  const long open_files = OpenFileCount();
+  for (int i = 0; i < 10; ++i) {
+    ASSERT_TRUE(WriteProfileString(file_, "a", "k", std::to_string(i)));
+    EXPECT_EQ(Read("a", "k"), std::to_string(i));
+  }
+  EXPECT_EQ(OpenFileCount(), open_files);
+
   ASSERT_TRUE(WriteProfileString(folder_ / "new.ini", "a", "b", std::nullopt));
   EXPECT_FALSE(std::filesystem::exists(folder_ / "new.ini"));
 }

@@ -126,6 +126,7 @@ TEST_F(InwardMirrorTest, AGrowingMessageIsCopiedAsItGrowsAndGoesFromTheServerOnc
 // of its copy claims an end that its caller moves on as it speaks: the copy never reaches
 // it, and once the call has ended the listing brings the last header.
 TEST_F(InwardMirrorTest, AGrowingMessageIsFollowedWithoutListingAndItsCopyNeverLooksWhole) {
+  const long open_files = OpenFileCount();
   auto writer = CreateWaveFileWriter(OnServer("7.wav"), 11025, 1, 16, 0);
   const std::vector<int32_t> second(11025, 4096);
   writer->Write(second.data(), 11025);
@@ -154,6 +155,8 @@ TEST_F(InwardMirrorTest, AGrowingMessageIsFollowedWithoutListingAndItsCopyNeverL
   ASSERT_TRUE(mirror_.Sync());
   EXPECT_EQ(FileText(Here("7.wav")), FileText(OnServer("7.wav")));
   EXPECT_TRUE(LookAtMessage(Here("7.wav"))->complete);
+  writer.reset();
+  EXPECT_EQ(OpenFileCount(), open_files);
 }
 
 TEST_F(InwardMirrorTest, AMessageSentAgainUnderItsNameIsCopiedAfreshButNeverOverOneBeingHeard) {

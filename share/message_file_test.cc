@@ -42,6 +42,7 @@ class MessageFileTest : public testing::Test {
 };
 
 TEST_F(MessageFileTest, AMessageIsComingUntilItsCallerFinishesIt) {
+  const long open_files = OpenFileCount();
   WriteFileText(scratch_ / "12.wav", "");
   EXPECT_TRUE(Coming("12.wav"));  // created, header not yet written
   auto writer = CreateWaveFileWriter(scratch_ / "12.wav", 11025, 1, 16, 0);
@@ -53,6 +54,8 @@ TEST_F(MessageFileTest, AMessageIsComingUntilItsCallerFinishesIt) {
   ASSERT_TRUE(writer->Finish());
   EXPECT_FALSE(Coming("12.wav"));  // the exact header
   EXPECT_FALSE(Coming("gone.wav"));
+  writer.reset();
+  EXPECT_EQ(OpenFileCount(), open_files);  // looked at many times a second while it comes
 }
 
 TEST_F(MessageFileTest, OnlyChangesSeenHereCountNotTheWritersClock) {
