@@ -58,6 +58,9 @@ std::vector<int32_t> Tone(int frames, int channels, uint32_t rate) {
 
 class WaveFileTest : public testing::Test {
  protected:
+  // Every file that a reader or writer opened is closed once it is gone.
+  void TearDown() override { EXPECT_EQ(OpenFileCount(), open_files_); }
+
   std::string Path(const std::string& name) const { return folder_ / name; }
 
   // Writes a file out of a header and sample bytes for the chunk-walk cases.
@@ -78,6 +81,7 @@ class WaveFileTest : public testing::Test {
   }
 
   ScratchFolder folder_;
+  const long open_files_ = OpenFileCount();
 };
 
 TEST_F(WaveFileTest, MessageFileHasTheExact46ByteLayout) {

@@ -42,6 +42,7 @@ TEST(UserRecordTest, FileLayoutIsExactly128LittleEndianBytes) {
 TEST(UserRecordTest, ShortAndOverlongFilesAreReadAsFarAsTheyGoAndOnlyRegularFilesAtAll) {
   ScratchFolder folder;
   const std::string path = folder / "ParlavoxUserData";
+  const long open_files = OpenFileCount();  // records are read at every poll
 
   WriteFileText(path, std::string("\x01\x00\x00\x00", 4));
   UserRecord fresh;
@@ -75,6 +76,7 @@ TEST(UserRecordTest, ShortAndOverlongFilesAreReadAsFarAsTheyGoAndOnlyRegularFile
   ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
   EXPECT_FALSE(ReadUserRecord(&full, pipe));  // and does not hang
   EXPECT_FALSE(WriteUserRecord(full, folder / "no/such/folder/ParlavoxUserData"));
+  EXPECT_EQ(OpenFileCount(), open_files);
 }
 
 TEST(UserRecordTest, NamesAreTheSameTextForWindowsCopiesAndAreCutWhole) {
