@@ -22,6 +22,7 @@ TEST(InboxWatcherTest, EveryKindOfNameChangeIsReportedAndStopIsPrompt) {
   ScratchFolder folder;
   CountingPoster poster;
   InboxWatcher watcher(poster);
+  const long open_files = OpenFileCount();
   watcher.StartWatching(
       folder.path(), [] {}, [](bool) {});
   std::this_thread::sleep_for(100ms);
@@ -55,6 +56,7 @@ TEST(InboxWatcherTest, EveryKindOfNameChangeIsReportedAndStopIsPrompt) {
   const auto began = std::chrono::steady_clock::now();
   watcher.StopWatching();
   EXPECT_LT(std::chrono::steady_clock::now() - began, 1s);  // woken, not forced after 5 s
+  EXPECT_EQ(OpenFileCount(), open_files);  // each start watches anew: the last watch is let go
   EXPECT_FALSE(IsOnNetworkFileSystem(folder.path()));
 }
 
