@@ -31,7 +31,9 @@ TEST_F(KeyAssignmentsTest, KeysAndCommandsReadAsThePeopleKnowThem) {
   EXPECT_EQ(KeyText(7, 0x74), "Ctrl+Alt+Shift+F5");
   EXPECT_EQ(KeyText(4, 0x75), "Shift+F6");
   EXPECT_EQ(KeyText(0, 0x0D), "Enter");
-  EXPECT_EQ(KeyText(0, 0x65), "Num 5");
+  EXPECT_EQ(KeyText(0, 0x60), "Num 0");
+  EXPECT_EQ(KeyText(1, 'A'), "Alt+A");
+  EXPECT_EQ(KeyText(0, '0'), "0");
   EXPECT_EQ(KeyText(2, 0x21), "Ctrl+Page Up");
   EXPECT_EQ(KeyText(0, 0x87), "F24");
   EXPECT_EQ(KeyText(2, 0xFF), "Ctrl+");  // a key without a name leaves the modifiers
