@@ -29,6 +29,7 @@ TEST(ShareNameTest, BothNameFormsAreReadAndLocalFoldersAreNot) {
       {"/run/user/1000/gvfs/smb-share:server=nas", nullptr},  // no share
       {"/run/user/1000/kio-fuse-AbCdEf/smb/bob@nas/office/anna", "smb://nas/office/anna"},
       {"/run/user/1000/kio-fuse-AbCdEf/sftp/nas/office", nullptr},
+      {"/run/user/1000/kio-fuse-AbCdEf/ftp/nas/office", nullptr},
   };
   for (const Case& c : cases) {
     const std::optional<ShareLocation> location = ParseShareName(c.folder);
