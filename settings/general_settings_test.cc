@@ -34,6 +34,8 @@ TEST_F(GeneralSettingsTest, LeavingThePageWritesWhatItShows) {
   const GeneralSettings shown_again = LoadGeneralSettings(settings_, folders_, login_);
   EXPECT_EQ(shown_again.input_device.name, "mic.monitor");
   EXPECT_EQ(shown_again.output_device.name, "speaker");
+  EXPECT_EQ(shown_again.output_level, -6);
+  EXPECT_EQ(shown_again.input_level, -127);
   EXPECT_EQ(Value("soundoutvolume"), "-6dB");
   EXPECT_EQ(Value("soundindevice"), "2");
   EXPECT_EQ(Value("soundinchannel"), "0");
@@ -67,6 +69,7 @@ TEST_F(GeneralSettingsTest, TheFolderAndStartAtLoginAreWrittenOnlyWhenTheyChange
   SaveGeneralSettings(page, settings_, folders_, login_);
   EXPECT_EQ(folders_.Read(FolderScope::kCurrentUser, "Incoming"), "/srv/in");
   EXPECT_EQ(settings_.inward_folder(), "/srv/in");
+  EXPECT_EQ(LoadGeneralSettings(settings_, folders_, login_).inward_folder, "/srv/in");
   EXPECT_TRUE(settings_.current_user_only());
 }
 
