@@ -116,13 +116,20 @@ TEST(InboxWatcherTest,
   });
   watcher.StartWatching(
       folder.path(), [] {}, [](bool) {});
-  std::this_thread::sleep_for(1500ms);
+  std::this_thread::sleep_for(100ms);
+  const pid_t watching = ThreadNamed("parlavox-watch");
+  const ThreadActivity idle = ActivityOf(watching);
+  std::this_thread::sleep_for(1400ms);
   EXPECT_EQ(poster.posts, 0);  // an unchanged listing wakes nobody
+  EXPECT_LT(ActivityOf(watching).ticks - idle.ticks, 10) << "it spins";  // a look a second
   {
     std::lock_guard lock(mutex);
     on_the_share.insert("42.wav");
   }
   EXPECT_TRUE(Eventually([&] { return poster.posts >= 1; }, 3s));
+  const int told = poster.posts;
+  std::this_thread::sleep_for(1500ms);
+  EXPECT_EQ(poster.posts, told);  // told once, not again at every look
 
   // A message sent again under its name changes the listing.
   WriteFileText(folder / "12.wav", "first");
