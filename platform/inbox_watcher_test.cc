@@ -118,6 +118,7 @@ TEST(InboxWatcherTest,
       folder.path(), [] {}, [](bool) {});
   std::this_thread::sleep_for(100ms);
   const pid_t watching = ThreadNamed("parlavox-watch");
+  ASSERT_NE(watching, 0);
   const ThreadActivity idle = ActivityOf(watching);
   std::this_thread::sleep_for(1400ms);
   EXPECT_EQ(poster.posts, 0);  // an unchanged listing wakes nobody
