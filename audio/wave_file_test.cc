@@ -240,17 +240,18 @@ TEST_F(WaveFileTest, ReaderGivesSilenceOutsideTheDataAndCapsTheLength) {
 }
 
 TEST_F(WaveFileTest, OurPcmFilesReadBackAndAreReadBySox) {
-  const std::vector<int32_t> tone = Tone(3000, 2, 22050);
+  constexpr int kFrames = kMaxBlockFrames + 1000;  // read in two blocks
+  const std::vector<int32_t> tone = Tone(kFrames, 2, 22050);
   for (const int bits : {8, 16, 32}) {
     SCOPED_TRACE(bits);
     const std::string path = Path("ours" + std::to_string(bits) + ".wav");
-    CreateWaveFileWriter(path, 22050, 2, bits, 0)->Write(tone.data(), 3000);
+    CreateWaveFileWriter(path, 22050, 2, bits, 0)->Write(tone.data(), kFrames);
 
     auto reader = OpenWaveFileReader(path);
     ASSERT_NE(reader, nullptr);
-    EXPECT_EQ(reader->GetLength(), 3000);
+    EXPECT_EQ(reader->GetLength(), kFrames);
     EXPECT_EQ(reader->full_scale(), bits == 8 ? kFullScale8Bit : kFullScale);
-    const std::vector<int32_t> back = ReadAll(*reader, 3000);
+    const std::vector<int32_t> back = ReadAll(*reader, kFrames);
     const std::vector<int16_t> sox = DecodedBySox(path);
     ASSERT_EQ(sox.size(), tone.size());
     for (size_t i = 0; i < tone.size(); ++i) {
