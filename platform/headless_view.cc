@@ -40,7 +40,10 @@ void HeadlessView::ShowStatus(const std::string& text, bool idle) {
 }
 
 void HeadlessView::ShowIdentity(const UserRecord& own) {
-  Log("you are \"" + own.Name() + "\", id " + std::to_string(own.id));
+  std::string line = "you are \"" + own.Name() + "\", id " + std::to_string(own.id);
+  if (line == last_identity_line_) return;
+  Log(line);
+  last_identity_line_ = std::move(line);
 }
 
 void HeadlessView::ShowAlert(const std::string& text, const std::string& caption) {

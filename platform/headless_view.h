@@ -8,9 +8,9 @@
 namespace parlavox {
 
 // Shows the intercom as lines on standard error, for running without a window (and
-// beside one, as a log): who the person is, the on/off state, each change of the
-// users list, status texts (not the idle texts between them), alerts, and another
-// start asking for the window.
+// beside one, as a log): who the person is (when that changes), the on/off state, each
+// change of the users list, status texts (not the idle texts between them), alerts, and
+// another start asking for the window.
 class HeadlessView : public IntercomView {
  public:
   // `beside_window`: a window shows the intercom too, and this view is its log.
@@ -26,6 +26,7 @@ class HeadlessView : public IntercomView {
  private:
   const bool beside_window_;
   std::string last_users_line_;
+  std::string last_identity_line_;
 };
 
 // One line that lists the users as "name (on)" or "name (off)".
