@@ -156,7 +156,9 @@ int RunIntercom(QCoreApplication& application, const sigset_t& termination, cons
           return ShareInwardFolder(folder, RunProgram, let_guests_through);
         },
         [&](const std::string& where) { return FindUsers(finder_smb, where); },
-        [] { return AnnouncedSmbServers(RunProgram); }};
+        [] { return AnnouncedSmbServers(RunProgram); },
+        [&] { return session.intercom().Snapshot().own; },
+        [&](const IdentityChange& change) { session.intercom().ChangeIdentity(change); }};
     window.emplace(
         session.intercom(), session.clock(), session.activation(),
         [&] { session.RunSettings([&] { RunSettingsSheet(&*window, context); }); },

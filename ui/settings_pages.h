@@ -13,6 +13,7 @@
 #include "settings/start_at_login.h"
 #include "settings/users_cache.h"
 #include "ui/find_colleagues_dialog.h"
+#include "words/identity.h"
 
 namespace parlavox {
 
@@ -32,6 +33,10 @@ struct SettingsContext {
   // The colleagues in a server's shares or a folder, and the servers to look in.
   ColleagueFinder find_colleagues;
   ServerFinder announced_servers;
+  // The own record as it stands, and a change of the name or e-mail in it, which the
+  // intercom publishes at once.
+  std::function<UserRecord()> own_record;
+  std::function<void(const IdentityChange&)> change_identity;
 };
 
 // A page of the settings sheet: filled when it is first shown, saved when it is left
@@ -43,8 +48,8 @@ class SettingsPage : public QWidget {
   virtual int help_topic() const = 0;
 };
 
-// "General": the sound devices and levels, the inward folder and its sharing, start at
-// login.
+// "General": the sound devices and levels, the inward folder and its sharing, the name
+// and e-mail colleagues see, start at login.
 SettingsPage* NewGeneralPage(const SettingsContext& context);
 // "Users": the other users' inward folders, also found on the network; every change is
 // written at once.

@@ -16,6 +16,7 @@
 #include <QTest>
 #include <QTimer>
 #include <algorithm>
+#include <map>
 
 #include <gtest/gtest.h>
 
@@ -68,16 +69,24 @@ class SettingsPagesTest : public ScratchSettingsTest {
     return {{where + "/ann", {}}, {where + "/ben", {}}};
   }
   std::vector<std::string> looked_in_;
-  SettingsContext context_{settings_,
-                           folders_,
-                           users_,
-                           keys_,
-                           mixer_,
-                           login_,
-                           [](int) { return ""; },
-                           {},
-                           [this](const std::string& where) { return Find(where); },
-                           [] { return std::vector<std::string>{}; }};
+  std::vector<IdentityChange> identity_changes_;
+  SettingsContext context_{
+      settings_,
+      folders_,
+      users_,
+      keys_,
+      mixer_,
+      login_,
+      [](int) { return ""; },
+      {},
+      [this](const std::string& where) { return Find(where); },
+      [] { return std::vector<std::string>{}; },
+      [] {
+        UserRecord own = MakeUserRecord("Ann", 101, true);
+        own.SetEmail("ann@example.org");
+        return own;
+      },
+      [this](const IdentityChange& change) { identity_changes_.push_back(change); }};
 };
 
 TEST_F(SettingsPagesTest, AKeyIsWrittenAsItIsPressedAndCanBePressedAnewWhereTheCommandIsChosen) {
@@ -133,9 +142,9 @@ TEST_F(SettingsPagesTest, TheKeysPageAddsALineOnlyWhenACommandIsChosen) {
 }
 
 // The General page writes what it shows when it is left: a level typed, start at login
-// ticked, the inward folder typed anew. Devices not there now (as where no sound server
-// answers here) show as the default and are kept with their record source, unless the
-// person picks a line.
+// ticked, the inward folder typed anew, the name edited (the e-mail, untouched, stays).
+// Devices not there now (as where no sound server answers here) show as the default and
+// are kept with their record source, unless the person picks a line.
 TEST_F(SettingsPagesTest, TheGeneralPageWritesWhatItShowsWhenItIsLeft) {
   settings_.WriteInt(kSettingsSection, "soundoutdevice", 2);
   settings_.WriteText(kSettingsSection, "soundoutdevicename", "usb-headset");
@@ -156,13 +165,18 @@ TEST_F(SettingsPagesTest, TheGeneralPageWritesWhatItShowsWhenItIsLeft) {
   level_text->selectAll();
   QTest::keyClicks(level_text, "-6");
   Named<QCheckBox>(page.get(), "Run Parlavox automatically on tray at start-up")->click();
-  QLineEdit* folder = nullptr;
+  std::map<QString, QLineEdit*> edits;  // by their names; the folder's has none
   for (QLineEdit* edit : page->findChildren<QLineEdit*>()) {
-    if (dynamic_cast<LDBEdit*>(edit->parentWidget()) == nullptr) folder = edit;
+    if (dynamic_cast<LDBEdit*>(edit->parentWidget()) == nullptr) {
+      edits[edit->accessibleName()] = edit;
+    }
   }
-  ASSERT_NE(folder, nullptr);
-  folder->selectAll();
-  QTest::keyClicks(folder, QString::fromStdString(scratch_ / "moved"));
+  ASSERT_EQ(edits.size(), 3u);
+  edits[""]->selectAll();
+  QTest::keyClicks(edits[""], QString::fromStdString(scratch_ / "moved"));
+  EXPECT_EQ(edits["Your e-mail"]->text(), "ann@example.org");
+  edits["Your name"]->selectAll();
+  QTest::keyClicks(edits["Your name"], " Ann Smith ");
   EXPECT_EQ(Value("soundoutvolume", kSettingsSection), "<missing>");  // nothing before leaving
   page->Save();
   EXPECT_EQ(Value("soundoutvolume", kSettingsSection), "-6dB");
@@ -172,6 +186,15 @@ TEST_F(SettingsPagesTest, TheGeneralPageWritesWhatItShowsWhenItIsLeft) {
   EXPECT_EQ(Value("soundinchannel", kSettingsSection), "1");
   EXPECT_TRUE(login_.on);
   EXPECT_EQ(LoadGeneralSettings(settings_, folders_, login_).inward_folder, scratch_ / "moved");
+  ASSERT_EQ(identity_changes_.size(), 1u);
+  EXPECT_EQ(identity_changes_[0].name, "Ann Smith");
+  EXPECT_EQ(identity_changes_[0].email, std::nullopt);
+  // Left again with the name emptied, or nothing edited: nothing changes.
+  edits["Your name"]->selectAll();
+  QTest::keyClick(edits["Your name"], Qt::Key_Delete);
+  page->Save();
+  page->Save();
+  EXPECT_EQ(identity_changes_.size(), 1u);
 }
 
 // The Users page adds a folder typed at once, and those found on the network all at once.

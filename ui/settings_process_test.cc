@@ -16,9 +16,10 @@ constexpr int kSettingsItemY = 121;  // in the Intercom menu
 constexpr int kUsersTabX = 112, kTabsY = 24;
 constexpr int kOutputDevicesX = 204, kOutputDevicesY = 85;
 constexpr int kFolderX = 161, kFolderY = 307;
-constexpr int kOkX = 186, kCancelX = 272, kButtonsY = 467;
+constexpr int kOkX = 186, kCancelX = 272, kButtonsY = 564;
 constexpr int kInputDevicesX = 204, kInputDevicesY = 183;
-constexpr int kStartAtLoginX = 30, kStartAtLoginY = 426;
+constexpr int kStartAtLoginX = 30, kStartAtLoginY = 523;
+constexpr int kNameX = 245, kNameY = 456;
 constexpr int kAddX = 335, kAddY = 85;
 constexpr int kShareX = 102, kShareY = 387;
 constexpr int kMixerX = 318, kMixerY = 238;
@@ -58,10 +59,10 @@ class SettingsTest : public DesktopCopyTest {
   std::string sheet_;
 };
 
-// A new person picks the devices by their names, starts at login, moves the inward
-// folder and adds colleagues by typing their folders. While the sheet is open others see
-// them off. Leaving a page saves it, so Cancel undoes nothing; the next message plays
-// from the new folder on the device picked.
+// A new person picks the devices by their names, starts at login, gives their name,
+// moves the inward folder and adds colleagues by typing their folders. While the sheet
+// is open others see them off. Leaving a page saves it, so Cancel undoes nothing; the
+// next message plays from the new folder on the device picked.
 TEST_F(SettingsTest, ANewPersonPicksDevicesStartsAtLoginMovesTheFolderAndAddsColleagues) {
   ASSERT_TRUE(PublishUser(scratch_ / "ben", "Ben", 202, true));
   ASSERT_TRUE(PublishUser(scratch_ / "cid", "Cid", 303, false));
@@ -72,6 +73,9 @@ TEST_F(SettingsTest, ANewPersonPicksDevicesStartsAtLoginMovesTheFolderAndAddsCol
   PickFromList(kOutputDevicesX, kOutputDevicesY, "Down Down Return");  // the "mic" sink
   PickFromList(kInputDevicesX, kInputDevicesY, "Down Down Return");    // the second source
   ClickInSheet(kStartAtLoginX, kStartAtLoginY);
+  ClickInSheet(kNameX, kNameY);
+  desktop_.Run("xdotool key ctrl+a");
+  desktop_.Run("xdotool type 'Dana Example'");
   if (const char* picture = std::getenv("PARLAVOX_SETTINGS_SCREENSHOT")) {
     desktop_.Screenshot(picture);
   }
@@ -98,10 +102,11 @@ TEST_F(SettingsTest, ANewPersonPicksDevicesStartsAtLoginMovesTheFolderAndAddsCol
     ASSERT_TRUE(Eventually([&] { return !desktop_.VisibleWindow("Locate user folder"); }));
   }
   CloseSheet(kCancelX);
-  UserRecord record;  // the same person, on in the folder they moved to
+  UserRecord record;  // the same person, on in the folder they moved to, by their name
   ASSERT_TRUE(Eventually([&] { return ReadUserRecord(&record, moved + "/ParlavoxUserData"); }, 3s));
   EXPECT_TRUE(record.is_on());
   EXPECT_EQ(record.id, copy_.OwnRecord().id);
+  EXPECT_EQ(record.Name(), "Dana Example");
   EXPECT_FALSE(copy_.OwnRecord().is_on());  // the old folder shows them off
   // A folder made 0755 keeps colleagues out: said with the fix.
   EXPECT_NE(copy_.Status()["status"].toString().toStdString().find("chmod 1777"), std::string::npos)
