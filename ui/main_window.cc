@@ -11,6 +11,7 @@
 #include <QMouseEvent>
 #include <QSessionManager>
 #include <QStyle>
+#include <QTextDocument>
 #include <QVBoxLayout>
 
 #include "ui/about_dialog.h"
@@ -246,8 +247,12 @@ void MainWindow::ShowOnOff(bool on) {
   tray_->ShowOnOff(on);
 }
 
-void MainWindow::ShowStatus(const std::string& text, bool) {
+void MainWindow::ShowStatus(const std::string& text, bool idle) {
   status_->setText(QString::fromStdString(text));
+  // The line cuts long texts (a folder's path, the command that fixes it); pointing at
+  // it shows them whole.
+  status_->setToolTip(idle ? QString()
+                           : Qt::convertFromPlainText(status_->text(), Qt::WhiteSpaceNormal));
 }
 
 void MainWindow::ShowCallButton(CallButton pushed) {

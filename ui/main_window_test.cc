@@ -70,9 +70,14 @@ TEST_F(MainWindowTest, ShowsTheUsersTheirStateAndTheStatusLine) {
 
   intercom_.ShowStatus("Server fileserver does not answer");
   const QList<QLabel*> labels = window_.findChildren<QLabel*>();
-  EXPECT_TRUE(std::any_of(labels.begin(), labels.end(), [](const QLabel* label) {
+  const auto status = std::find_if(labels.begin(), labels.end(), [](const QLabel* label) {
     return label->text() == "Server fileserver does not answer";
-  }));
+  });
+  ASSERT_NE(status, labels.end());
+  EXPECT_TRUE((*status)->toolTip().contains((*status)->text()));  // whole, where it is cut
+  clock_.Advance(std::chrono::seconds(13));  // an idle text follows, without one
+  EXPECT_NE((*status)->text(), "Server fileserver does not answer");
+  EXPECT_EQ((*status)->toolTip(), "");
 }
 
 TEST_F(MainWindowTest, F5HeldCallsTheSelectedUserAndLettingGoEndsTheCall) {
