@@ -3,7 +3,6 @@
 #include <QCheckBox>
 #include <QClipboard>
 #include <QComboBox>
-#include <QFormLayout>
 #include <QGridLayout>
 #include <QGroupBox>
 #include <QGuiApplication>
@@ -68,17 +67,11 @@ class GeneralPage : public SettingsPage {
     share_row->addStretch();
     folder_layout->addLayout(share_row, 3, 0, 1, 2);
 
-    // The record holds 59 bytes of each; longer names are cut there.
-    auto* identity = new QGroupBox("Your Name and E-mail (as colleagues see them)");
+    auto* identity = new QGroupBox("Your &Name (as colleagues see it)");
     name_ = new QLineEdit;
     name_->setAccessibleName("Your name");
-    name_->setMaxLength(59);
-    email_ = new QLineEdit;
-    email_->setAccessibleName("Your e-mail");
-    email_->setMaxLength(59);
-    auto* identity_layout = new QFormLayout(identity);
-    identity_layout->addRow("&Name:", name_);
-    identity_layout->addRow("E-&mail:", email_);
+    name_->setMaxLength(59);  // what the record holds
+    (new QVBoxLayout(identity))->addWidget(name_);
 
     start_at_login_ = new QCheckBox("Run Parlavox automatically on tray at start-up");
 
@@ -134,9 +127,7 @@ class GeneralPage : public SettingsPage {
                                   ? QString()
                                   : "Only an administrator can set the folder for all users");
     folder_browsed_ = false;
-    const UserRecord own = context_.own_record();
-    name_->setText(QString::fromStdString(own.Name()));
-    email_->setText(QString::fromStdString(own.Email()));
+    name_->setText(QString::fromStdString(context_.own_record().Name()));
     start_at_login_->setChecked(page.start_at_login);
     UpdateControls();
   }
@@ -155,7 +146,7 @@ class GeneralPage : public SettingsPage {
     SaveGeneralSettings(page, context_.settings, context_.folders, context_.login);
     folder_->setModified(false);
     folder_browsed_ = false;
-    SaveIdentity();
+    SaveName();
   }
 
   int help_topic() const override { return help::kGeneralPage; }
@@ -186,16 +177,14 @@ class GeneralPage : public SettingsPage {
     if (let_through != nullptr && box.clickedButton() == let_through) Share(true);
   }
 
-  // Publishes the name or e-mail the person edited, into the inward folder just saved.
-  // A name left empty keeps the one before: colleagues would see nobody.
-  void SaveIdentity() {
-    IdentityChange change;
+  // Publishes a name the person typed, into the inward folder just saved. A name left
+  // empty keeps the one before: colleagues would see nobody.
+  void SaveName() {
     const QString name = name_->text().trimmed();
-    if (name_->isModified() && !name.isEmpty()) change.name = name.toStdString();
-    if (email_->isModified()) change.email = email_->text().trimmed().toStdString();
+    if (name_->isModified() && !name.isEmpty()) {
+      context_.change_identity({.name = name.toStdString()});
+    }
     name_->setModified(false);
-    email_->setModified(false);
-    if (change.name || change.email) context_.change_identity(change);
   }
 
   // A recording level only for a source of the program's choosing; with the mixer line
@@ -218,7 +207,6 @@ class GeneralPage : public SettingsPage {
   QRadioButton* for_everyone_;
   QRadioButton* for_me_;
   QLineEdit* name_;
-  QLineEdit* email_;
   QCheckBox* start_at_login_;
   bool folder_browsed_ = false;
 };

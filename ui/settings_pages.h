@@ -33,8 +33,8 @@ struct SettingsContext {
   // The colleagues in a server's shares or a folder, and the servers to look in.
   ColleagueFinder find_colleagues;
   ServerFinder announced_servers;
-  // The own record as it stands, and a change of the name or e-mail in it, which the
-  // intercom publishes at once.
+  // The own record as it stands, and a change of it, which the intercom publishes at
+  // once.
   std::function<UserRecord()> own_record;
   std::function<void(const IdentityChange&)> change_identity;
 };
@@ -49,7 +49,7 @@ class SettingsPage : public QWidget {
 };
 
 // "General": the sound devices and levels, the inward folder and its sharing, the name
-// and e-mail colleagues see, start at login.
+// colleagues see, start at login.
 SettingsPage* NewGeneralPage(const SettingsContext& context);
 // "Users": the other users' inward folders, also found on the network; every change is
 // written at once.

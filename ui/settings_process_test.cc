@@ -16,9 +16,9 @@ constexpr int kSettingsItemY = 121;  // in the Intercom menu
 constexpr int kUsersTabX = 112, kTabsY = 24;
 constexpr int kOutputDevicesX = 204, kOutputDevicesY = 85;
 constexpr int kFolderX = 161, kFolderY = 307;
-constexpr int kOkX = 186, kCancelX = 272, kButtonsY = 564;
+constexpr int kOkX = 186, kCancelX = 272, kButtonsY = 536;
 constexpr int kInputDevicesX = 204, kInputDevicesY = 183;
-constexpr int kStartAtLoginX = 30, kStartAtLoginY = 523;
+constexpr int kStartAtLoginX = 30, kStartAtLoginY = 495;
 constexpr int kNameX = 245, kNameY = 456;
 constexpr int kAddX = 335, kAddY = 85;
 constexpr int kShareX = 102, kShareY = 387;
