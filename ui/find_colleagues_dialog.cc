@@ -93,10 +93,12 @@ class FindColleaguesDialog : public QDialog {
     found_->clear();
     for (const FoundUser& user : found) {
       const bool listed = std::find(listed_.begin(), listed_.end(), user.folder) != listed_.end();
-      auto* line = new QListWidgetItem(
-          QString::fromStdString(user.record.Name()) + (user.record.is_on() ? " (on)" : " (off)") +
-              "  " + QString::fromStdString(user.folder) + (listed ? "  (in your list)" : ""),
-          found_);
+      // "In your list" goes beside the name: after a long folder it would be out of sight.
+      const QString state =
+          QString(user.record.is_on() ? "on" : "off") + (listed ? ", in your list" : "");
+      auto* line = new QListWidgetItem(QString::fromStdString(user.record.Name()) + " (" + state +
+                                           ")  " + QString::fromStdString(user.folder),
+                                       found_);
       line->setData(Qt::UserRole, QString::fromStdString(user.folder));
       line->setFlags(listed ? Qt::ItemIsUserCheckable
                             : Qt::ItemIsUserCheckable | Qt::ItemIsEnabled);

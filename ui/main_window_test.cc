@@ -193,6 +193,7 @@ TEST(FindColleaguesDialogTest, ColleaguesFoundAreTickedAndThoseListedCannotBePic
     EXPECT_TRUE(found->item(0)->text().startsWith("Ann (on)"));
     EXPECT_EQ(found->item(0)->checkState(), Qt::Checked);
     EXPECT_FALSE(found->item(1)->flags() & Qt::ItemIsEnabled);  // Ben is listed already
+    EXPECT_TRUE(found->item(1)->text().startsWith("Ben (off, in your list)"));
   };
   QTimer::singleShot(0, [&] {
     auto* dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
