@@ -77,6 +77,8 @@ QWidget* MainWindow::BuildFace() {
   frame->setFrameStyle(QFrame::StyledPanel | QFrame::Sunken);
   users_ = new QListWidget;
   users_->setSelectionMode(QAbstractItemView::SingleSelection);
+  // A name wider than the list ends in "…" rather than scrolling the list sideways.
+  users_->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
   users_->setToolTip("Select person to call (use arrow keys)");
   users_->viewport()->installEventFilter(this);
   auto* users_label = new QLabel("&Users");
