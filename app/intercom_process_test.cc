@@ -103,6 +103,7 @@ TEST_F(IntercomProcessTest, ControlsTheRunningCopyAndKeepsOneCopyRunning) {
   EXPECT_EQ(copy_.OwnRecord().id, 4242);
   EXPECT_EQ(copy_.Control({"--set-id", "0"}).first, 2);
   EXPECT_EQ(copy_.Control({"--set-id", "12abc"}).first, 2);
+  EXPECT_EQ(copy_.Control({"--set-name", ""}).first, 2);
   EXPECT_EQ(copy_.Control({"--call", "-1"}).first, 2);
 
   // Started inside its own inward folder, with a user whose folder is left empty: the

@@ -42,6 +42,9 @@ std::optional<std::string> CheckControlValue(std::string_view option, std::strin
   if (option == "set-id" && !ParseUserId(value)) {
     return "the id must be a whole number from 1 to 2147483647";
   }
+  if (option == "set-name" && value.find_first_not_of(" \t") == std::string_view::npos) {
+    return "the name must not be empty: colleagues would see nobody";
+  }
   if (option == "call" && !ParseListIndex(value)) {
     return "the user's position must be a whole number from 0";
   }

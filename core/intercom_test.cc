@@ -65,6 +65,8 @@ TEST_F(IntercomTest, IdentitySurvivesInTheRecordFile) {
   change.email = "dana@example.org";
   intercom_.ChangeIdentity(change);
   EXPECT_EQ(Published().Name(), "Dana");
+  intercom_.ChangeIdentity({.name = " "});  // a blank name: colleagues would see nobody
+  EXPECT_EQ(Published().Name(), "Dana");
   intercom_.End();
 
   FakeClock clock;

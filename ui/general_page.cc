@@ -177,13 +177,10 @@ class GeneralPage : public SettingsPage {
     if (let_through != nullptr && box.clickedButton() == let_through) Share(true);
   }
 
-  // Publishes a name the person typed, into the inward folder just saved. A name left
-  // empty keeps the one before: colleagues would see nobody.
+  // Publishes a name the person typed, into the inward folder just saved.
   void SaveName() {
-    const QString name = name_->text().trimmed();
-    if (name_->isModified() && !name.isEmpty()) {
-      context_.change_identity({.name = name.toStdString()});
-    }
+    if (name_->isModified())
+      context_.change_identity({.name = name_->text().trimmed().toStdString()});
     name_->setModified(false);
   }
 

@@ -21,7 +21,7 @@ UserRecord NewOwnRecord() {
 }
 
 void IdentityChange::ApplyTo(UserRecord* record) const {
-  if (name) record->SetName(*name);
+  if (name && name->find_first_not_of(" \t") != std::string::npos) record->SetName(*name);
   if (id) record->id = *id;
   if (email) record->SetEmail(*email);
 }

@@ -17,7 +17,8 @@ std::string AccountName();
 // 1 to 2^31 - 1 and the account's name.
 UserRecord NewOwnRecord();
 
-// A change of the person's name, id or e-mail text; fields left empty stay as they are.
+// A change of the person's name, id or e-mail text; fields left empty stay as they are,
+// and so does the name where the new one is blank: colleagues would see nobody.
 struct IdentityChange {
   std::optional<std::string> name;
   std::optional<int32_t> id;
