@@ -14,6 +14,7 @@
 #include "audio/sound_devices.h"
 #include "audio/sound_server_test_util.h"
 #include "audio/wave_in.h"
+#include "audio/wave_out.h"
 #include "util/scratch_folder_test_util.h"
 
 namespace parlavox {
@@ -205,6 +206,18 @@ TEST_F(SoundPlayerTest, AMessageGoesOnAfterTheSoundServerRestarts) {
   EXPECT_GT(std::chrono::steady_clock::now() - began, 3500ms);
   ASSERT_TRUE(player_.Play(OpenWaveFileReader(ToneFile(0.5))));
   EXPECT_TRUE(PlayedToTheEnd(5s));
+}
+
+// The server's going drops the stream's connection at once; the stream waits, failed,
+// until its owner closes it, also when the owner takes its time.
+TEST_F(SoundPlayerTest, AStreamWhoseServerWentWaitsFailedUntilItIsClosed) {
+  ManualResetEvent done;
+  WaveOut out;
+  ASSERT_TRUE(out.Open("speaker", 11025, 1, 0, &done));
+  server_.Stop();
+  EXPECT_TRUE(Eventually([&] { return out.failed(); }));
+  std::this_thread::sleep_for(100ms);  // several looks at its timing meanwhile
+  out.Close();
 }
 
 // A server that stops answering (stopped, or stuck on a device) holds a message up for

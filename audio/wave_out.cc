@@ -150,8 +150,11 @@ void WaveOut::OnTimer(pa_mainloop_api*, pa_time_event* event, const timeval*, vo
       pa_operation_unref(operation);
     }
   }
-  pa_context_rttime_restart(pa_stream_get_context(out->stream_), event,
-                            pa_rtclock_now() + kTimingInterval);
+  // A stream whose server went is cut from its connection at once: nothing is left to
+  // look at until the owner, told it failed, closes it (and frees this timer).
+  pa_context* context = pa_stream_get_context(out->stream_);
+  if (context == nullptr) return;
+  pa_context_rttime_restart(context, event, pa_rtclock_now() + kTimingInterval);
 }
 
 void WaveOut::OnTiming(pa_stream* stream, int success, void* self) {
