@@ -56,6 +56,12 @@ bool WaveOut::Open(const std::string& device, uint32_t rate, int channels, int d
     return false;
   }
   SetPlaybackLevel(context, stream_, decibels);
+  // That waited for the server, which may have gone meanwhile, its connection with it.
+  context = pa_stream_get_context(stream_);
+  if (context == nullptr) {
+    Close();
+    return false;
+  }
   timer_ =
       pa_context_rttime_new(context, pa_rtclock_now() + kTimingInterval, &WaveOut::OnTimer, this);
   return true;
