@@ -85,6 +85,12 @@ int MainThreadNice(pid_t pid) {
   return std::stoi(field);
 }
 
+// Unmounts a file system mounted for a test when the test ends.
+struct Unmount {
+  std::string at;
+  ~Unmount() { EXPECT_EQ(Shell("umount -l '" + at + "'"), 0); }
+};
+
 class CallProcessTest : public testing::Test {
  protected:
   CallProcessTest() {
@@ -286,6 +292,24 @@ TEST_F(CallProcessTest, AMessageGrowingLiveIsHeardWholeAtTheLevelSetOnAQuietDesk
   EXPECT_NEAR(20 * std::log10(gain), -10, 1.0);
 }
 
+// Ben's inward folder fills up while Ann speaks into it: her call ends there and she is
+// told, rather than speaking on unheard.
+TEST_F(CallProcessTest, ACallIntoAFolderThatFillsUpEndsThereAndSaysSo) {
+  const std::string small = scratch_ / "small";
+  std::filesystem::create_directory(small);
+  if (Shell("mount -t tmpfs -o size=32k,mode=1777 tmpfs '" + small + "'") != 0) {
+    GTEST_SKIP() << "mounting a small file system needs root";
+  }
+  const Unmount unmount{small};
+  ASSERT_NO_FATAL_FAILURE(MoveBensInwardFolder(small, small));
+  ASSERT_EQ(ann_.Control({"--call", "0"}).first, 0);
+  ASSERT_EQ(
+      Shell("PULSE_SERVER=" + ann_server_.address() + " paplay --device=mic '" + speech_ + "'"), 0);
+  EXPECT_TRUE(Eventually([&] { return !ann_.Status()["recording"].toBool(); }, 10s));
+  EXPECT_EQ(ann_.Status()["status"].toString().toStdString(),
+            "Your message could not be saved in the user's folder");
+}
+
 // The two copies know each other only by their folders on a Samba server, named as
 // Windows copies name them and as Linux desktops do: nothing is mounted. Ann's way to
 // the server is 20 ms slower a round trip (a relay that holds every packet back 10 ms
@@ -379,10 +403,7 @@ TEST_F(CallProcessTest, AnInwardFolderOnASambaShareMountedThroughSmbnetfsWorks) 
   std::filesystem::create_directories(smbnetfs_home + "/.smb");
   WriteFileText(smbnetfs_home + "/.smb/smb.conf", "[global]\n  client min protocol = SMB2\n");
   WriteFileText(smbnetfs_home + "/.smb/smbnetfs.conf", "show_hidden_hosts \"true\"\n");
-  struct Unmount {
-    std::string at;
-    ~Unmount() { EXPECT_EQ(Shell("umount -l '" + at + "'"), 0); }
-  } unmount{mount};
+  const Unmount unmount{mount};
   ChildProcess smbnetfs({"/usr/bin/smbnetfs", "-f", mount},
                         {"HOME=" + smbnetfs_home, "PATH=/usr/bin:/bin"}, scratch_ / "smbnetfs.out",
                         scratch_ / "smbnetfs.out");

@@ -1,5 +1,7 @@
 #include "core/calls.h"
 
+#include <memory>
+
 #include "settings/device_setting.h"
 
 namespace parlavox {
@@ -74,17 +76,25 @@ void Calls::OnCalleeRecord(const std::string& folder, Done done,
       lifetime_.Bind([this, callee = *callee, done = std::move(done)](MessageOpening opening) {
         OnMessageOpened(callee, done, std::move(opening));
       }),
-      MessageReports{lifetime_.Bind([this](bool whole) {
-                       if (!whole) {
-                         status_.ShowStatus("Your message could not be saved in the user's folder");
-                       }
-                     }),
-                     lifetime_.Bind([this] {
-                       if (!is_recording()) return;
-                       Stop();
-                       status_.ShowStatus(
-                           "Your message was taken from the user's folder before it ended");
-                     })});
+      Reports());
+}
+
+MessageReports Calls::Reports() {
+  constexpr const char* kNotSaved = "Your message could not be saved in the user's folder";
+  auto told_lost = std::make_shared<bool>(false);
+  return {lifetime_.Bind([this, told_lost](bool whole) {
+            if (!whole && !*told_lost) status_.ShowStatus(kNotSaved);
+          }),
+          lifetime_.Bind(
+              [this] { EndCall("Your message was taken from the user's folder before it ended"); }),
+          lifetime_.Bind([this, told_lost] { *told_lost = EndCall(kNotSaved); })};
+}
+
+bool Calls::EndCall(const std::string& why) {
+  if (!is_recording()) return false;
+  Stop();
+  status_.ShowStatus(why);
+  return true;
 }
 
 void Calls::OnMessageOpened(const UserRecord& callee, Done done, MessageOpening opening) {

@@ -39,7 +39,8 @@ std::string RefusalText(CallRefusal refusal);
 // then the record source and level are set, the process is raised and the recorder
 // starts, and the status line shows "-> name". A call that can't be reached, is off or
 // can't be written shows why on the status line; so does a call whose message is taken
-// from the callee's folder before it ends, which then ends.
+// from the callee's folder before it ends, or whose sound stops reaching the file (the
+// rest would be lost unheard), which then ends.
 class Calls : private LSoundRecorderListener {
  public:
   using Done = std::function<void(CallRefusal)>;
@@ -65,6 +66,10 @@ class Calls : private LSoundRecorderListener {
   void OnMessageOpened(const UserRecord& callee, Done done, MessageOpening opening);
   // Ends an attempt that the callee's side refused, saying why on the status line.
   void Refuse(CallRefusal refusal, const Done& done);
+  // What the call hears of its message from the share.
+  MessageReports Reports();
+  // Ends the call running, saying why; false when none runs.
+  bool EndCall(const std::string& why);
   void OnRecordLevels(const ChannelLevels& levels, uint32_t cookie) override;
   void OnRecordLost(uint32_t cookie) override;
 

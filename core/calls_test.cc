@@ -86,7 +86,7 @@ TEST_F(CallsTest, ACallThatCannotStartSaysWhy) {
   EXPECT_FALSE(priority_.raised);
 }
 
-TEST_F(CallsTest, AMessageTakenAwayOrALostSoundServerEndsTheCallAndOneNotSavedWholeIsToldOf) {
+TEST_F(CallsTest, AMessageTakenAwayOrNotWrittenOrALostSoundServerEndsTheCallAndIsToldOfOnce) {
   ListUser("Ann", 101);
   EXPECT_EQ(StartCall(0), CallRefusal::kNone);
   share_.last_reports.taken_away();
@@ -111,6 +111,14 @@ TEST_F(CallsTest, AMessageTakenAwayOrALostSoundServerEndsTheCallAndOneNotSavedWh
   const size_t ended = view_.statuses.size();
   share_.last_reports.taken_away();  // gone once the call had ended: heard, not taken
   EXPECT_EQ(view_.statuses.size(), ended);
+
+  EXPECT_EQ(StartCall(0), CallRefusal::kNone);
+  share_.last_reports.lost();  // the callee's disk is full: the rest would go unheard
+  EXPECT_FALSE(recorder_.is_recording());
+  EXPECT_EQ(view_.statuses.back(), "Your message could not be saved in the user's folder");
+  const size_t lost = view_.statuses.size();
+  share_.last_reports.finished(false);
+  EXPECT_EQ(view_.statuses.size(), lost);
 }
 
 TEST_F(CallsTest, AShortPressStillLeavesAMessage) {

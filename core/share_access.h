@@ -27,6 +27,9 @@ struct MessageReports {
   std::function<void(bool whole)> finished;
   // The file went from the callee's folder while the call went on.
   std::function<void()> taken_away;
+  // Sound could not be written into the file while the call went on (a full disk, a
+  // server that stopped taking it): what follows would be lost too.
+  std::function<void()> lost;
 };
 
 // The other users' inward folders, which are usually on network shares that can be

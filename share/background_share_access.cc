@@ -5,6 +5,7 @@
 #include "audio/queued_wave_file_writer.h"
 #include "share/batched_writable_file.h"
 #include "share/folder_access.h"
+#include "share/loss_reporting_file.h"
 #include "share/message_file.h"
 #include "share/watched_message_writer.h"
 #include "util/paths.h"
@@ -41,15 +42,17 @@ void BackgroundShareAccess::ReadRecord(const std::string& folder,
   });
 }
 
+std::function<void()> BackgroundShareAccess::ToOwner(std::function<void()> report) {
+  if (!report) return nullptr;
+  return [this, report = std::move(report)] { owner_.Post(report); };
+}
+
 std::shared_ptr<WaveFileWriter> BackgroundShareAccess::Watched(std::shared_ptr<WaveFileWriter> file,
                                                                std::function<bool()> gone,
                                                                TaskPoster& worker,
                                                                MessageReports reports) {
   auto watched = std::make_shared<WatchedMessageWriter>(
-      std::move(file), std::move(gone),
-      [this, taken_away = std::move(reports.taken_away)] {
-        if (taken_away) owner_.Post(taken_away);
-      },
+      std::move(file), std::move(gone), ToOwner(std::move(reports.taken_away)),
       [] { return std::chrono::steady_clock::now(); });
   return std::make_shared<QueuedWaveFileWriter>(
       std::move(watched), worker, [this, finished = std::move(reports.finished)](bool whole) {
@@ -70,7 +73,9 @@ void BackgroundShareAccess::OpenMessage(const std::string& folder, const std::st
     opening.still_playing = message.still_playing;
     std::shared_ptr<WaveFileWriter> file;
     if (message.fd >= 0) {
-      file = CreateWaveFileWriter(WritableFileOnDescriptor(message.fd), 11025, 1, 16, 0);
+      file = CreateWaveFileWriter(
+          ReportingLoss(WritableFileOnDescriptor(message.fd), ToOwner(std::move(reports.lost))),
+          11025, 1, 16, 0);
     }
     opening.unwritable = !message.still_playing && !(file && file->is_valid());
     if (file && file->is_valid()) {
@@ -95,7 +100,9 @@ void BackgroundShareAccess::OpenOnShare(const ShareLocation& share, const std::s
     // The callee's copy holds the message against writing while it is heard.
     opening.still_playing = error == EBUSY;
     if (on_server) {
-      on_server = std::make_unique<BatchedWritableFile>(std::move(on_server), kBatchBytes);
+      on_server =
+          ReportingLoss(std::make_unique<BatchedWritableFile>(std::move(on_server), kBatchBytes),
+                        ToOwner(std::move(reports.lost)));
     }
     std::shared_ptr<WaveFileWriter> file =
         CreateWaveFileWriter(std::move(on_server), 11025, 1, 16, 0);

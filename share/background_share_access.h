@@ -32,6 +32,8 @@ class BackgroundShareAccess : public ShareAccess {
   TaskPoster& WorkerFor(const std::string& folder);
   void OpenOnShare(const ShareLocation& share, const std::string& name,
                    std::function<void(MessageOpening)> done, MessageReports reports);
+  // `report`, posted to the owner when called; null for a null one.
+  std::function<void()> ToOwner(std::function<void()> report);
   // `file`, written on `worker`'s thread, watched with `gone` for being taken away, and
   // reporting to the owner.
   std::shared_ptr<WaveFileWriter> Watched(std::shared_ptr<WaveFileWriter> file,
