@@ -292,9 +292,9 @@ TEST_F(CallProcessTest, AMessageGrowingLiveIsHeardWholeAtTheLevelSetOnAQuietDesk
   EXPECT_NEAR(20 * std::log10(gain), -10, 1.0);
 }
 
-// Ben's inward folder fills up while Ann speaks into it: her call ends there and she is
-// told, rather than speaking on unheard.
-TEST_F(CallProcessTest, ACallIntoAFolderThatFillsUpEndsThereAndSaysSo) {
+// Ben's inward folder fills up while Ann speaks into it, on his disk and then through a
+// Samba server: her call ends there and she is told, rather than speaking on unheard.
+TEST_F(CallProcessTest, ACallIntoAFolderThatFillsUpEndsThereAndSaysSoAlsoThroughSamba) {
   const std::string small = scratch_ / "small";
   std::filesystem::create_directory(small);
   if (Shell("mount -t tmpfs -o size=32k,mode=1777 tmpfs '" + small + "'") != 0) {
@@ -302,12 +302,20 @@ TEST_F(CallProcessTest, ACallIntoAFolderThatFillsUpEndsThereAndSaysSo) {
   }
   const Unmount unmount{small};
   ASSERT_NO_FATAL_FAILURE(MoveBensInwardFolder(small, small));
-  ASSERT_EQ(ann_.Control({"--call", "0"}).first, 0);
-  ASSERT_EQ(
-      Shell("PULSE_SERVER=" + ann_server_.address() + " paplay --device=mic '" + speech_ + "'"), 0);
-  EXPECT_TRUE(Eventually([&] { return !ann_.Status()["recording"].toBool(); }, 10s));
-  EXPECT_EQ(ann_.Status()["status"].toString().toStdString(),
-            "Your message could not be saved in the user's folder");
+  SambaServer samba(scratch_ / "samba", {{"ben", small}});
+  ASSERT_TRUE(samba.Answers(10s)) << samba.log();
+  for (const std::string& listed : {small, std::string("smb://127.0.0.1/ben")}) {
+    ann_.Set("users", "folder0", listed);
+    ASSERT_TRUE(Eventually([&] { return FirstUserOn(ann_); }, 12s)) << listed;
+    ASSERT_EQ(ann_.Control({"--call", "0"}).first, 0) << listed;
+    ASSERT_EQ(
+        Shell("PULSE_SERVER=" + ann_server_.address() + " paplay --device=mic '" + speech_ + "'"),
+        0);
+    EXPECT_TRUE(Eventually([&] { return !ann_.Status()["recording"].toBool(); }, 10s)) << listed;
+    EXPECT_EQ(ann_.Status()["status"].toString().toStdString(),
+              "Your message could not be saved in the user's folder");
+    std::filesystem::remove(MessageFromAnn(small));  // as Ben's copy does in its time
+  }
 }
 
 // The two copies know each other only by their folders on a Samba server, named as

@@ -149,7 +149,9 @@ bool Failed(int* error, int code) {
 // lost with its connection (dropped by the server or on the way) is opened afresh, which
 // connects again, at once and then at each later write once the server answers; what
 // could not be written meanwhile is kept, up to kMaxKeptBytes, and written first, so
-// that a message goes on where it was and loses nothing.
+// that a message goes on where it was and loses nothing. A server that answers that it
+// has no room (a full disk, a quota) loses what was kept at once: waiting would only
+// hide the loss from the caller.
 class SmbConnection::File : public WritableFile {
  public:
   static constexpr size_t kMaxKeptBytes = 16 << 20;
@@ -161,8 +163,8 @@ class SmbConnection::File : public WritableFile {
   bool WriteAt(const void* data, size_t size, int64_t offset) override {
     kept_bytes_ += size;
     kept_.push_back({offset, std::string(static_cast<const char*>(data), size)});
-    if (WriteKept() || kept_bytes_ <= kMaxKeptBytes) return true;
-    kept_.clear();  // too much waited: it is lost
+    if (WriteKept() || (kept_bytes_ <= kMaxKeptBytes && !no_room_)) return true;
+    kept_.clear();  // too much waited, or the server has no room for it: it is lost
     kept_bytes_ = 0;
     return false;
   }
@@ -213,9 +215,13 @@ class SmbConnection::File : public WritableFile {
     for (size_t done = 0; done < piece.bytes.size();) {
       const ssize_t wrote = smbc_getFunctionWrite(context)(
           context, file_, piece.bytes.data() + done, piece.bytes.size() - done);
-      if (wrote <= 0) return false;
+      if (wrote <= 0) {
+        no_room_ = errno == ENOSPC || errno == EDQUOT || errno == EFBIG;
+        return false;
+      }
       done += static_cast<size_t>(wrote);
     }
+    no_room_ = false;
     return true;
   }
   // Opens the file afresh where it was lost with its connection (it is not open, or the
@@ -247,6 +253,7 @@ class SmbConnection::File : public WritableFile {
   SMBCFILE* file_;
   std::deque<Piece> kept_;  // written, not yet on the server
   size_t kept_bytes_ = 0;
+  bool no_room_ = false;  // the server answered the last write that its disk is full
 };
 
 void SmbConnection::GiveAccount(SMBCCTX* context, const char*, const char*, char* workgroup,
