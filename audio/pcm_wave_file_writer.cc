@@ -27,6 +27,7 @@ PcmWaveFileWriter::PcmWaveFileWriter(std::unique_ptr<WritableFile> file, uint32_
     MarkInvalid();
     return;
   }
+  reached_frames_ = length();
   written_ = WriteHeader(true);
   if (!file_->Resize(kHeaderSize + length() * frame_bytes())) MarkInvalid();
 }
@@ -35,6 +36,12 @@ PcmWaveFileWriter::~PcmWaveFileWriter() { Finish(); }
 
 bool PcmWaveFileWriter::Finish() {
   if (!file_) return false;
+  if (!written_) {
+    // Made as long as claimed: sound gathered for a write that failed may have been
+    // counted as reached, and a write that failed may have left part of itself.
+    set_length(std::min(length(), reached_frames_));
+    file_->Resize(kHeaderSize + length() * frame_bytes());
+  }
   const bool header = WriteHeader(false);
   const bool closed = file_->Close();
   file_.reset();
@@ -73,7 +80,11 @@ void PcmWaveFileWriter::WriteBlock(const int32_t* samples, int frames) {
     EncodePcm(samples, count, bytes_per_sample_, buffer_.data());
     const int64_t end = kHeaderSize + length() * frame_bytes();
     const int64_t block_bytes = count * bytes_per_sample_;
-    written_ &= file_->WriteAt(buffer_.data(), static_cast<size_t>(block_bytes), end - block_bytes);
+    if (file_->WriteAt(buffer_.data(), static_cast<size_t>(block_bytes), end - block_bytes)) {
+      reached_frames_ = std::max(reached_frames_, length());
+    } else {
+      written_ = false;
+    }
   }
   refresh_countdown_ -= frames;
   if (refresh_countdown_ < 0 && is_valid()) written_ &= WriteHeader(true);
@@ -82,6 +93,7 @@ void PcmWaveFileWriter::WriteBlock(const int32_t* samples, int frames) {
 void PcmWaveFileWriter::Truncate(int64_t frame) {
   if (frame > length()) return;
   set_length(std::max<int64_t>(frame, 0));
+  reached_frames_ = std::min(reached_frames_, length());
   if (!is_valid()) return;
   written_ &= WriteHeader(true);
   written_ &= file_->Resize(kHeaderSize + length() * frame_bytes());

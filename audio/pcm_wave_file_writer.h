@@ -13,7 +13,9 @@ namespace parlavox {
 // While the file grows the header claims 32 seconds beyond the written end and is
 // rewritten after every 16 seconds of audio; others may read the file meanwhile. Each
 // header written is sent on at once (WritableFile::SendOn), so that readers on other
-// machines see a valid header.
+// machines see a valid header. A file that sound did not reach to its end (a full disk)
+// is finished claiming, and as long as, the sound that reached it, so that readers take
+// it as whole rather than wait for the rest.
 class PcmWaveFileWriter : public WaveFileWriter {
  public:
   static constexpr int kHeaderSize = 46;
@@ -39,7 +41,8 @@ class PcmWaveFileWriter : public WaveFileWriter {
   std::unique_ptr<WritableFile> file_;
   int64_t refresh_countdown_ = 0;
   std::vector<uint8_t> buffer_;
-  bool written_ = true;  // every write so far succeeded
+  bool written_ = true;         // every write so far succeeded
+  int64_t reached_frames_ = 0;  // the end of the last block that reached the file
 };
 
 }  // namespace parlavox

@@ -11,6 +11,7 @@
 
 #include "audio/queued_wave_file_writer.h"
 #include "audio/sample_conversion.h"
+#include "audio/writable_file.h"
 #include "util/child_process_test_util.h"
 #include "util/little_endian.h"
 #include "util/scratch_folder_test_util.h"
@@ -135,6 +136,43 @@ TEST_F(WaveFileTest, ProvisionalHeaderClaims32SecondsAndIsRefreshedEvery16) {
   EXPECT_FALSE(invalid->is_valid());
   invalid->Write(block.data(), 441);
   EXPECT_EQ(invalid->length(), 441);
+}
+
+// A disk in memory that holds `room` bytes: a write that goes beyond fails, as on a
+// full disk, where what fitted of it stays.
+class SmallDisk : public WritableFile {
+ public:
+  SmallDisk(std::string& bytes, size_t room) : bytes_(bytes), room_(room) {}
+  bool WriteAt(const void* data, size_t size, int64_t offset) override {
+    const size_t at = size_t(offset), fits = std::min(size, room_ - std::min(room_, at));
+    if (bytes_.size() < at + fits) bytes_.resize(at + fits);
+    bytes_.replace(at, fits, static_cast<const char*>(data), fits);
+    return fits == size;
+  }
+  bool Resize(int64_t size) override {
+    bytes_.resize(size_t(size));
+    return true;
+  }
+  bool SendOn() override { return true; }
+  bool Close() override { return true; }
+
+ private:
+  std::string& bytes_;
+  const size_t room_;
+};
+
+// Sound that did not fit is not claimed by the finished header, nor kept in part: a
+// reader takes the file as whole instead of waiting for the rest.
+TEST_F(WaveFileTest, AFileThatFilledTheDiskIsFinishedClaimingOnlyWhatReachedIt) {
+  std::string bytes;
+  auto writer =
+      CreateWaveFileWriter(std::make_unique<SmallDisk>(bytes, 46 + 3 * 882 + 100), 11025, 1, 16, 0);
+  const std::vector<int32_t> block(441, 160);
+  for (int i = 0; i < 5; ++i) writer->Write(block.data(), 441);
+  EXPECT_FALSE(writer->Finish());
+  EXPECT_EQ(GetLittleEndian32(reinterpret_cast<const uint8_t*>(&bytes[42])), 3u * 882);
+  EXPECT_EQ(GetLittleEndian32(reinterpret_cast<const uint8_t*>(&bytes[4])), 3u * 882 + 38);
+  EXPECT_EQ(bytes.size(), 46u + 3 * 882);  // what fitted of the fourth block is cut off
 }
 
 // Says what reached it: "write <frames>", "cut <frame>", "finish".
