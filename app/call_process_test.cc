@@ -294,7 +294,7 @@ TEST_F(CallProcessTest, AMessageGrowingLiveIsHeardWholeAtTheLevelSetOnAQuietDesk
 
 // Ben's inward folder fills up while Ann speaks into it, on his disk and then through a
 // Samba server: her call ends there and she is told, rather than speaking on unheard;
-// Ben hears what came without waiting for the rest.
+// Ben hears what came without waiting for the rest. A folder full already refuses the call.
 TEST_F(CallProcessTest, ACallIntoAFolderThatFillsUpEndsThereAndSaysSoAlsoThroughSamba) {
   const std::string small = scratch_ / "small";
   std::filesystem::create_directory(small);
@@ -317,6 +317,12 @@ TEST_F(CallProcessTest, ACallIntoAFolderThatFillsUpEndsThereAndSaysSoAlsoThrough
     EXPECT_TRUE(Eventually([&] { return !std::filesystem::exists(MessageFromAnn(small)); }, 10s))
         << listed;
   }
+  // Full before she calls: the call does not start.
+  Shell("cat /dev/zero > '" + small + "/filler' 2>/dev/null");
+  const auto [call, errors] = ann_.Run({"--call", "0"});
+  EXPECT_EQ(call.first, 1);
+  EXPECT_EQ(ann_.Status()["status"].toString().toStdString(),
+            RefusalText(CallRefusal::kFolderNotWritable));
 }
 
 // The two copies know each other only by their folders on a Samba server, named as

@@ -28,8 +28,8 @@ PcmWaveFileWriter::PcmWaveFileWriter(std::unique_ptr<WritableFile> file, uint32_
     return;
   }
   reached_frames_ = length();
-  written_ = WriteHeader(true);
-  if (!file_->Resize(kHeaderSize + length() * frame_bytes())) MarkInvalid();
+  // A file that can't take its header (a full disk) can't be heard either.
+  if (!WriteHeader(true) || !file_->Resize(kHeaderSize + length() * frame_bytes())) MarkInvalid();
 }
 
 PcmWaveFileWriter::~PcmWaveFileWriter() { Finish(); }

@@ -58,8 +58,8 @@ std::shared_ptr<WaveFileReader> OpenWaveFileReader(const std::string& path);
 // Writes a WAVE file block by block. A file being written is readable at any moment:
 // its header claims 32 seconds more than has been written, and is refreshed every 16
 // seconds of audio; Finish writes the exact header. A writer whose file could not be
-// created is invalid and only counts frames. One writer is not safe to use from two
-// threads at once.
+// created, or take its header, is invalid and only counts frames. One writer is not
+// safe to use from two threads at once.
 class WaveFileWriter {
  public:
   WaveFileWriter(const WaveFileWriter&) = delete;

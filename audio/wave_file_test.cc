@@ -173,6 +173,10 @@ TEST_F(WaveFileTest, AFileThatFilledTheDiskIsFinishedClaimingOnlyWhatReachedIt) 
   EXPECT_EQ(GetLittleEndian32(reinterpret_cast<const uint8_t*>(&bytes[42])), 3u * 882);
   EXPECT_EQ(GetLittleEndian32(reinterpret_cast<const uint8_t*>(&bytes[4])), 3u * 882 + 38);
   EXPECT_EQ(bytes.size(), 46u + 3 * 882);  // what fitted of the fourth block is cut off
+
+  std::string full;  // one that can't take the header can't be heard either
+  EXPECT_FALSE(
+      CreateWaveFileWriter(std::make_unique<SmallDisk>(full, 40), 11025, 1, 16, 0)->is_valid());
 }
 
 // Says what reached it: "write <frames>", "cut <frame>", "finish".
