@@ -193,19 +193,26 @@ class CallProcessTest : public testing::Test {
     return folder + "/" + std::to_string(ann_.OwnRecord().id) + ".wav";
   }
 
-  // Puts a whole message of six seconds' tone from Ann at `message`, all at once, and
-  // has Ann call Ben while he hears it, once it is held for him after `held`: refused,
-  // the message uncut.
-  void ExpectACallAgainRefusedWhileHeard(const std::string& message,
-                                         std::chrono::milliseconds held = 0ms) {
+  // Puts a whole message of `seconds` of tone at `path`, all at once, as a guest made it.
+  void PutWholeMessage(const std::string& path, int seconds) {
     {
-      auto writer = CreateWaveFileWriter(scratch_ / "long.wav", kRate, 1, 16, 0);
+      auto writer = CreateWaveFileWriter(scratch_ / "whole.wav", kRate, 1, 16, 0);
       const std::vector<int32_t> tone = HalfASecondOfTone();
-      for (int i = 0; i < 12; ++i) writer->Write(tone.data(), int64_t(tone.size()));
+      for (int i = 0; i < 2 * seconds; ++i) writer->Write(tone.data(), int64_t(tone.size()));
     }
-    std::filesystem::rename(scratch_ / "long.wav", message);
-    std::filesystem::permissions(message, std::filesystem::perms::all);  // as a guest made it
+    std::filesystem::rename(scratch_ / "whole.wav", path);
+    std::filesystem::permissions(path, std::filesystem::perms::all);
+  }
+
+  // Has Ben hear a message of six seconds and Ann call him meanwhile, once her message at
+  // `message` is held for him after `held`: refused, her message uncut. The one heard is
+  // hers, or where `heard_first` names another caller's, hers (of a second) waits behind it.
+  void ExpectACallAgainRefusedWhileHeard(const std::string& message,
+                                         std::chrono::milliseconds held = 0ms,
+                                         const std::string& heard_first = "") {
+    PutWholeMessage(heard_first.empty() ? message : heard_first, 6);
     ASSERT_TRUE(Eventually([&] { return ben_.Status()["playing"].toBool(); }, 5s));
+    if (!heard_first.empty()) PutWholeMessage(message, 1);
     std::this_thread::sleep_for(held);
     const auto size = std::filesystem::file_size(message);
     const auto [call, errors] = ann_.Run({"--call", "0"});
@@ -247,8 +254,12 @@ TEST_F(CallProcessTest, SpeechReachesTheCalleeTheReplyComesBackAndACallCannotCut
   EXPECT_GT(by_ann.score, 0.6) << ann_.log();
   ExpectNoBreak(by_ann);
 
-  // Ben hears a long message from Ann when she calls him again.
+  // Ben hears a long message from Ann when she calls him again, or one of hers waits
+  // behind another caller's.
   ExpectACallAgainRefusedWhileHeard(MessageFromAnn(ben_.inward_folder()));
+  EXPECT_TRUE(AllPlayed(ben_, 15s));
+  ExpectACallAgainRefusedWhileHeard(MessageFromAnn(ben_.inward_folder()), 0ms,
+                                    ben_.inward_folder() + "/5.wav");
   EXPECT_TRUE(AllPlayed(ben_, 15s));
 }
 
@@ -475,9 +486,13 @@ TEST_F(CallProcessTest, AnInwardFolderSharedAsASambaUserShareIsReachedByTheNameS
   ASSERT_TRUE(AllPlayed(ben_, 10s)) << ben_.log();
   EXPECT_GT(SpeechHeard(ben_speaker).score, 0.6) << ben_.log();
 
-  // While Ben hears a long one, Ann's next call through the share can't cut it.
-  // Held through the share once Ben's copy asked Samba.
+  // While Ben hears a long one, Ann's next call through the share can't cut it, nor one
+  // of hers that waits behind another's. Held through the share once Ben's copy asked
+  // Samba.
   ExpectACallAgainRefusedWhileHeard(MessageFromAnn(ben_.inward_folder()), 1500ms);
+  EXPECT_TRUE(AllPlayed(ben_, 15s));
+  ExpectACallAgainRefusedWhileHeard(MessageFromAnn(ben_.inward_folder()), 1500ms,
+                                    ben_.inward_folder() + "/5.wav");
   EXPECT_TRUE(AllPlayed(ben_, 15s));
 }
 

@@ -16,7 +16,8 @@ Inbox::Inbox(InboxFolder& folder, Player& player, const SettingsFile& settings,
       share_(share),
       status_(status),
       view_(view),
-      next_(clock.NewTimer([this] { PlayNext(); })) {
+      next_(clock.NewTimer([this] { PlayNext(); })),
+      hold_look_(clock.NewTimer([this] { ListWaiting(); })) {
   player_.SetListener(this, 0);
   player_.set_metering(true);
 }
@@ -28,6 +29,7 @@ void Inbox::Stop() {
   player_.SetListener(nullptr, 0);
   player_.set_metering(false);
   next_->Stop();
+  hold_look_->Stop();
   resumed_reader_.reset();
   folder_.Release();
 }
@@ -46,19 +48,29 @@ bool IsPlayable(const std::shared_ptr<WaveFileReader>& reader) {
 
 }  // namespace
 
+std::vector<std::string> Inbox::ListWaiting() {
+  std::vector<std::string> waiting = folder_.Messages();
+  if (folder_.all_held()) {
+    hold_look_->Stop();
+  } else if (!hold_look_->IsActive()) {
+    hold_look_->Start(kHoldLook);
+  }
+  return waiting;
+}
+
 void Inbox::PlayNext() {
+  const std::vector<std::string> waiting = ListWaiting();
   if (player_.is_open()) return;  // the next one is picked when this one ends
   if (resumed_reader_) {
     Resume();
     return;
   }
   bool header_coming = false;
-  for (const std::string& name : folder_.Messages()) {
+  for (const std::string& name : waiting) {
     std::shared_ptr<WaveFileReader> reader = folder_.Open(name);
     if (!IsPlayable(reader) && folder_.IsStillComing(name)) {
       // The caller's copy has not written the header yet: taken for broken now, the
       // whole call would be lost. Messages behind it play meanwhile.
-      folder_.Release();
       header_coming = true;
       continue;
     }

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "audio/player.h"
 #include "core/inbox_folder.h"
@@ -34,12 +35,17 @@ namespace parlavox {
 // A message that could not be deleted is tried again at each look, and the inbox
 // looks every 500 ms for 5 s after such a failure: a file system may hold a file for
 // a moment after its writer closed it.
+//
+// Every waiting message is held (InboxFolder::Messages) from when its caller lets go of
+// it until it has been heard, also while another one plays: the folder is listed at each
+// change, and again every 100 ms while one could not be held yet.
 class Inbox : private LSoundPlayerListener {
  public:
   static constexpr std::chrono::milliseconds kBetweenMessages{200};
   static constexpr std::chrono::milliseconds kStillComingLook{20};
   static constexpr std::chrono::milliseconds kUndeletedLook{500};
   static constexpr int kUndeletedLooks = 10;
+  static constexpr std::chrono::milliseconds kHoldLook{100};
 
   Inbox(InboxFolder& folder, Player& player, const SettingsFile& settings, const UsersCache& users,
         ShareAccess& share, Clock& clock, StatusLine& status, IntercomView& view);
@@ -57,6 +63,9 @@ class Inbox : private LSoundPlayerListener {
   bool is_playing() const { return player_.is_open(); }
 
  private:
+  // The waiting messages, held as far as they can be; looked at again shortly where
+  // one could not be held yet.
+  std::vector<std::string> ListWaiting();
   void AnnounceCaller();
   // Goes on with a message whose playback caught up with its caller.
   void Resume();
@@ -79,6 +88,7 @@ class Inbox : private LSoundPlayerListener {
   StatusLine& status_;
   IntercomView& view_;
   std::unique_ptr<Timer> next_;
+  std::unique_ptr<Timer> hold_look_;
   int32_t previous_caller_ = -1;
   int undeleted_looks_ = 0;  // left to take after a message could not be deleted
   std::string playing_;      // the message being played

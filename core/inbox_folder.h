@@ -17,20 +17,24 @@ class InboxFolder {
 
   // Deletes every waiting message.
   virtual void Clear() = 0;
-  // The waiting messages in the folder's own order. A message that was played (or
-  // thrown away) but could not be deleted is left out until its file changes, so that
-  // it is heard once per arrival; each listing tries to delete it again.
+  // The waiting messages in the folder's own order. Each is held from then on, once its
+  // caller has let go of it, until Remove or Release: a new call from that caller is
+  // refused then rather than written over a message not heard yet. A message that was
+  // played (or thrown away) but could not be deleted is left out until its file
+  // changes, so that it is heard once per arrival; each listing tries to delete it again.
   virtual std::vector<std::string> Messages() = 0;
+  // Whether the last listing held every message it found; false while a caller still
+  // writes one, which is to be listed again shortly.
+  virtual bool all_held() const = 0;
   // Opens a message for playing; null when it can't be opened or is not a usable WAVE
-  // file. The message is held from then on, so that a new call from the same caller
-  // can't cut it while it is heard, until Remove or Release.
+  // file.
   virtual std::shared_ptr<WaveFileReader> Open(const std::string& name) = 0;
   // Whether the caller's copy is still writing the message.
   virtual bool IsStillComing(const std::string& name) = 0;
   // Deletes a message, letting go of it; one that can't be deleted counts as played.
   // Returns whether it is gone.
   virtual bool Remove(const std::string& name) = 0;
-  // Lets go of the held message without deleting it.
+  // Lets go of every held message without deleting it.
   virtual void Release() = 0;
 };
 

@@ -191,12 +191,18 @@ class FakeInboxFolder : public InboxFolder {
   }
 
   void Clear() override { messages.clear(); }
+  // Held as a real folder holds them: once their callers have let go.
   std::vector<std::string> Messages() override {
     ++listings;
+    for (const Message& message : messages) Hold(message);
     return Names();
   }
+  bool all_held() const override {
+    return std::none_of(messages.begin(), messages.end(),
+                        [](const Message& m) { return m.coming; });
+  }
   std::shared_ptr<WaveFileReader> Open(const std::string& name) override {
-    held = name;
+    Hold(*Find(name));
     return Find(name)->reader;
   }
   bool IsStillComing(const std::string& name) override {
@@ -207,14 +213,17 @@ class FakeInboxFolder : public InboxFolder {
   bool Remove(const std::string& name) override {
     std::erase_if(messages, [&](const Message& m) { return m.name == name; });
     removed.push_back(name);
-    held.clear();
+    held.erase(name);
     return !undeletable;
   }
   void Release() override { held.clear(); }
+  void Hold(const Message& message) {
+    if (!message.coming) held.insert(message.name);
+  }
 
   std::deque<Message> messages;
   std::vector<std::string> removed;
-  std::string held;
+  std::set<std::string> held;
   bool undeletable = false;
   int listings = 0;
 };

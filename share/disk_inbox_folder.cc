@@ -2,6 +2,7 @@
 
 #include <strings.h>
 
+#include <algorithm>
 #include <filesystem>
 
 #include "share/inward_mirror.h"
@@ -43,7 +44,7 @@ bool DiskInboxFolder::Delete(const std::string& name) {
 }
 
 void DiskInboxFolder::Clear() {
-  for (const std::string& name : Messages()) Delete(name);
+  for (const std::string& name : Messages()) Remove(name);
 }
 
 std::vector<std::string> DiskInboxFolder::Messages() {
@@ -63,19 +64,39 @@ std::vector<std::string> DiskInboxFolder::Messages() {
     names.push_back(std::move(name));
   });
   undeletable_ = std::move(still_undeletable);
+  std::erase_if(held_, [&](const auto& held) {
+    return std::find(names.begin(), names.end(), held.first) == names.end();
+  });
+  all_held_ = true;
+  for (const std::string& name : names) all_held_ = Hold(name) && all_held_;
+  TellGuard();
   return names;
 }
 
+bool DiskInboxFolder::Hold(const std::string& name) {
+  auto held = held_.find(name);
+  if (held == held_.end() || held->second.refused()) {
+    if (held != held_.end()) held_.erase(held);
+    held = held_.emplace(name, LockMessage(PathOf(name), FileLock::Kind::kShared)).first;
+  }
+  return !held->second.refused();
+}
+
+void DiskInboxFolder::TellGuard() {
+  if (guard_ == nullptr) return;
+  std::vector<std::string> names;
+  for (const auto& held : held_) names.push_back(held.first);
+  guard_->Hold(Folder(), names);
+}
+
 std::shared_ptr<WaveFileReader> DiskInboxFolder::Open(const std::string& name) {
-  const std::string path = PathOf(name);
-  hold_.reset();
-  hold_.emplace(LockMessage(path, FileLock::Kind::kShared));
-  if (guard_ != nullptr) guard_->Hold(Folder(), name);
-  return OpenWaveFileReader(path);
+  Hold(name);
+  TellGuard();
+  return OpenWaveFileReader(PathOf(name));
 }
 
 void DiskInboxFolder::Release() {
-  hold_.reset();
+  held_.clear();
   if (guard_ != nullptr) guard_->Release();
 }
 
@@ -84,7 +105,8 @@ bool DiskInboxFolder::IsStillComing(const std::string& name) {
 }
 
 bool DiskInboxFolder::Remove(const std::string& name) {
-  Release();  // closed first: some file systems (smbnetfs) keep open files
+  held_.erase(name);  // closed first: some file systems (smbnetfs) keep open files
+  TellGuard();
   arrivals_.Forget(name);
   return Delete(name);
 }

@@ -42,17 +42,28 @@ TEST_F(DiskInboxFolderTest, OnlyRegularFilesNamedWavAreMessages) {
   EXPECT_FALSE(std::filesystem::exists(Path("7.WAV")));
 }
 
-TEST_F(DiskInboxFolderTest, AMessageBeingPlayedIsHeldUntilItIsRemoved) {
+// A listed message can't be written over by its caller's next call until it has been
+// heard; one that its caller is cutting just then is held at a later listing.
+TEST_F(DiskInboxFolderTest, WaitingMessagesAreHeldFromTheirListingUntilRemovedOrReleased) {
   CreateWaveFileWriter(Path("12.wav"), 11025, 1, 16, 0)->Finish();
-  ASSERT_NE(folder_.Open("12.wav"), nullptr);
-  EXPECT_TRUE(LockMessage(Path("12.wav"), FileLock::Kind::kExclusive).refused());
-  folder_.Release();
-  EXPECT_TRUE(LockMessage(Path("12.wav"), FileLock::Kind::kExclusive).held());
+  CreateWaveFileWriter(Path("13.wav"), 11025, 1, 16, 0)->Finish();
+  std::optional<FileLock> cutting(LockMessage(Path("13.wav"), FileLock::Kind::kExclusive));
+  EXPECT_EQ(folder_.Messages().size(), 2u);
+  EXPECT_FALSE(folder_.all_held());
+  cutting.reset();
+  folder_.Messages();
+  EXPECT_TRUE(folder_.all_held());
+  for (const char* name : {"12.wav", "13.wav"}) {
+    EXPECT_TRUE(OpenMessageForCall(Path(name)).still_playing) << name;
+  }
 
   ASSERT_NE(folder_.Open("12.wav"), nullptr);
   EXPECT_TRUE(folder_.Remove("12.wav"));
   EXPECT_FALSE(std::filesystem::exists(Path("12.wav")));
-  EXPECT_EQ(folder_.Open("13.wav"), nullptr);
+  EXPECT_TRUE(LockMessage(Path("13.wav"), FileLock::Kind::kExclusive).refused());
+  folder_.Release();
+  EXPECT_TRUE(LockMessage(Path("13.wav"), FileLock::Kind::kExclusive).held());
+  EXPECT_EQ(folder_.Open("14.wav"), nullptr);
 }
 
 TEST_F(DiskInboxFolderTest, AMessageIsComingWhileItChangesOnThisCopysClock) {

@@ -3,6 +3,8 @@
 #include <sys/prctl.h>
 
 #include <cerrno>
+#include <map>
+#include <optional>
 
 #include "words/share_name.h"
 
@@ -27,10 +29,12 @@ SharedFolderGuard::SharedFolderGuard(SmbConnections& smb,
 
 SharedFolderGuard::~SharedFolderGuard() { Stop(); }
 
-void SharedFolderGuard::Hold(const std::string& folder, const std::string& name) {
+void SharedFolderGuard::Hold(const std::string& folder, const std::vector<std::string>& names) {
+  std::set<std::string> wanted(names.begin(), names.end());
   {
     MutexLock lock(mutex_);
-    wanted_ = {folder, name, wanted_.generation + 1};
+    if (wanted_.folder == folder && wanted_.names == wanted) return;
+    wanted_ = {folder, std::move(wanted), wanted_.generation + 1};
   }
   changed_.Set();
 }
@@ -44,42 +48,47 @@ void SharedFolderGuard::Run() {
   prctl(PR_SET_NAME, "parlavox-guard");
   const ShareLocation here{.host = "127.0.0.1"};
   std::unique_ptr<SmbConnection> connection;
-  std::unique_ptr<SmbConnection::HeldFile> held;  // goes before its connection
-  uint64_t looked_up = 0;                         // the generation whose share was looked for
-  std::string url;            // of its message through the share; "" when none or done with
+  // By message: held through the share, or null where it can't be for other reasons than
+  // its caller writing it. They go before their connection.
+  std::map<std::string, std::unique_ptr<SmbConnection::HeldFile>> held;
+  uint64_t seen = 0;          // the generation of what is held
   std::string folder, share;  // as last looked for
   auto share_found = std::chrono::steady_clock::time_point();
   while (!StopRequested()) {
     changed_.Reset();
     const Wanted want = wanted();
-    if (want.generation != looked_up) {
-      held.reset();
-      url.clear();
-      if (!want.name.empty()) {
+    if (want.generation != seen) {
+      std::erase_if(held, [&](const auto& message) {
+        return want.folder != folder || !want.names.contains(message.first);
+      });
+      const bool stale = std::chrono::steady_clock::now() - share_found > kLookupLife;
+      if (!want.names.empty() && (want.folder != folder || stale)) {
         if (changed_.WaitFor(kLookupDelay)) continue;  // asked anew meanwhile
-        if (want.folder != folder || std::chrono::steady_clock::now() - share_found > kLookupLife) {
-          folder = want.folder;
-          share = share_of_(folder);
-          share_found = std::chrono::steady_clock::now();
-        }
-        if (const auto shared = ParseShareName("smb://" + here.host + "/" + share);
-            shared && !share.empty()) {
-          url = SmbUrl(*shared, want.name);
-        }
+        folder = want.folder;
+        share = share_of_(folder);
+        share_found = std::chrono::steady_clock::now();
       }
-      looked_up = want.generation;
+      seen = want.generation;
     }
-    if (!url.empty() && !held) {
+    bool callers_writing = false;
+    const std::optional<ShareLocation> shared = ParseShareName("smb://" + here.host + "/" + share);
+    for (const std::string& name : want.names) {
+      if (!shared || share.empty() || want.folder != folder || held.contains(name)) continue;
       if (!connection) connection = smb_.NewBackground(here);
       int error = 0;
-      held = connection->Hold(url, &error);
-      if (!held && error == EBUSY) {
-        changed_.WaitFor(kRetryInterval);  // its caller still writes it
+      std::unique_ptr<SmbConnection::HeldFile> file =
+          connection->Hold(SmbUrl(*shared, name), &error);
+      if (!file && error == EBUSY) {
+        callers_writing = true;
         continue;
       }
-      if (!held) url.clear();  // not to be held through the share
+      held.emplace(name, std::move(file));
     }
-    changed_.Wait();
+    if (callers_writing) {
+      changed_.WaitFor(kRetryInterval);
+    } else {
+      changed_.Wait();
+    }
   }
 }
 

@@ -3,7 +3,9 @@
 
 #include <cstdint>
 #include <functional>
+#include <set>
 #include <string>
+#include <vector>
 
 #include "share/smb_connection.h"
 #include "util/manual_reset_event.h"
@@ -12,12 +14,12 @@
 
 namespace parlavox {
 
-// Keeps a caller from cutting the message being heard where callers reach the own
-// inward folder through this machine's Samba: Samba does not see the lock taken on the
-// file system, so the message is also opened through the share (at 127.0.0.1) in a way
+// Keeps callers from writing over the messages not heard yet where they reach the own
+// inward folder through this machine's Samba: Samba does not see the locks taken on the
+// file system, so each message is also opened through the share (at 127.0.0.1) in a way
 // that denies others writing, once its caller has let go of it. All of it happens on a
-// thread of its own; which share holds the folder is asked half a second after a message
-// began, at most once a minute.
+// thread of its own; which share holds the folder is asked half a second after the
+// first message came, at most once a minute.
 class SharedFolderGuard : private WorkerThread {
  public:
   // `share_of` names where this machine's Samba shares a folder (a share, and the path
@@ -26,14 +28,15 @@ class SharedFolderGuard : private WorkerThread {
   SharedFolderGuard(SmbConnections& smb, std::function<std::string(const std::string&)> share_of);
   ~SharedFolderGuard() override;
 
-  // Holds the message `name` of `folder` from now (or from when its caller lets go of
-  // it) until the next Hold or Release.
-  void Hold(const std::string& folder, const std::string& name);
-  void Release() { Hold("", ""); }
+  // Holds the messages `names` of `folder` from now (or from when their callers let go
+  // of them) until a Hold leaves them out, or Release.
+  void Hold(const std::string& folder, const std::vector<std::string>& names);
+  void Release() { Hold("", {}); }
 
  private:
   struct Wanted {
-    std::string folder, name;
+    std::string folder;
+    std::set<std::string> names;
     uint64_t generation = 0;
   };
   void Run() override;
