@@ -258,7 +258,7 @@ TEST_F(CallProcessTest, SpeechReachesTheCalleeTheReplyComesBackAndACallCannotCut
   // behind another caller's.
   ExpectACallAgainRefusedWhileHeard(MessageFromAnn(ben_.inward_folder()));
   EXPECT_TRUE(AllPlayed(ben_, 15s));
-  ExpectACallAgainRefusedWhileHeard(MessageFromAnn(ben_.inward_folder()), 0ms,
+  ExpectACallAgainRefusedWhileHeard(MessageFromAnn(ben_.inward_folder()), 300ms,
                                     ben_.inward_folder() + "/5.wav");
   EXPECT_TRUE(AllPlayed(ben_, 15s));
 }

@@ -77,6 +77,11 @@ bool DiskInboxFolder::Hold(const std::string& name) {
   auto held = held_.find(name);
   if (held == held_.end() || held->second.refused()) {
     if (held != held_.end()) held_.erase(held);
+    // An empty file is a call's message about to be locked by its caller, who would take
+    // a hold of ours for the previous message and give up: it is held once it has its
+    // header.
+    std::error_code error;
+    if (std::filesystem::file_size(PathOf(name), error) == 0 && !error) return false;
     held = held_.emplace(name, LockMessage(PathOf(name), FileLock::Kind::kShared)).first;
   }
   return !held->second.refused();

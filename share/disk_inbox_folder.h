@@ -39,7 +39,8 @@ class DiskInboxFolder : public InboxFolder {
   std::string PathOf(const std::string& name) const;
   // Deletes a message; when that fails, remembers it as played as it stands now.
   bool Delete(const std::string& name);
-  // Holds a message unless it is held already; false while its caller holds it.
+  // Holds a message unless it is held already; false while its caller holds it or has
+  // yet to write to it.
   bool Hold(const std::string& name);
   // Has the guard hold what is held here.
   void TellGuard();

@@ -43,14 +43,18 @@ TEST_F(DiskInboxFolderTest, OnlyRegularFilesNamedWavAreMessages) {
 }
 
 // A listed message can't be written over by its caller's next call until it has been
-// heard; one that its caller is cutting just then is held at a later listing.
+// heard; one that its caller is cutting just then, or has just made, is held at a later
+// listing, without getting in its caller's way.
 TEST_F(DiskInboxFolderTest, WaitingMessagesAreHeldFromTheirListingUntilRemovedOrReleased) {
   CreateWaveFileWriter(Path("12.wav"), 11025, 1, 16, 0)->Finish();
   CreateWaveFileWriter(Path("13.wav"), 11025, 1, 16, 0)->Finish();
+  WriteFileText(Path("14.wav"), "");
   std::optional<FileLock> cutting(LockMessage(Path("13.wav"), FileLock::Kind::kExclusive));
-  EXPECT_EQ(folder_.Messages().size(), 2u);
+  EXPECT_EQ(folder_.Messages().size(), 3u);
   EXPECT_FALSE(folder_.all_held());
   cutting.reset();
+  EXPECT_TRUE(LockMessage(Path("14.wav"), FileLock::Kind::kExclusive).held());
+  std::filesystem::remove(Path("14.wav"));
   folder_.Messages();
   EXPECT_TRUE(folder_.all_held());
   for (const char* name : {"12.wav", "13.wav"}) {
