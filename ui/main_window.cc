@@ -25,6 +25,8 @@ MainWindow::MainWindow(Intercom& intercom, Clock& clock, DesktopActivation* acti
                        std::function<void()> settings, AccountGiver give_account)
     : intercom_(intercom),
       keys_(intercom, clock, [this] { OpenHelpAt(help::kContents); }),
+      user_on_picture_(UserPicture(true)),
+      user_off_picture_(UserPicture(false)),
       settings_(std::move(settings)),
       give_account_(std::move(give_account)),
       activation_(activation) {
@@ -227,7 +229,8 @@ void MainWindow::ShowUsers(const UserList& users) {
   const QSignalBlocker quiet(users_);
   users_->clear();
   for (const UserListItem& item : users.items()) {
-    auto* line = new QListWidgetItem(UserPicture(item.on), QString::fromStdString(item.name));
+    auto* line = new QListWidgetItem(item.on ? user_on_picture_ : user_off_picture_,
+                                     QString::fromStdString(item.name));
     if (!item.reached) {  // greyed and slanted, the last known name kept
       line->setForeground(users_->palette().brush(QPalette::Disabled, QPalette::Text));
       QFont font = line->font();
