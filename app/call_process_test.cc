@@ -6,6 +6,7 @@
 #include <cmath>
 #include <fstream>
 #include <sstream>
+#include <thread>
 
 #include <gtest/gtest.h>
 
@@ -204,13 +205,34 @@ class CallProcessTest : public testing::Test {
     std::filesystem::permissions(path, std::filesystem::perms::all);
   }
 
+  // Writes a message of `seconds` of tone at `path` as its caller speaks it, a little
+  // every 10 ms.
+  void SpeakMessage(const std::string& path, int seconds) {
+    const std::shared_ptr<WaveFileWriter> writer = CreateWaveFileWriter(path, kRate, 1, 16, 0);
+    std::filesystem::permissions(path, std::filesystem::perms::all);
+    const std::vector<int32_t> tone = HalfASecondOfTone();
+    auto next = std::chrono::steady_clock::now();
+    for (int piece = 0; piece < 100 * seconds; ++piece) {
+      writer->Write(tone.data(), kRate / 100);
+      std::this_thread::sleep_until(next += 10ms);
+    }
+    writer->Finish();
+  }
+
   // Has Ben hear a message of six seconds and Ann call him meanwhile, once her message at
   // `message` is held for him after `held`: refused, her message uncut. The one heard is
-  // hers, or where `heard_first` names another caller's, hers (of a second) waits behind it.
+  // hers, or where `heard_first` names another caller's, hers (of a second) waits behind
+  // it; that one is still being spoken meanwhile where `first_spoken` says so.
   void ExpectACallAgainRefusedWhileHeard(const std::string& message,
                                          std::chrono::milliseconds held = 0ms,
-                                         const std::string& heard_first = "") {
-    PutWholeMessage(heard_first.empty() ? message : heard_first, 6);
+                                         const std::string& heard_first = "",
+                                         bool first_spoken = false) {
+    std::jthread speaking;
+    if (first_spoken) {
+      speaking = std::jthread([&] { SpeakMessage(heard_first, 6); });
+    } else {
+      PutWholeMessage(heard_first.empty() ? message : heard_first, 6);
+    }
     ASSERT_TRUE(Eventually([&] { return ben_.Status()["playing"].toBool(); }, 5s));
     if (!heard_first.empty()) PutWholeMessage(message, 1);
     std::this_thread::sleep_for(held);
@@ -411,8 +433,11 @@ TEST_F(CallProcessTest, AnInwardFolderKeptOnASambaServerWorksThroughIt) {
   EXPECT_GT(SpeechHeard(ben_speaker).score, 0.5) << ben_.log();
   EXPECT_EQ(ben_.Status()["previous_caller"].toInt(), ann_.OwnRecord().id);
 
-  // While Ben hears a long one, Ann's next call can't cut it on the server.
-  ExpectACallAgainRefusedWhileHeard(message, 500ms);  // held once the mirror copied it whole
+  // While Ben hears a long one, Ann's next call can't cut it on the server, nor one of
+  // hers that came in while another caller still spoke, held once the mirror copied it.
+  ExpectACallAgainRefusedWhileHeard(message, 500ms);
+  EXPECT_TRUE(Eventually([&] { return !std::filesystem::exists(message); }, 15s));
+  ExpectACallAgainRefusedWhileHeard(message, 500ms, on_server + "/5.wav", /*first_spoken=*/true);
   EXPECT_TRUE(Eventually([&] { return !std::filesystem::exists(message); }, 15s));
 }
 

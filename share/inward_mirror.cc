@@ -22,7 +22,8 @@ constexpr size_t kReadPiece = 64 * 1024;
 // How near the end its header claims a copy may come before Follow reads the header
 // again: 8 s of a call's sound (a caller's header claims at least 16 s more than it has).
 constexpr int64_t kHeaderMargin = 8 * 11025 * 2;
-// A copy's time stamp where its header was not read with it: none a server gives.
+// A copy's time stamp where it was not taken with its last bytes and header (they were
+// followed, or the header not read): none a server gives.
 constexpr int64_t kHeaderNotRead = -1;
 
 bool IsMessageName(const std::string& name) {
@@ -39,6 +40,13 @@ bool Exists(const std::string& path) {
 bool HeaderDue(int fd, int64_t end) {
   const std::optional<WaveLayout> layout = WalkWaveChunks(fd);
   return !layout || end + kHeaderMargin >= layout->data_start + int64_t{layout->data_size};
+}
+
+// Whether the copy at `local`, `size` bytes long, holds its message whole: its header
+// is the exact one, which claims no more than the copy holds.
+bool IsWhole(const std::string& local, int64_t size) {
+  const std::optional<MessageLook> look = LookAtMessage(local);
+  return look && look->complete && look->size == size;
 }
 
 bool WriteAt(int fd, const std::string& bytes, int64_t offset) {
@@ -75,8 +83,11 @@ bool InwardMirror::Sync() {
     const std::string local = JoinPath(local_folder_, file.name);
     std::optional<Copy> known;
     if (const auto found = copies_.find(file.name); found != copies_.end()) known = found->second;
-    const bool unchanged =
-        known && known->size == file.size && known->modified_ns == file.modified_ns;
+    const bool same_size = known && !known->sent_anew && known->size == file.size;
+    const bool unchanged = same_size && known->modified_ns == file.modified_ns;
+    // A copy that grew by following has no time stamp of the server's yet: as long as
+    // the file is, it is the message copied.
+    const bool as_copied = unchanged || (same_size && known->modified_ns == kHeaderNotRead);
     const bool local_exists = Exists(local);
     if (known && known->held && (!unchanged || !local_exists)) {
       remote_.Release(file.name);  // before it goes, or is copied anew
@@ -85,7 +96,7 @@ bool InwardMirror::Sync() {
     if (known && !local_exists) {
       // The inbox is done with it: it goes from the server too, unless a new message
       // came under its name meanwhile.
-      if (unchanged) {
+      if (as_copied) {
         if (!remote_.Remove(file.name)) copies[file.name] = *known;
         continue;
       }
@@ -95,9 +106,14 @@ bool InwardMirror::Sync() {
       copies[file.name] = HeldOnceComplete(file.name, local, *known);
       continue;
     }
-    const bool afresh = !known || file.size < known->size;
+    // A whole copy is never written again: a change there is a message sent anew.
+    const bool afresh =
+        !known || file.size < known->size || known->sent_anew || (known->whole && !as_copied);
     if (afresh && local_exists && LockMessage(local, FileLock::Kind::kExclusive).refused()) {
-      if (known) copies[file.name] = *known;  // heard just now; the new one comes after
+      if (known) {  // heard just now; the new one comes after
+        copies[file.name] = *known;
+        copies[file.name].sent_anew = true;
+      }
       continue;
     }
     if (const std::optional<Copy> copy = CopyDown(file, afresh ? 0 : known->size, local)) {
@@ -116,12 +132,33 @@ bool InwardMirror::Sync() {
 
 bool InwardMirror::Follow() {
   copied_ = false;
+  bool to_list = false;
   for (auto& [name, copy] : copies_) {
-    if (copy.held) continue;  // whole
-    const std::optional<std::string> more = remote_.ReadGrowing(name, copy.size, kReadPiece);
-    if (!more || more->empty()) continue;
-    const int fd = open(JoinPath(local_folder_, name).c_str(), O_RDWR | O_CLOEXEC);
+    if (copy.whole || copy.sent_anew) continue;
+    int64_t size_now = 0;
+    const std::optional<std::string> more =
+        remote_.ReadGrowing(name, copy.size, kReadPiece, &size_now);
+    if (!more) continue;
+    if (size_now < copy.size) {
+      // Cut for a new call before the copy came whole: that one is another message.
+      copy.sent_anew = to_list = true;
+      continue;
+    }
+    const std::string local = JoinPath(local_folder_, name);
+    const int fd = open(local.c_str(), O_RDWR | O_CLOEXEC);
     if (fd < 0) continue;  // heard or thrown away here: the next listing sees to it
+    if (more->empty()) {
+      // It stopped growing: once its caller has written the exact header, it is whole.
+      const std::optional<std::string> header =
+          remote_.Read(name, 0, static_cast<size_t>(std::min(copy.size, kHeaderBytes)));
+      if (header && WriteAt(fd, *header, 0)) {
+        copy.modified_ns = kHeaderNotRead;
+        copy.whole = IsWhole(local, copy.size);
+        to_list |= copy.whole;
+      }
+      close(fd);
+      continue;
+    }
     const int64_t end = copy.size + static_cast<int64_t>(more->size());
     bool written = true;
     if (HeaderDue(fd, end)) {
@@ -131,19 +168,18 @@ bool InwardMirror::Follow() {
     }
     if (written && WriteAt(fd, *more, copy.size)) {
       copy.size = end;
+      copy.modified_ns = kHeaderNotRead;
       copied_ = true;
     }
     close(fd);
   }
-  return copied_;
+  return copied_ && !to_list;
 }
 
 InwardMirror::Copy InwardMirror::HeldOnceComplete(const std::string& name, const std::string& local,
                                                   Copy copy) {
-  if (!copy.held) {
-    const std::optional<MessageLook> look = LookAtMessage(local);
-    copy.held = look && look->complete && look->size == copy.size && remote_.Hold(name);
-  }
+  copy.whole = copy.whole || IsWhole(local, copy.size);
+  copy.held = copy.held || (copy.whole && remote_.Hold(name));
   return copy;
 }
 

@@ -25,20 +25,22 @@ class RemoteFolder {
   virtual std::optional<std::vector<File>> Files() = 0;
   // At most `size` bytes of a file from `offset` on; nullopt when it can't be read.
   virtual std::optional<std::string> Read(const std::string& name, int64_t offset, size_t size) = 0;
-  // The same, of a file that may grow meanwhile: no more than it holds now.
+  // The same, of a file that may grow meanwhile: no more than it holds now, whose size
+  // goes to `size_now`.
   virtual std::optional<std::string> ReadGrowing(const std::string& name, int64_t offset,
-                                                 size_t size) = 0;
+                                                 size_t size, int64_t* size_now) = 0;
   virtual bool Remove(const std::string& name) = 0;
   // Keeps a file from being written or removed by others until Release (so that no
   // caller can cut a message while it is heard); false when it can't be held now, as
   // while its writer still has it open.
   virtual bool Hold(const std::string& name) = 0;
   virtual void Release(const std::string& name) = 0;
-  // Waits up to `limit` for the server to report a change in the folder, or until
-  // `interrupted` says so (it is asked every `look`); returns false at once where the
-  // server can't report changes.
-  virtual bool WaitForChange(std::chrono::milliseconds limit, std::chrono::milliseconds look,
-                             const std::function<bool()>& interrupted) = 0;
+  // Waits up to `limit` for changes in the folder, telling `noticed` of each the server
+  // reports (true where a file came in), or until `interrupted` says so (it is asked
+  // every `look`); returns false at once where the server can't report changes.
+  virtual bool WatchChanges(std::chrono::milliseconds limit, std::chrono::milliseconds look,
+                            const std::function<bool()>& interrupted,
+                            const std::function<void(bool arrived)>& noticed) = 0;
   // Called from another thread when the one that uses the folder is to stop: where the
   // server does not answer, whatever waits on it ends at once.
   virtual void LetGoIfSilent() {}
@@ -54,9 +56,9 @@ std::string LocalInwardFolder(const std::string& inward_folder);
 // it grows; one that the inbox deleted here (played, or thrown away) is deleted on the
 // server as well, unless it changed there since. A message whose copy is complete is
 // held on the server until then, so that a new call answers that it is still playing
-// rather than cut it. A message sent again under the same name (by a caller who
-// could write it all the same) is copied afresh, but never over a copy the inbox holds
-// (is playing).
+// rather than cut it. A copy once whole is never written again: a change to its file
+// on the server is a message sent again under the same name (by a caller who could write
+// it all the same), copied afresh, but never over a copy the inbox holds.
 class InwardMirror {
  public:
   // `remote` outlives this object.
@@ -72,9 +74,11 @@ class InwardMirror {
   // listing costs several round trips to the server): each message still being copied
   // is read on from where its copy ended. Where a copy would come near the end that the
   // header it has claims, that header is read again first (its writer moves the end on
-  // as the message grows), so that no copy looks whole before its message is. Returns
-  // whether anything was copied; when nothing was (the messages ended, went, or can't
-  // be read), the folder is to be listed again.
+  // as the message grows), so that no copy looks whole before its message is. One that
+  // stopped growing has its header read again. Returns whether to go on following: false
+  // when nothing was copied (the messages ended, went, or can't be read), or a copy came
+  // whole, which a listing is to hold at once, before its caller can call again and cut
+  // it, or a message was cut for a new one; the folder is to be listed again then.
   bool Follow();
   // Whether the last pass copied anything.
   bool copied() const { return copied_; }
@@ -86,7 +90,9 @@ class InwardMirror {
   struct Copy {
     int64_t size = 0;
     int64_t modified_ns = 0;
-    bool held = false;  // on the server
+    bool whole = false;      // the local copy has its message's exact header and all of it
+    bool held = false;       // on the server (only a whole one)
+    bool sent_anew = false;  // its file on the server was cut for a new message
   };
   // Copies `file` into `local` from `from` on (0: afresh), with its header again where
   // the file stopped growing or the copy comes near the end its header claims; the copy

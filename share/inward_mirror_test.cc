@@ -40,8 +40,9 @@ class FolderAsServer : public RemoteFolder {
     if (offset > static_cast<int64_t>(text.size())) return std::string();
     return text.substr(static_cast<size_t>(offset), size);
   }
-  std::optional<std::string> ReadGrowing(const std::string& name, int64_t offset,
-                                         size_t size) override {
+  std::optional<std::string> ReadGrowing(const std::string& name, int64_t offset, size_t size,
+                                         int64_t* size_now) override {
+    *size_now = static_cast<int64_t>(FileText(folder_ + "/" + name).size());
     return Read(name, offset, size);
   }
   bool Remove(const std::string& name) override {
@@ -55,8 +56,8 @@ class FolderAsServer : public RemoteFolder {
     return true;
   }
   void Release(const std::string& name) override { EXPECT_EQ(held.erase(name), 1u) << name; }
-  bool WaitForChange(std::chrono::milliseconds, std::chrono::milliseconds,
-                     const std::function<bool()>&) override {
+  bool WatchChanges(std::chrono::milliseconds, std::chrono::milliseconds,
+                    const std::function<bool()>&, const std::function<void(bool)>&) override {
     return false;
   }
 
@@ -124,7 +125,8 @@ TEST_F(InwardMirrorTest, AGrowingMessageIsCopiedAsItGrowsAndGoesFromTheServerOnc
 
 // While a call goes on, its message is followed without listing the folder. The header
 // of its copy claims an end that its caller moves on as it speaks: the copy never reaches
-// it, and once the call has ended the listing brings the last header.
+// it. Once the call has ended, following brings the last header, and asks for a listing
+// at once to hold the message, though another caller still speaks.
 TEST_F(InwardMirrorTest, AGrowingMessageIsFollowedWithoutListingAndItsCopyNeverLooksWhole) {
   const long open_files = OpenFileCount();
   auto writer = CreateWaveFileWriter(OnServer("7.wav"), 11025, 1, 16, 0);
@@ -147,14 +149,24 @@ TEST_F(InwardMirrorTest, AGrowingMessageIsFollowedWithoutListingAndItsCopyNeverL
         << spoken;
   }
   EXPECT_EQ(server_.listings, listings + 1);
-  // The last of it and the last header come between two looks, and a listing finds them.
+  Append("8.wav", "HEAD----");  // another caller's, who speaks on
+  ASSERT_TRUE(mirror_.Sync());
+  const int listed = server_.listings;
   writer->Write(second.data(), 11025);
   ASSERT_TRUE(writer->Finish());
-  ASSERT_TRUE(mirror_.Sync());
-  EXPECT_FALSE(mirror_.Follow());  // nothing more: the folder is to be listed
-  ASSERT_TRUE(mirror_.Sync());
+  Append("8.wav", "more");
+  EXPECT_TRUE(mirror_.Follow());
+  Append("8.wav", "more");
+  EXPECT_FALSE(mirror_.Follow());
+  EXPECT_EQ(server_.listings, listed);
   EXPECT_EQ(FileText(Here("7.wav")), FileText(OnServer("7.wav")));
+  EXPECT_EQ(FileText(Here("8.wav")), FileText(OnServer("8.wav")));
   EXPECT_TRUE(LookAtMessage(Here("7.wav"))->complete);
+  // Heard before that listing: it goes from the server, not taken for one sent anew.
+  std::filesystem::remove(Here("7.wav"));
+  ASSERT_TRUE(mirror_.Sync());
+  EXPECT_FALSE(std::filesystem::exists(OnServer("7.wav")));
+  EXPECT_FALSE(std::filesystem::exists(Here("7.wav")));
   writer.reset();
   EXPECT_EQ(OpenFileCount(), open_files);
 }
@@ -169,10 +181,12 @@ TEST_F(InwardMirrorTest, AMessageSentAgainUnderItsNameIsCopiedAfreshButNeverOver
     WriteFileText(OnServer("7.wav"), second);
     Touch(OnServer("7.wav"));
     ASSERT_TRUE(mirror_.Sync());
+    Append("7.wav", second);  // past the first one's length
+    ASSERT_TRUE(mirror_.Sync());
     EXPECT_EQ(FileText(Here("7.wav")), first);
   }
   ASSERT_TRUE(mirror_.Sync());
-  EXPECT_EQ(FileText(Here("7.wav")), second);
+  EXPECT_EQ(FileText(Here("7.wav")), second + second);
 
   // Played here while a longer third one arrived there: that one stays, and comes down
   // whole.
@@ -182,6 +196,40 @@ TEST_F(InwardMirrorTest, AMessageSentAgainUnderItsNameIsCopiedAfreshButNeverOver
   ASSERT_TRUE(mirror_.Sync());
   EXPECT_EQ(FileText(Here("7.wav")), third);
   EXPECT_TRUE(std::filesystem::exists(OnServer("7.wav")));
+}
+
+// A copy not held on the server yet is never written into by a message sent anew under
+// its name (its caller called again at once), whether the copy had come whole or its
+// message was cut before: the new one, longer, comes after it.
+TEST_F(InwardMirrorTest, AMessageSentAnewOverOneNotHeldYetComesAfterIt) {
+  const std::vector<int32_t> sound(1000, 4096);
+  server_.writing = true;  // its caller has yet to let go of it
+  for (const bool whole : {true, false}) {
+    SCOPED_TRACE(whole);
+    if (whole) {
+      CreateWaveFileWriter(OnServer("7.wav"), 11025, 1, 16, 0)->Write(sound.data(), 1000);
+    } else {
+      Append("7.wav", "HEAD" + std::string(6000, '1'));
+    }
+    ASSERT_TRUE(mirror_.Sync());
+    const std::string first = FileText(Here("7.wav"));
+    {
+      const FileLock waiting = LockMessage(Here("7.wav"), FileLock::Kind::kShared);
+      WriteFileText(OnServer("7.wav"), "HEAD" + std::string(100, '2'));
+      Touch(OnServer("7.wav"));
+      EXPECT_FALSE(mirror_.Follow());           // the folder is to be listed
+      Append("7.wav", std::string(9000, '2'));  // past the first one's length
+      ASSERT_TRUE(mirror_.Sync());
+      EXPECT_FALSE(mirror_.Follow());
+      EXPECT_EQ(FileText(Here("7.wav")), first);
+    }
+    std::filesystem::remove(Here("7.wav"));  // heard
+    ASSERT_TRUE(mirror_.Sync());
+    EXPECT_EQ(FileText(Here("7.wav")), FileText(OnServer("7.wav")));
+    std::filesystem::remove(Here("7.wav"));
+    ASSERT_TRUE(mirror_.Sync());
+    ASSERT_FALSE(std::filesystem::exists(OnServer("7.wav")));
+  }
 }
 
 // A whole message is held on the server from when its writer lets go of it until it has

@@ -7,6 +7,7 @@
 #include <map>
 
 #include "share/inward_mirror.h"
+#include "util/manual_reset_event.h"
 #include "util/worker_thread.h"
 #include "words/share_name.h"
 
@@ -38,10 +39,9 @@ class SmbRemoteFolder : public RemoteFolder {
   std::optional<std::string> Read(const std::string& name, int64_t offset, size_t size) override {
     return connection_->ReadAt(SmbUrl(location_, name), offset, size);
   }
-  std::optional<std::string> ReadGrowing(const std::string& name, int64_t offset,
-                                         size_t size) override {
-    return connection_->ReadAt(SmbUrl(location_, name), offset, size, nullptr,
-                               /*as_it_is_now=*/true);
+  std::optional<std::string> ReadGrowing(const std::string& name, int64_t offset, size_t size,
+                                         int64_t* size_now) override {
+    return connection_->ReadAt(SmbUrl(location_, name), offset, size, nullptr, size_now);
   }
   bool Remove(const std::string& name) override {
     return connection_->Remove(SmbUrl(location_, name));
@@ -54,9 +54,10 @@ class SmbRemoteFolder : public RemoteFolder {
     return true;
   }
   void Release(const std::string& name) override { held_.erase(name); }
-  bool WaitForChange(std::chrono::milliseconds limit, std::chrono::milliseconds look,
-                     const std::function<bool()>& interrupted) override {
-    return notifying_->WaitForChange(SmbUrl(location_), limit, look, interrupted);
+  bool WatchChanges(std::chrono::milliseconds limit, std::chrono::milliseconds look,
+                    const std::function<bool()>& interrupted,
+                    const std::function<void(bool arrived)>& noticed) override {
+    return notifying_->WatchChanges(SmbUrl(location_), limit, look, interrupted, noticed);
   }
   // The cut reaches both connections: they go to one server.
   void LetGoIfSilent() override { notifying_->CutOffIfSilent(); }
@@ -68,6 +69,42 @@ class SmbRemoteFolder : public RemoteFolder {
   std::map<std::string, std::unique_ptr<SmbConnection::HeldFile>> held_;  // on connection_
 };
 
+// What the mirror is told between its looks at the server. Safe from any thread.
+struct MirrorNotices {
+  ManualResetEvent look;             // something changed, on the server or here
+  std::atomic<bool> arrived{false};  // a file came into the server's folder
+  std::atomic<bool> server_notifies{true};
+};
+
+// Waits for the server's reports of changes in the folder, and passes them on.
+class NoticeThread : public WorkerThread {
+ public:
+  // `remote` and `notices` outlive this object.
+  NoticeThread(RemoteFolder& remote, MirrorNotices& notices) : remote_(remote), notices_(notices) {}
+  ~NoticeThread() override { Stop(); }
+
+ protected:
+  void OnThreadStart() override { prctl(PR_SET_NAME, "parlavox-notice"); }
+  void OnStopOverdue() override { remote_.LetGoIfSilent(); }
+  void Run() override {
+    while (!StopRequested()) {
+      const bool notifies = remote_.WatchChanges(
+          ShareInboxWatcher::kRelistInterval, ShareInboxWatcher::kIdleLook,
+          [this] { return StopRequested(); },
+          [this](bool arrived) {
+            if (arrived) notices_.arrived = true;
+            notices_.look.Set();
+          });
+      if (notifies != notices_.server_notifies.exchange(notifies)) notices_.look.Set();
+      if (!notifies) WaitForStop(ShareInboxWatcher::kIdleWait);
+    }
+  }
+
+ private:
+  RemoteFolder& remote_;
+  MirrorNotices& notices_;
+};
+
 }  // namespace
 
 class ShareInboxWatcher::MirrorThread : public WorkerThread {
@@ -75,37 +112,47 @@ class ShareInboxWatcher::MirrorThread : public WorkerThread {
   // How long after its last copying a message counts as growing.
   static constexpr std::chrono::seconds kGrowingFor{2};
 
-  // `local_changed` is set when the local copy changed (a message heard and deleted):
-  // the server is looked at again within a second, to let go of what was heard there.
+  // `notices` are told, besides, of changes to the local copy (a message heard and
+  // deleted): the server is looked at again at once, to let go of what was heard there.
   MirrorThread(std::unique_ptr<RemoteFolder> remote, const std::string& local_folder,
                TaskPoster& owner, std::function<void(bool)> usable,
-               std::shared_ptr<std::atomic<bool>> local_changed)
+               std::shared_ptr<MirrorNotices> notices)
       : remote_(std::move(remote)),
         mirror_(*remote_, local_folder),
         owner_(owner),
         usable_(std::move(usable)),
-        local_changed_(std::move(local_changed)) {}
+        notices_(std::move(notices)),
+        noticing_(*remote_, *notices_) {}
   ~MirrorThread() override { Stop(); }
 
  protected:
   void OnThreadStart() override { prctl(PR_SET_NAME, "parlavox-mirror"); }
+  void OnStopRequested() override {
+    noticing_.RequestStop();
+    notices_->look.Set();
+  }
   // A server that hangs would hold the thread in the library's time-outs beyond the
   // time a stop waits for it.
   void OnStopOverdue() override { remote_->LetGoIfSilent(); }
   void Run() override {
     mirror_.ClearRemote();
+    noticing_.Start(kPriorityLowest);
     bool usable = true;
     auto last_copy = std::chrono::steady_clock::time_point();
     auto last_message = std::chrono::steady_clock::time_point();
     auto last_listing = std::chrono::steady_clock::time_point();
     while (!StopRequested()) {
       // A message that grew lately is followed rather than the folder listed, which
-      // costs more round trips; the folder is listed once nothing more came, and every
-      // few seconds for new messages.
+      // costs more round trips; the folder is listed once nothing more came, at once when
+      // the server reports a file come in (another caller's message, which must be held
+      // before its caller can call again and cut it), and every few seconds.
       const auto began = std::chrono::steady_clock::now();
       const bool followed = began - last_copy < kGrowingFor &&
-                            began - last_listing < kFollowWithoutListing && mirror_.Follow();
+                            began - last_listing < kFollowWithoutListing && !notices_->arrived &&
+                            mirror_.Follow();
       if (!followed) {
+        notices_->arrived = false;
+        notices_->look.Reset();
         const bool reached = mirror_.Sync();
         last_listing = began;
         if (reached != usable) {
@@ -120,24 +167,19 @@ class ShareInboxWatcher::MirrorThread : public WorkerThread {
       const auto now = std::chrono::steady_clock::now();
       if (mirror_.copied()) last_copy = now;
       if (mirror_.has_copies()) last_message = now;
-      // A message that grew lately may grow on: look again soon (asking the server to
-      // report changes costs round trips of its own). Otherwise the server's word is
-      // waited for, with a look now and then in case it missed something; where it has
-      // none to give, the folder is looked at every second. While messages come and go
-      // (and for a while after), the folder is also looked at every second: a change that
-      // falls between the end of one wait and the next goes unreported.
+      // A message that grew lately may grow on: look again soon. Otherwise the server's
+      // word is waited for, with a look now and then in case it missed something; where
+      // it has none to give, the folder is looked at every second. While messages come
+      // and go (and for a while after), the folder is also looked at every second: a
+      // change that falls between two of the server's reports may go unreported.
       if (now - last_copy < kGrowingFor) {
         WaitForStop(kGrowingWait);
         continue;
       }
-      const bool lately = now - last_message < kLately;
-      if (!remote_->WaitForChange(lately ? kLookWhileMessagesWait : kRelistInterval,
-                                  lately ? kLookWhileMessagesWait : kIdleLook, [this] {
-                                    return StopRequested() || local_changed_->exchange(false);
-                                  })) {
-        WaitForStop(kIdleWait);
-      }
+      const bool often = now - last_message < kLately || !notices_->server_notifies;
+      notices_->look.WaitFor(often ? kLookWhileMessagesWait : kRelistInterval);
     }
+    noticing_.Stop();
   }
 
  private:
@@ -145,7 +187,8 @@ class ShareInboxWatcher::MirrorThread : public WorkerThread {
   InwardMirror mirror_;
   TaskPoster& owner_;
   std::function<void(bool)> usable_;
-  std::shared_ptr<std::atomic<bool>> local_changed_;
+  std::shared_ptr<MirrorNotices> notices_;
+  NoticeThread noticing_;  // last: it stops before what it uses goes
 };
 
 ShareInboxWatcher::ShareInboxWatcher(InboxWatching& local, SmbConnections& smb, TaskPoster& owner)
@@ -162,11 +205,11 @@ void ShareInboxWatcher::StartWatching(const std::string& folder, std::function<v
   std::error_code ignored;
   std::filesystem::create_directories(local_folder, ignored);
   std::filesystem::permissions(local_folder, std::filesystem::perms::owner_all, ignored);
-  auto local_changed = std::make_shared<std::atomic<bool>>(false);
+  auto notices = std::make_shared<MirrorNotices>();
   local_.StartWatching(
       local_folder,
-      [changed, local_changed] {
-        *local_changed = true;
+      [changed, notices] {
+        notices->look.Set();
         changed();
       },
       usable);
@@ -178,7 +221,7 @@ void ShareInboxWatcher::StartWatching(const std::string& folder, std::function<v
         usable(reached);
         if (reached) changed();
       },
-      local_changed);
+      notices);
   mirror_->Start(WorkerThread::kPriorityLowest);
 }
 

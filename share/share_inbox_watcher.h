@@ -15,14 +15,15 @@ namespace parlavox {
 // Watches the own inward folder wherever it is named to be. A folder on the file system
 // is left to `local`. For one on an SMB share, a thread keeps the folder's local copy
 // (LocalInwardFolder) in step with the server through an InwardMirror, and `local`
-// watches that copy. The thread waits for the server's change notification, waking to
-// see whether it is asked to stop or the local copy changed (a message heard is let go
-// of and deleted on the server) every 3 s. It looks at the folder anyway every 2
-// minutes, every 40 ms (as often as a caller writes) while a message grows, every
+// watches that copy. A second thread waits on the server's reports of changes in the
+// folder; the first looks at the folder at each, and at once when the local copy changed
+// (a message heard is let go of and deleted on the server). It looks at the folder anyway
+// every 2 minutes, every 40 ms (as often as a caller writes) while a message grows, every
 // second while messages wait here and for 10 s after, and every second where the server
-// can't notify. While a message grows it is followed (InwardMirror::Follow) rather than
-// the folder listed, which is listed again once nothing more came, and at least every 5 s. A server
-// that can't be reached is reported unusable, and usable again once it answers. `local`, `smb` and
+// can't report changes. While a message grows it is followed (InwardMirror::Follow)
+// rather than the folder listed, which is listed again once nothing more came, at once
+// when the server reports a file come in, and at least every 5 s. A server that can't be
+// reached is reported unusable, and usable again once it answers. `local`, `smb` and
 // `owner` outlive this object; stopping takes up to 3 s.
 class ShareInboxWatcher : public InboxWatching {
  public:

@@ -303,19 +303,20 @@ SmbConnection::~SmbConnection() {
 }
 
 std::optional<std::string> SmbConnection::ReadAt(const std::string& url, int64_t offset,
-                                                 size_t size, int* error, bool as_it_is_now) {
+                                                 size_t size, int* error, int64_t* size_now) {
   if (!MayAnswer()) return Failed(error, ETIMEDOUT), std::nullopt;
   Turn turn(counts_as_use_);
   if (context_ == nullptr) return Failed(error, ENOMEM), std::nullopt;
   SMBCFILE* file = smbc_getFunctionOpen(context_)(context_, url.c_str(), O_RDONLY, 0);
   if (file == nullptr) return Failed(error, Noted(errno)), std::nullopt;
-  if (as_it_is_now) {
+  if (size_now != nullptr) {
     struct stat status {};
     if (smbc_getFunctionFstat(context_)(context_, file, &status) != 0) {
       const int failed = errno;
       smbc_getFunctionClose(context_)(context_, file);
       return Failed(error, Noted(failed)), std::nullopt;
     }
+    *size_now = status.st_size;
     size = static_cast<size_t>(
         std::clamp<int64_t>(status.st_size - offset, 0, static_cast<int64_t>(size)));
   }
@@ -415,21 +416,27 @@ constexpr std::chrono::milliseconds kBusyTime{300};
 struct Wait {
   std::chrono::steady_clock::time_point deadline;
   const std::function<bool()>& interrupted;
+  const std::function<void(bool arrived)>& noticed;
   bool gives_way;  // to operations that wait for their turn
   bool gave_way = false;
 };
 
-// Ends the wait at the first change, when the time is up, when it is interrupted or
-// when an operation waits for its turn (where it gives way).
-int EndWait(const smbc_notify_callback_action*, size_t changes, void* data) {
+bool Arrived(const smbc_notify_callback_action& change) {
+  return change.action == SMBC_NOTIFY_ACTION_ADDED || change.action == SMBC_NOTIFY_ACTION_NEW_NAME;
+}
+
+// Tells of the changes reported; ends the wait when the time is up, when it is
+// interrupted, or where it gives way, at a change or when an operation waits for its turn.
+int EndWait(const smbc_notify_callback_action* changes, size_t count, void* data) {
   auto* wait = static_cast<Wait*>(data);
+  if (count > 0) wait->noticed(std::any_of(changes, changes + count, Arrived));
   wait->gave_way = wait->gives_way && SmbConnection::Turn::waiting() > 0;
-  return changes > 0 || wait->gave_way || wait->interrupted() ||
+  return (wait->gives_way && count > 0) || wait->gave_way || wait->interrupted() ||
          std::chrono::steady_clock::now() >= wait->deadline;
 }
 
-// Waits for changes in `folder` (see EndWait), looking every `look`; 0 when the server
-// could report them.
+// Watches `folder` (see EndWait), looking every `look`; 0 when the server could report
+// changes.
 int NotifyOnce(SMBCCTX* context, SMBCFILE* folder, std::chrono::milliseconds look, Wait& wait) {
   return smbc_getFunctionNotify(context)(
       context, folder, 0,
@@ -448,16 +455,17 @@ void LetTheWaitingGoFirst(const std::function<bool()>& interrupted) {
 
 }  // namespace
 
-bool SmbConnection::WaitForChange(const std::string& folder_url, std::chrono::milliseconds limit,
-                                  std::chrono::milliseconds look,
-                                  const std::function<bool()>& interrupted) {
+bool SmbConnection::WatchChanges(const std::string& folder_url, std::chrono::milliseconds limit,
+                                 std::chrono::milliseconds look,
+                                 const std::function<bool()>& interrupted,
+                                 const std::function<void(bool arrived)>& noticed) {
   if (!MayAnswer()) return false;
   // Where the library may run on two threads, the wait goes on beside the others'
   // turns, on this connection's own context; otherwise it holds the library, giving way.
   const bool beside_others = LetSambaRunOnSeveralThreads();
   if (!beside_others) LetTheWaitingGoFirst(interrupted);
   const auto began = std::chrono::steady_clock::now();
-  Wait wait{began + limit, interrupted, !beside_others};
+  Wait wait{began + limit, interrupted, noticed, !beside_others};
   // Giving way, it looks every 100 ms while others use the library.
   const bool busy = wait.gives_way && began - Turn::last_use() < kBusyTime;
   look = std::min(limit, busy ? std::min(look, kGiveWayInterval) : look);

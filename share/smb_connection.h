@@ -55,10 +55,10 @@ class SmbConnection {
 
   // At most `size` bytes of the file at `url` from `offset` on (fewer at its end);
   // nullopt (and `error`) when it can't be read. The library reads on past the end of a
-  // file that grows for as long as it grows; `as_it_is_now` asks first how long the file
-  // is (a round trip more) and reads no further.
+  // file that grows for as long as it grows; where `size_now` is given, it asks first how
+  // long the file is (a round trip more), tells it there, and reads no further.
   std::optional<std::string> ReadAt(const std::string& url, int64_t offset, size_t size,
-                                    int* error = nullptr, bool as_it_is_now = false);
+                                    int* error = nullptr, int64_t* size_now = nullptr);
   // Replaces the file at `url` with `bytes`.
   bool WriteWhole(const std::string& url, std::string_view bytes, int* error = nullptr);
   bool Remove(const std::string& url, int* error = nullptr);
@@ -68,15 +68,18 @@ class SmbConnection {
   std::optional<std::vector<Entry>> List(const std::string& folder_url, int* error = nullptr);
   // The names of the server's disk shares, those ending in "$" left out.
   std::optional<std::vector<std::string>> ListShares(int* error = nullptr);
-  // Waits up to `limit` for the server to report a change in the folder at `folder_url`:
-  // a name made, removed or renamed, or a file written. Every `look` it looks whether
+  // Waits up to `limit` for changes in the folder at `folder_url` (a name made, removed or
+  // renamed, or a file written), telling `noticed` of each batch the server reports:
+  // true where a file came in under a new name. Every `look` it looks whether
   // `interrupted` says so, and ends early then. Where the library may run on several
-  // threads (LetSambaRunOnSeveralThreads) others' operations go on beside the wait;
-  // elsewhere it holds the library, and also ends when an operation waits for its turn
-  // (looking every 100 ms while others have used the library lately). Returns false at
-  // once when the server can't report changes. Use a background connection for it.
-  bool WaitForChange(const std::string& folder_url, std::chrono::milliseconds limit,
-                     std::chrono::milliseconds look, const std::function<bool()>& interrupted);
+  // threads (LetSambaRunOnSeveralThreads) it waits on after each batch, and others'
+  // operations go on beside it; elsewhere it holds the library, and ends at the first
+  // batch and when an operation waits for its turn (looking every 100 ms while others
+  // have used the library lately). Returns false at once when the server can't report
+  // changes. Use a background connection for it.
+  bool WatchChanges(const std::string& folder_url, std::chrono::milliseconds limit,
+                    std::chrono::milliseconds look, const std::function<bool()>& interrupted,
+                    const std::function<void(bool arrived)>& noticed);
 
   // Whether the server answered a negotiation within the time-out, or answers one now,
   // asked outside the turns (as before a first turn). Work that looks at many servers in
@@ -187,7 +190,7 @@ class SmbConnections {
  public:
   explicit SmbConnections(CredentialsFile credentials) : credentials_(std::move(credentials)) {}
   SmbConnection& For(const ShareLocation& location);
-  // A background connection of its own, for work that holds it long (WaitForChange).
+  // A background connection of its own, for work that holds it long (WatchChanges).
   std::unique_ptr<SmbConnection> NewBackground(const ShareLocation& location) const {
     return std::make_unique<SmbConnection>(location, credentials_, true);
   }

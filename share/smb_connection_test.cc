@@ -5,6 +5,7 @@
 
 #include <atomic>
 #include <chrono>
+#include <filesystem>
 #include <thread>
 
 #include <gtest/gtest.h>
@@ -117,26 +118,36 @@ class SambaShareTest : public testing::Test {
 // A wait for changes that runs again and again, as the own inward folder's mirror waits,
 // must still let every other operation on the library have its turn (a copy that could
 // not publish itself off never ended); where the library may run on several threads the
-// operations go on beside one wait that is never given up (giving up costs a connection).
+// operations go on beside one wait that is never given up (giving up costs a connection),
+// which tells of a file come in apart from other changes (the mirror lists the folder
+// for the one at once, even while it follows a message).
 TEST_F(SambaShareTest, AWaitForChangesThatRunsOnLetsEveryOperationHaveItsTurn) {
   std::atomic<bool> stop = false;
-  std::atomic<int> waits = 0;
+  std::atomic<int> waits = 0, arrivals = 0, others = 0;
   std::thread mirror([&] {
     const std::unique_ptr<SmbConnection> watching = connections_.NewBackground(inward_);
     const std::unique_ptr<SmbConnection> listing = connections_.NewBackground(inward_);
     while (!stop) {
       ++waits;
-      watching->WaitForChange(SmbUrl(inward_), std::chrono::seconds(30), std::chrono::seconds(1),
-                              [&] { return stop.load(); });
+      watching->WatchChanges(
+          SmbUrl(inward_), std::chrono::seconds(30), std::chrono::seconds(1),
+          [&] { return stop.load(); }, [&](bool arrived) { ++(arrived ? arrivals : others); });
       listing->List(SmbUrl(inward_));
     }
   });
   ASSERT_TRUE(Eventually([&] { return waits > 0; }));
   // Operations now and then, as the presence poll and calls do, each while the wait runs.
+  const std::string message = *scratch_ / "office/inward/102.wav";
   for (int i = 0; i < 10; ++i) {
     std::this_thread::sleep_for(std::chrono::milliseconds(300));
     EXPECT_TRUE(connections_.For(inward_).List(SmbUrl(inward_)).has_value()) << i;
+    if (i == 2) WriteFileText(message, "RIFF");
   }
+  EXPECT_TRUE(Eventually([&] { return arrivals > 0; }));
+  const int arrived = arrivals, before = others;
+  std::filesystem::remove(message);
+  EXPECT_TRUE(Eventually([&] { return others > before; }));
+  EXPECT_EQ(arrivals, arrived);
   if (LetSambaRunOnSeveralThreads()) {
     EXPECT_EQ(waits, 1);
   }
@@ -173,8 +184,10 @@ TEST_F(SambaShareTest, AFileHeldAgainstWritingIsBusyForOthersUntilLetGo) {
   EXPECT_EQ(error, EBUSY);
   EXPECT_FALSE(caller.Remove(url));
   EXPECT_EQ(player->ReadAt(url, 0, 4), "RIFF");  // reading goes on
-  EXPECT_EQ(player->ReadAt(url, 2, 100, nullptr, /*as_it_is_now=*/true), "FF");
-  EXPECT_EQ(player->ReadAt(url, 9, 100, nullptr, /*as_it_is_now=*/true), "");
+  int64_t size_now = 0;
+  EXPECT_EQ(player->ReadAt(url, 2, 100, nullptr, &size_now), "FF");
+  EXPECT_EQ(player->ReadAt(url, 9, 100, nullptr, &size_now), "");
+  EXPECT_EQ(size_now, 4);
   held.reset();
   EXPECT_NE(caller.OpenForWriting(url), nullptr);
   EXPECT_TRUE(player->Remove(url));
@@ -229,8 +242,9 @@ TEST_F(SambaShareTest, AServerThatStoppedAnsweringHoldsUpNobodyAndIsLeftAtOnce) 
 
   std::atomic<bool> waited = false;
   std::thread waiter([&] {
-    watching->WaitForChange(SmbUrl(relayed), std::chrono::seconds(30), std::chrono::seconds(3),
-                            [] { return false; });
+    watching->WatchChanges(
+        SmbUrl(relayed), std::chrono::seconds(30), std::chrono::seconds(3), [] { return false; },
+        [](bool) {});
     waited = true;
   });
   std::this_thread::sleep_for(std::chrono::milliseconds(500));  // for the wait to be asked
