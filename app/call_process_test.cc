@@ -222,14 +222,15 @@ class CallProcessTest : public testing::Test {
   // Has Ben hear a message of six seconds and Ann call him meanwhile, once her message at
   // `message` is held for him after `held`: refused, her message uncut. The one heard is
   // hers, or where `heard_first` names another caller's, hers (of a second) waits behind
-  // it; that one is still being spoken meanwhile where `first_spoken` says so.
+  // it; that one is still being spoken meanwhile (for three seconds) where `first_spoken`
+  // says so.
   void ExpectACallAgainRefusedWhileHeard(const std::string& message,
                                          std::chrono::milliseconds held = 0ms,
                                          const std::string& heard_first = "",
                                          bool first_spoken = false) {
     std::jthread speaking;
     if (first_spoken) {
-      speaking = std::jthread([&] { SpeakMessage(heard_first, 6); });
+      speaking = std::jthread([&] { SpeakMessage(heard_first, 3); });
     } else {
       PutWholeMessage(heard_first.empty() ? message : heard_first, 6);
     }
