@@ -24,7 +24,7 @@ constexpr size_t kReadPiece = 64 * 1024;
 constexpr int64_t kHeaderMargin = 8 * 11025 * 2;
 // A copy's time stamp where it was not taken with its last bytes and header (they were
 // followed, or the header not read): none a server gives.
-constexpr int64_t kHeaderNotRead = -1;
+constexpr int64_t kTimeStampNotTaken = -1;
 
 bool IsMessageName(const std::string& name) {
   return name.size() >= 4 && strcasecmp(name.c_str() + name.size() - 4, ".wav") == 0;
@@ -87,7 +87,7 @@ bool InwardMirror::Sync() {
     const bool unchanged = same_size && known->modified_ns == file.modified_ns;
     // A copy that grew by following has no time stamp of the server's yet: as long as
     // the file is, it is the message copied.
-    const bool as_copied = unchanged || (same_size && known->modified_ns == kHeaderNotRead);
+    const bool as_copied = unchanged || (same_size && known->modified_ns == kTimeStampNotTaken);
     const bool local_exists = Exists(local);
     if (known && known->held && (!unchanged || !local_exists)) {
       remote_.Release(file.name);  // before it goes, or is copied anew
@@ -152,7 +152,7 @@ bool InwardMirror::Follow() {
       const std::optional<std::string> header =
           remote_.Read(name, 0, static_cast<size_t>(std::min(copy.size, kHeaderBytes)));
       if (header && WriteAt(fd, *header, 0)) {
-        copy.modified_ns = kHeaderNotRead;
+        copy.modified_ns = kTimeStampNotTaken;
         copy.whole = IsWhole(local, copy.size);
         to_list |= copy.whole;
       }
@@ -168,7 +168,7 @@ bool InwardMirror::Follow() {
     }
     if (written && WriteAt(fd, *more, copy.size)) {
       copy.size = end;
-      copy.modified_ns = kHeaderNotRead;
+      copy.modified_ns = kTimeStampNotTaken;
       copied_ = true;
     }
     close(fd);
@@ -196,7 +196,7 @@ std::optional<InwardMirror::Copy> InwardMirror::CopyDown(const RemoteFolder::Fil
   } else if (from > 0) {
     // The header was not read: nor is the time stamp taken, so that the next listing,
     // once the message has stopped growing, reads it.
-    copy.modified_ns = kHeaderNotRead;
+    copy.modified_ns = kTimeStampNotTaken;
   }
   while (copy.size < file.size) {
     const size_t want = static_cast<size_t>(std::min<int64_t>(file.size - copy.size, kReadPiece));
