@@ -35,6 +35,7 @@ class FolderAsServer : public RemoteFolder {
     return files;
   }
   std::optional<std::string> Read(const std::string& name, int64_t offset, size_t size) override {
+    if (!std::filesystem::exists(folder_ + "/" + name)) return std::nullopt;
     if (offset == 0) ++header_reads;
     const std::string text = FileText(folder_ + "/" + name);
     if (offset > static_cast<int64_t>(text.size())) return std::string();
@@ -42,8 +43,9 @@ class FolderAsServer : public RemoteFolder {
   }
   std::optional<std::string> ReadGrowing(const std::string& name, int64_t offset, size_t size,
                                          int64_t* size_now) override {
+    const std::optional<std::string> bytes = Read(name, offset, size);
     *size_now = static_cast<int64_t>(FileText(folder_ + "/" + name).size());
-    return Read(name, offset, size);
+    return bytes;
   }
   bool Remove(const std::string& name) override {
     return !refuses_removal && !held.contains(name) &&
@@ -103,11 +105,14 @@ TEST_F(InwardMirrorTest, AGrowingMessageIsCopiedAsItGrowsAndGoesFromTheServerOnc
   Append("7.wav", "sound");
   ASSERT_TRUE(mirror_.Sync());
   EXPECT_EQ(FileText(Here("7.wav")), "HEAD----sound");
-  // The writer ends with the exact header, the size unchanged.
-  WriteFileText(OnServer("7.wav"), "head----sound");
-  Touch(OnServer("7.wav"));
-  ASSERT_TRUE(mirror_.Sync());
-  EXPECT_EQ(FileText(Here("7.wav")), "head----sound");
+  {
+    // The writer ends with the exact header, the size unchanged, while the copy is heard.
+    const FileLock heard = LockMessage(Here("7.wav"), FileLock::Kind::kShared);
+    WriteFileText(OnServer("7.wav"), "head----sound");
+    Touch(OnServer("7.wav"));
+    ASSERT_TRUE(mirror_.Sync());
+    EXPECT_EQ(FileText(Here("7.wav")), "head----sound");
+  }
   ASSERT_TRUE(mirror_.Sync());
   EXPECT_FALSE(mirror_.copied());
   EXPECT_TRUE(std::filesystem::exists(OnServer("7.wav")));
@@ -121,6 +126,19 @@ TEST_F(InwardMirrorTest, AGrowingMessageIsCopiedAsItGrowsAndGoesFromTheServerOnc
   ASSERT_TRUE(mirror_.Sync());
   EXPECT_FALSE(std::filesystem::exists(OnServer("7.wav")));
   EXPECT_FALSE(std::filesystem::exists(Here("7.wav")));
+
+  // A caller stalled so long that the copy, followed, was heard; then spoke on: the
+  // message stays on the server and comes down again whole (each part longer than a
+  // header, which is read again where a copy grows).
+  const std::string first = "HEAD" + std::string(6000, '1'), more(6000, '2');
+  Append("8.wav", first);
+  ASSERT_TRUE(mirror_.Sync());
+  Append("8.wav", more);
+  ASSERT_TRUE(mirror_.Follow());
+  std::filesystem::remove(Here("8.wav"));
+  Append("8.wav", "3");
+  ASSERT_TRUE(mirror_.Sync());
+  EXPECT_EQ(FileText(Here("8.wav")), first + more + "3");
 }
 
 // While a call goes on, its message is followed without listing the folder. The header
@@ -152,10 +170,7 @@ TEST_F(InwardMirrorTest, AGrowingMessageIsFollowedWithoutListingAndItsCopyNeverL
   Append("8.wav", "HEAD----");  // another caller's, who speaks on
   ASSERT_TRUE(mirror_.Sync());
   const int listed = server_.listings;
-  writer->Write(second.data(), 11025);
   ASSERT_TRUE(writer->Finish());
-  Append("8.wav", "more");
-  EXPECT_TRUE(mirror_.Follow());
   Append("8.wav", "more");
   EXPECT_FALSE(mirror_.Follow());
   EXPECT_EQ(server_.listings, listed);
@@ -169,6 +184,34 @@ TEST_F(InwardMirrorTest, AGrowingMessageIsFollowedWithoutListingAndItsCopyNeverL
   EXPECT_FALSE(std::filesystem::exists(Here("7.wav")));
   writer.reset();
   EXPECT_EQ(OpenFileCount(), open_files);
+}
+
+// Copied by listings alone, a message never looks whole before it ends either; once it
+// has ended, with last words or without, it comes whole and is held at the next
+// listings, also while it is heard.
+TEST_F(InwardMirrorTest, AMessageCopiedByListingsAloneComesWholeOnlyOnceItEnds) {
+  const std::vector<int32_t> second(11025, 4096);
+  for (const bool last_words : {true, false}) {
+    SCOPED_TRACE(last_words);
+    auto writer = CreateWaveFileWriter(OnServer("7.wav"), 11025, 1, 16, 0);
+    for (int spoken = 1; spoken <= 44; ++spoken) {
+      writer->Write(second.data(), 11025);
+      ASSERT_TRUE(mirror_.Sync());
+      ASSERT_FALSE(LookAtMessage(Here("7.wav"))->complete) << spoken;
+    }
+    if (last_words) writer->Write(second.data(), 11025);
+    ASSERT_TRUE(writer->Finish());
+    {
+      const FileLock heard = LockMessage(Here("7.wav"), FileLock::Kind::kShared);
+      ASSERT_TRUE(mirror_.Sync());
+      ASSERT_TRUE(mirror_.Sync());
+      EXPECT_EQ(FileText(Here("7.wav")), FileText(OnServer("7.wav")));
+      EXPECT_EQ(server_.held, std::set<std::string>{"7.wav"});
+    }
+    std::filesystem::remove(Here("7.wav"));
+    ASSERT_TRUE(mirror_.Sync());
+    ASSERT_FALSE(std::filesystem::exists(OnServer("7.wav")));
+  }
 }
 
 TEST_F(InwardMirrorTest, AMessageSentAgainUnderItsNameIsCopiedAfreshButNeverOverOneBeingHeard) {
@@ -252,7 +295,7 @@ TEST_F(InwardMirrorTest, AWholeMessageIsHeldOnTheServerUntilItHasBeenHeard) {
   EXPECT_FALSE(std::filesystem::exists(OnServer("7.wav")));
 }
 
-TEST_F(InwardMirrorTest, ClearingTakesOnlyMessagesAndAFolderThatIsGoneCantBeSynced) {
+TEST_F(InwardMirrorTest, ClearingTakesOnlyMessagesAndAFolderThatIsGoneCantBeSyncedNorFollowed) {
   Append("7.wav", "old");
   Append("8.WAV", "old");
   Append("ParlavoxUserData", "record");
@@ -265,7 +308,11 @@ TEST_F(InwardMirrorTest, ClearingTakesOnlyMessagesAndAFolderThatIsGoneCantBeSync
   EXPECT_TRUE(std::filesystem::exists(OnServer("ParlavoxUserData")));
   EXPECT_FALSE(std::filesystem::exists(Here("notes.txt")));
 
+  Append("9.wav", "HEAD----");  // growing when the folder goes
+  ASSERT_TRUE(mirror_.Sync());
   std::filesystem::remove_all(scratch_ / "server");
+  EXPECT_FALSE(mirror_.Follow());
+  mirror_.ClearRemote();
   EXPECT_FALSE(mirror_.Sync());
 }
 
