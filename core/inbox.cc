@@ -124,18 +124,17 @@ void Inbox::SeekToLeadIn(WaveFileReader& reader) {
 }
 
 void Inbox::Resume() {
-  std::shared_ptr<WaveFileReader> reader = std::move(resumed_reader_);
+  WaveFileReader& reader = *resumed_reader_;
   // A file cut below where playback stands holds a new message of the same caller, who
   // wrote over the one waited on (a share that did not keep it for the inbox): it is
   // heard from its beginning.
-  if (reader->GetLength() < reader->GetPosition()) SeekToLeadIn(*reader);
-  if (reader->GetLength() > reader->GetPosition()) {
-    Play(std::move(reader));
+  if (reader.GetLength() < reader.GetPosition()) SeekToLeadIn(reader);
+  if (reader.GetLength() > reader.GetPosition()) {
+    Play(std::move(resumed_reader_));
   } else if (folder_.IsStillComing(playing_)) {
-    resumed_reader_ = std::move(reader);
     next_->Start(kStillComingLook);
   } else {
-    Finish();
+    Finish();  // which closes the reader before the file goes
     next_->Start(kBetweenMessages);
   }
 }

@@ -155,6 +155,7 @@ TEST_F(InboxTest, PlaybackThatCatchesUpWithItsCallerGoesOnWhereItStopped) {
   clock_.Advance(20ms);
   EXPECT_EQ(player_.plays, 3);
   EXPECT_EQ(player_.started_at, -1653);
+  reader.reset();  // the test's hold on the file
 
   folder_.Find("8.wav")->coming = false;  // the caller finished: held from then on
   EXPECT_TRUE(folder_.held.empty());

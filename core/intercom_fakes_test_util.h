@@ -15,6 +15,8 @@
 #include <string>
 #include <vector>
 
+#include <gtest/gtest.h>
+
 #include "audio/mixer.h"
 #include "audio/player.h"
 #include "audio/recorder.h"
@@ -209,8 +211,12 @@ class FakeInboxFolder : public InboxFolder {
     const Message* message = Find(name);
     return message != nullptr && message->coming;
   }
-  // Played, a message leaves the list even when its file stays (`undeletable`).
+  // Played, a message leaves the list even when its file stays (`undeletable`). Its
+  // reader is closed first, as some file systems keep open files.
   bool Remove(const std::string& name) override {
+    if (const Message* message = Find(name); message && message->reader) {
+      EXPECT_EQ(message->reader.use_count(), 1) << name << " is still open";
+    }
     std::erase_if(messages, [&](const Message& m) { return m.name == name; });
     removed.push_back(name);
     held.erase(name);
