@@ -50,11 +50,17 @@ TEST_F(IntercomTest, StartPublishesTheIntercomOnAndTheEndPublishesItOff) {
   EXPECT_EQ(Published().id, own.id);
   EXPECT_EQ(view_.statuses.back(), "Your inward folder is back: others can call you again");
 
+  Message(5);
+  Message(6);
+  watcher_.changed();
+  ASSERT_TRUE(player_.is_open());
   intercom_.End();
   EXPECT_FALSE(Published().is_on());
   EXPECT_EQ(Published().id, own.id);
   EXPECT_FALSE(poller_.polling);
   EXPECT_TRUE(watcher_.watching.empty());
+  EXPECT_FALSE(player_.is_open());    // the message playing ends with it
+  EXPECT_TRUE(folder_.held.empty());  // and the one waiting is let go
 }
 
 TEST_F(IntercomTest, IdentitySurvivesInTheRecordFile) {
