@@ -56,6 +56,16 @@ TEST_F(MessageFileTest, AMessageIsComingUntilItsCallerFinishesIt) {
   EXPECT_FALSE(Coming("gone.wav"));
   writer.reset();
   EXPECT_EQ(OpenFileCount(), open_files);  // looked at many times a second while it comes
+
+  // A message that went before it was finished is forgotten: the next call's, made under
+  // its name, is waited for afresh.
+  std::filesystem::resize_file(scratch_ / "12.wav", 100);
+  now_ += kHeaderWaitLimit;
+  EXPECT_TRUE(Coming("12.wav"));
+  std::filesystem::remove(scratch_ / "12.wav");
+  EXPECT_FALSE(Coming("12.wav"));
+  WriteFileText(scratch_ / "12.wav", "");
+  EXPECT_TRUE(Coming("12.wav"));
 }
 
 TEST_F(MessageFileTest, OnlyChangesSeenHereCountNotTheWritersClock) {
@@ -97,6 +107,7 @@ TEST_F(MessageFileTest, OnlyChangesSeenHereCountNotTheWritersClock) {
 }
 
 TEST_F(MessageFileTest, AHeldMessageCanNotBeTakenForANewCall) {
+  const long open_files = OpenFileCount();
   const std::string path = scratch_ / "12.wav";
   CreateWaveFileWriter(path, 11025, 1, 16, 0)->Finish();
   {
@@ -119,6 +130,11 @@ TEST_F(MessageFileTest, AHeldMessageCanNotBeTakenForANewCall) {
   const MessageForCall nowhere = OpenMessageForCall(scratch_ / "missing/12.wav");
   EXPECT_FALSE(nowhere.still_playing);
   EXPECT_EQ(nowhere.fd, -1);
+  EXPECT_EQ(OpenFileCount(), open_files);  // a refused call leaves nothing open
+
+  // Holding a message that went does not make it again.
+  EXPECT_FALSE(LockMessage(scratch_ / "13.wav", FileLock::Kind::kShared).held());
+  EXPECT_FALSE(std::filesystem::exists(scratch_ / "13.wav"));
 }
 
 // A caller's message taken from the callee's folder: deleted, or another file put in
