@@ -154,12 +154,14 @@ class CallProcessTest : public testing::Test {
     return {SpeechFound(speech, heard), LoudSpan(heard) - LoudSpan(speech)};
   }
 
-  // Whether playback broke off is judged where the threads run at their own pace:
-  // ThreadSanitizer slows each of them several times over, and a break of 10 to 40 ms
-  // there (now and then, on a busy machine) says nothing of the program.
-  static void ExpectNoBreak(const Heard& heard) {
+  // Whether playback broke off is judged where the threads run at their own pace, on a
+  // server that plays each sample as it came: ThreadSanitizer slows each thread several
+  // times over, and a break of 10 to 40 ms there (now and then, on a busy machine) says
+  // nothing of the program; nor does PipeWire's period of 5 ms dropped or played twice
+  // (on a busy machine now and then, whichever copy of the program plays).
+  void ExpectNoBreak(const Heard& heard) const {
 #ifndef PARLAVOX_THREAD_SANITIZER
-    EXPECT_NEAR(heard.lengthened, 0, 0.005);
+    if (!ann_server_.is_pipewire()) EXPECT_NEAR(heard.lengthened, 0, 0.005);
 #endif
   }
 

@@ -44,6 +44,7 @@ class PrivateSoundServer {
 
   // What PULSE_SERVER names this server by.
   std::string address() const { return "unix:" + socket_; }
+  bool is_pipewire() const { return pipewire_; }
   ~PrivateSoundServer() {
     Stop();
     std::filesystem::remove_all(folder_);
