@@ -1,5 +1,6 @@
 #include "audio/sound_recorder.h"
 
+#include <algorithm>
 #include <cmath>
 #include <filesystem>
 
@@ -8,6 +9,7 @@
 #include "audio/sound_devices.h"
 #include "audio/sound_player.h"
 #include "audio/sound_server_test_util.h"
+#include "audio/wave_time.h"
 #include "util/scratch_folder_test_util.h"
 
 namespace parlavox {
@@ -22,9 +24,13 @@ struct Events : LSoundRecorderListener, LSoundPlayerListener {
   void OnRecordWaiting(uint32_t) override { waiting_at.push_back(writer->length()); }
   void OnRecordStopped(uint32_t) override { ++recorder_stopped; }
   void OnRecordLost(uint32_t) override { ++recorder_lost; }
+  void OnRecordPosition(int32_t time, uint32_t) override { last_time = time; }
+  void OnRecordLevels(const ChannelLevels& l, uint32_t) override { levels.push_back(l); }
   void OnPlayStopped(uint32_t) override { ++player_stopped; }
   std::shared_ptr<WaveFileWriter> writer;
   std::vector<int64_t> started_at, waiting_at;
+  std::vector<ChannelLevels> levels;
+  int32_t last_time = -1;
   int recorder_stopped = 0, recorder_lost = 0, player_stopped = 0;
 };
 
@@ -73,7 +79,11 @@ class SoundRecorderTest : public testing::Test {
   LSoundRecorder recorder_{loop_};
 };
 
+// A call: every buffer is written, the meter and the call's time follow it, and at the
+// stop the recorder lets go of the message file.
 TEST_F(SoundRecorderTest, RecordsEveryBufferWhenStartedAsACall) {
+  EXPECT_FALSE(
+      recorder_.StartRecording(nullptr, 0, -127, 216000000, LSoundRecorder::kStartWriting));
   ASSERT_TRUE(
       recorder_.StartRecording(NewWriter(), 0, -127, 216000000, LSoundRecorder::kStartWriting));
   loop_.RunFor(200ms);
@@ -81,9 +91,18 @@ TEST_F(SoundRecorderTest, RecordsEveryBufferWhenStartedAsACall) {
   ASSERT_TRUE(loop_.RunUntil([&] { return events_.player_stopped == 1; }, 5s));
   loop_.RunFor(200ms);
   const int64_t written = events_.writer->length();
+  EXPECT_EQ(events_.last_time, FramesToTime(written, kRate));
+  ASSERT_FALSE(events_.levels.empty());
+  EXPECT_EQ(events_.levels.back().count, 1);
+  EXPECT_EQ(std::max_element(events_.levels.begin(), events_.levels.end(),
+                             [](const auto& a, const auto& b) { return a.levels[0] < b.levels[0]; })
+                ->levels[0],
+            6);  // the tone's peak: half of full scale
+  const std::weak_ptr<WaveFileWriter> message = events_.writer;
   events_.writer.reset();
   recorder_.StopRecording();
   EXPECT_EQ(events_.recorder_stopped, 1);
+  EXPECT_TRUE(message.expired());  // closed: not held open till the next call
 
   const std::vector<int32_t> samples = Recorded();
   EXPECT_EQ(static_cast<int64_t>(samples.size()), written);  // nothing cut at the stop
