@@ -133,14 +133,14 @@ void LSoundPlayer::Run() {
 }
 
 bool LSoundPlayer::Reopen() {
-  const int64_t played =
-      static_cast<int64_t>(wave_out_.played_bytes() / (sizeof(int16_t) * channels_));
+  // What the dropped stream played is counted before it goes: a try that fails leaves
+  // no stream, and the next try goes on from the same place.
+  start_frame_ += static_cast<int64_t>(wave_out_.played_bytes() / (sizeof(int16_t) * channels_));
   wave_out_.Close();
   if (!wave_out_.Open(playing_device_, static_cast<uint32_t>(reader_->sample_rate()), channels_,
                       playing_level_, &block_done_)) {
     return false;
   }
-  start_frame_ += played;
   reader_->Seek(start_frame_);
   for (PlayBlock& block : blocks_) {
     block.buffer.done = true;

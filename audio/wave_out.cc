@@ -35,7 +35,6 @@ bool WaveOut::Open(const std::string& device, uint32_t rate, int channels, int d
   write_index_ = 0;
   all_read_at_ = 0;
   drained_ = false;
-  played_index_ = 0;
   pa_stream_set_state_callback(stream_, &WaveOut::OnStreamState, this);
 
   // Playback starts as soon as one frame is there, so nothing waits to fill up; the
@@ -114,6 +113,7 @@ void WaveOut::Close() {
   // Without a stream no callback can run: a device never opened never reaches the server.
   if (stream_ == nullptr && timer_ == nullptr) {
     MarkAllDone();
+    played_index_ = 0;
     return;
   }
   PulseLock lock;
@@ -128,6 +128,7 @@ void WaveOut::Close() {
     stream_ = nullptr;
   }
   MarkAllDone();
+  played_index_ = 0;
 }
 
 void WaveOut::OnStreamState(pa_stream* stream, void* self) {

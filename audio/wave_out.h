@@ -51,7 +51,8 @@ class WaveOut {
   void Reset();
   void Close();
   bool failed() const { return failed_.load(); }
-  // How much of the stream has played since it was opened, as of the last look.
+  // How much of the stream has played since it was opened, as of the last look; 0
+  // once it is closed.
   uint64_t played_bytes() const { return played_index_.load(); }
 
  private:
