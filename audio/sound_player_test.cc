@@ -189,6 +189,11 @@ TEST_F(SoundPlayerTest, PlaysAFileWhileAnotherProcessWritesIt) {
   waitpid(writer_pid, nullptr, 0);
   loop_.RunFor(300ms);
 
+  if (server_.is_pipewire()) {  // which resamples it: judged by the length heard
+    const auto [onset, end] = LoudStretch(monitor.samples);
+    EXPECT_NEAR(double(end - onset) / kRate, double(kBlock * kBlocks) / kRate, 0.02);
+    return;
+  }
   const auto first = std::find_if(monitor.samples.begin(), monitor.samples.end(),
                                   [](int16_t s) { return s != 0; });
   ASSERT_GE(monitor.samples.end() - first, kBlock * kBlocks);
