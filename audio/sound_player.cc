@@ -64,7 +64,6 @@ bool LSoundPlayer::Play(std::shared_ptr<WaveFileReader> reader) {
 void LSoundPlayer::StopPlayback() {
   if (state_ == 0) return;
   Stop();  // the thread first: it must not write to a device being closed
-  wave_out_.Reset();
   wave_out_.Close();
   scratch_.clear();
   reader_.reset();
@@ -129,7 +128,6 @@ void LSoundPlayer::Run() {
     }
     if (wait) block_done_.WaitFor(kBlockWait);
   }
-  wave_out_.Reset();
 }
 
 bool LSoundPlayer::Reopen() {

@@ -212,7 +212,9 @@ TEST_F(SoundPlayerTest, AMessageGoesOnAfterTheSoundServerRestarts) {
         "load-module module-null-sink sink_name=headset rate=11025 channels=1 norewinds=1 "
         ">/dev/null");
   };
-  if (device_late) ASSERT_EQ(add_headset(), 0);
+  if (device_late) {
+    ASSERT_EQ(add_headset(), 0);
+  }
   player_.set_device({3, device});
   std::optional<MonitorCapture> monitor(std::in_place, loop_, device + ".monitor");
   loop_.RunFor(300ms);

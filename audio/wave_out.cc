@@ -91,24 +91,6 @@ void WaveOut::Drain() {
   }
 }
 
-void WaveOut::Reset() {
-  PulseLock lock;
-  MarkAllDone();
-  if (stream_ == nullptr || failed_) return;
-  PulseConnection& pulse = PulseConnection::Instance();
-  pulse.Wait(pa_stream_flush(
-      stream_, [](pa_stream*, int, void*) { PulseConnection::Instance().Signal(); }, nullptr));
-  // A flush moves the server's write index back to its read index: start counting there.
-  if (pulse.Wait(pa_stream_update_timing_info(
-          stream_, [](pa_stream*, int, void*) { PulseConnection::Instance().Signal(); },
-          nullptr))) {
-    if (const pa_timing_info* timing = pa_stream_get_timing_info(stream_)) {
-      write_index_ = static_cast<uint64_t>(std::max<int64_t>(timing->write_index, 0));
-      played_index_ = write_index_;
-    }
-  }
-}
-
 void WaveOut::Close() {
   // Without a stream no callback can run: a device never opened never reaches the server.
   if (stream_ == nullptr && timer_ == nullptr) {

@@ -14,7 +14,8 @@
 namespace parlavox {
 
 // One buffer of 16-bit samples for an output device. `done` is true whenever the
-// device does not hold it: before it is written, once it has played, after a reset.
+// device does not hold it: before it is written, once it has played, once the device
+// is closed.
 struct PlayBuffer {
   std::vector<int16_t> samples;  // the buffer's room
   size_t bytes = 0;              // how much of it to play
@@ -47,8 +48,7 @@ class WaveOut {
   // comes, and the stream would never finish. Writing may go on after it (PipeWire's
   // server may then hold back again what follows, till it is asked once more).
   void Drain();
-  // Drops whatever is queued; every buffer becomes done.
-  void Reset();
+  // Closes the stream: whatever is queued is dropped, every buffer becomes done.
   void Close();
   bool failed() const { return failed_.load(); }
   // How much of the stream has played since it was opened, as of the last look; 0
