@@ -3,7 +3,9 @@
 #include <signal.h>
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <atomic>
+#include <cerrno>
 #include <chrono>
 #include <filesystem>
 #include <thread>
@@ -155,6 +157,32 @@ TEST_F(SambaShareTest, AWaitForChangesThatRunsOnLetsEveryOperationHaveItsTurn) {
   mirror.join();
 }
 
+// A listing gives every file with its size and time stamp and tells folders apart;
+// a folder that is not there can't be listed.
+TEST_F(SambaShareTest, AListingGivesTheFilesAsTheyAreAndTellsFoldersApart) {
+  const std::filesystem::path listed = *scratch_ / "office/listed";
+  std::filesystem::create_directories(listed / "sub");
+  WriteFileText(listed / "5.wav", "RIFFxx");
+  struct stat status {};
+  ASSERT_EQ(stat((listed / "5.wav").c_str(), &status), 0);
+  SmbConnection& connection = connections_.For(inward_);
+  auto entries = connection.List("smb://127.0.0.1/office/listed");
+  ASSERT_TRUE(entries.has_value());
+  std::sort(entries->begin(), entries->end(),
+            [](const auto& a, const auto& b) { return a.name < b.name; });
+  ASSERT_EQ(entries->size(), 2u);
+  EXPECT_EQ((*entries)[0].name, "5.wav");
+  EXPECT_EQ((*entries)[0].size, 6);
+  EXPECT_NEAR(double((*entries)[0].modified_ns),
+              double(status.st_mtim.tv_sec * 1000000000LL + status.st_mtim.tv_nsec), 1000.0);
+  EXPECT_FALSE((*entries)[0].is_folder);
+  EXPECT_EQ((*entries)[1].name, "sub");
+  EXPECT_TRUE((*entries)[1].is_folder);
+  int error = 0;
+  EXPECT_FALSE(connection.List("smb://127.0.0.1/office/gone", &error));
+  EXPECT_EQ(error, ENOENT);
+}
+
 // A message held by the copy that plays it can't be written or deleted by a caller, who
 // learns that it is busy; let go, it can be cut for the next call.
 TEST_F(SambaShareTest, AFileHeldAgainstWritingIsBusyForOthersUntilLetGo) {
@@ -239,18 +267,25 @@ TEST_F(SambaShareTest, AServerThatStoppedAnsweringHoldsUpNobodyAndIsLeftAtOnce) 
   const ShareLocation relayed = *ParseShareName(folder);
   const std::unique_ptr<SmbConnection> watching = smb->NewBackground(relayed);
   ASSERT_TRUE(watching->List(SmbUrl(relayed)));
+  std::unique_ptr<WritableFile> message =
+      smb->For(relayed).OpenForWriting(SmbUrl(relayed, "9.wav"));
+  ASSERT_TRUE(message && message->WriteAt("abcd", 4, 0));
 
-  std::atomic<bool> waited = false;
+  std::atomic<bool> waited = false, reported = true;
   std::thread waiter([&] {
-    watching->WatchChanges(
+    reported = watching->WatchChanges(
         SmbUrl(relayed), std::chrono::seconds(30), std::chrono::seconds(3), [] { return false; },
         [](bool) {});
     waited = true;
   });
   std::this_thread::sleep_for(std::chrono::milliseconds(500));  // for the wait to be asked
   relay->Signal(SIGSTOP);
-  // What answered within the time-out counts as answering still.
-  std::this_thread::sleep_for(SmbConnection::kTimeout);
+  // A call into the folder goes on: its first write waits out the library's time-out,
+  // and the server is known to be silent from then on, not waited for at every write.
+  const auto writing = std::chrono::steady_clock::now();
+  for (int i = 1; i <= 5; ++i) EXPECT_TRUE(message->WriteAt("efgh", 4, 4 * i));  // kept
+  EXPECT_LT(std::chrono::steady_clock::now() - writing, 3 * SmbConnection::kTimeout);
+  message.reset();
   // The read needs no turn either: another operation holds it meanwhile.
   std::atomic<bool> holding = false, read = false;
   std::thread holder([&] {
@@ -269,6 +304,7 @@ TEST_F(SambaShareTest, AServerThatStoppedAnsweringHoldsUpNobodyAndIsLeftAtOnce) 
   watching->CutOffIfSilent();
   EXPECT_TRUE(Eventually([&] { return waited.load(); }, SmbConnection::kTimeout / 2));
   waiter.join();
+  EXPECT_FALSE(reported);  // a wait cut off is no report of changes
   const auto leaving = std::chrono::steady_clock::now();
   smb.reset();
   EXPECT_LT(std::chrono::steady_clock::now() - leaving, SmbConnection::kTimeout / 2);
