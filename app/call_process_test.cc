@@ -161,7 +161,9 @@ class CallProcessTest : public testing::Test {
   // (on a busy machine now and then, whichever copy of the program plays).
   void ExpectNoBreak(const Heard& heard) const {
 #ifndef PARLAVOX_THREAD_SANITIZER
-    if (!ann_server_.is_pipewire()) EXPECT_NEAR(heard.lengthened, 0, 0.005);
+    if (!ann_server_.is_pipewire()) {
+      EXPECT_NEAR(heard.lengthened, 0, 0.005);
+    }
 #endif
   }
 
@@ -221,23 +223,31 @@ class CallProcessTest : public testing::Test {
     writer->Finish();
   }
 
+  // How the messages of a check below come: all at once; the one heard first while
+  // its caller still speaks it (for three seconds); or Ann's, behind the one heard
+  // first, as she speaks it through her copy.
+  enum class Coming { kWhole, kFirstSpoken, kAnnsSpoken };
+
   // Has Ben hear a message of six seconds and Ann call him meanwhile, once her message at
   // `message` is held for him after `held`: refused, her message uncut. The one heard is
-  // hers, or where `heard_first` names another caller's, hers (of a second) waits behind
-  // it; that one is still being spoken meanwhile (for three seconds) where `first_spoken`
-  // says so.
+  // hers, or where `heard_first` names another caller's, hers (of a second, or her
+  // speech) waits behind it.
   void ExpectACallAgainRefusedWhileHeard(const std::string& message,
                                          std::chrono::milliseconds held = 0ms,
                                          const std::string& heard_first = "",
-                                         bool first_spoken = false) {
+                                         Coming coming = Coming::kWhole) {
     std::jthread speaking;
-    if (first_spoken) {
+    if (coming == Coming::kFirstSpoken) {
       speaking = std::jthread([&] { SpeakMessage(heard_first, 3); });
     } else {
       PutWholeMessage(heard_first.empty() ? message : heard_first, 6);
     }
     ASSERT_TRUE(Eventually([&] { return ben_.Status()["playing"].toBool(); }, 5s));
-    if (!heard_first.empty()) PutWholeMessage(message, 1);
+    if (coming == Coming::kAnnsSpoken) {
+      Speak(ann_, ann_server_, {"--call", "0"});
+    } else if (!heard_first.empty()) {
+      PutWholeMessage(message, 1);
+    }
     std::this_thread::sleep_for(held);
     const auto size = std::filesystem::file_size(message);
     const auto [call, errors] = ann_.Run({"--call", "0"});
@@ -440,7 +450,7 @@ TEST_F(CallProcessTest, AnInwardFolderKeptOnASambaServerWorksThroughIt) {
   // hers that came in while another caller still spoke, held once the mirror copied it.
   ExpectACallAgainRefusedWhileHeard(message, 500ms);
   EXPECT_TRUE(Eventually([&] { return !std::filesystem::exists(message); }, 15s));
-  ExpectACallAgainRefusedWhileHeard(message, 500ms, on_server + "/5.wav", /*first_spoken=*/true);
+  ExpectACallAgainRefusedWhileHeard(message, 500ms, on_server + "/5.wav", Coming::kFirstSpoken);
   EXPECT_TRUE(Eventually([&] { return !std::filesystem::exists(message); }, 15s));
 }
 
@@ -515,12 +525,12 @@ TEST_F(CallProcessTest, AnInwardFolderSharedAsASambaUserShareIsReachedByTheNameS
   EXPECT_GT(SpeechHeard(ben_speaker).score, 0.6) << ben_.log();
 
   // While Ben hears a long one, Ann's next call through the share can't cut it, nor one
-  // of hers that waits behind another's. Held through the share once Ben's copy asked
-  // Samba.
+  // of hers that waits behind another's, spoken through the share while his copy asks
+  // to hold it. Held through the share once Ben's copy asked Samba, and she let go.
   ExpectACallAgainRefusedWhileHeard(MessageFromAnn(ben_.inward_folder()), 1500ms);
   EXPECT_TRUE(AllPlayed(ben_, 15s));
-  ExpectACallAgainRefusedWhileHeard(MessageFromAnn(ben_.inward_folder()), 1500ms,
-                                    ben_.inward_folder() + "/5.wav");
+  ExpectACallAgainRefusedWhileHeard(MessageFromAnn(ben_.inward_folder()), 300ms,
+                                    ben_.inward_folder() + "/5.wav", Coming::kAnnsSpoken);
   EXPECT_TRUE(AllPlayed(ben_, 15s));
 }
 

@@ -137,6 +137,17 @@ bool IsServerError(int error) {
          error == ECONNREFUSED || error == ECONNRESET || error == EHOSTDOWN;
 }
 
+// Opens `url` for reading, denying other openers what `denied` names; errno as the open
+// left it.
+SMBCFILE* OpenToReadDenying(SMBCCTX* context, const std::string& url, smbc_share_mode denied) {
+  smbc_setOptionOpenShareMode(context, denied);
+  SMBCFILE* file = smbc_getFunctionOpen(context)(context, url.c_str(), O_RDONLY, 0);
+  const int error = errno;
+  smbc_setOptionOpenShareMode(context, SMBC_SHAREMODE_DENY_NONE);
+  errno = error;
+  return file;
+}
+
 // Keeps `code` for the caller that asked for it; false, so that it can end a failure.
 bool Failed(int* error, int code) {
   if (error != nullptr) *error = code;
@@ -503,8 +514,23 @@ std::unique_ptr<WritableFile> SmbConnection::OpenForWriting(const std::string& u
   Turn turn(counts_as_use_);
   if (context_ == nullptr) return Failed(error, ENOMEM), nullptr;
   SMBCFILE* file = smbc_getFunctionOpen(context_)(context_, url.c_str(), O_WRONLY | O_CREAT, 0666);
-  if (file == nullptr) return Failed(error, Noted(errno)), nullptr;
+  if (file == nullptr) {
+    // Samba refuses a file that another opener holds with "access denied" rather than
+    // "busy" where this account may do less with it than its owner (a guest, on a share
+    // without a forced user, writing a file that a guest made): a file that can't be
+    // opened at all beside the others' opens is busy.
+    int failed = errno;
+    if (failed == EACCES && OpenElsewhere(url)) failed = EBUSY;
+    return Failed(error, Noted(failed)), nullptr;
+  }
   return std::make_unique<File>(*this, url, file);
+}
+
+bool SmbConnection::OpenElsewhere(const std::string& url) {
+  SMBCFILE* alone = OpenToReadDenying(context_, url, SMBC_SHAREMODE_DENY_ALL);
+  if (alone == nullptr) return errno == EBUSY;
+  smbc_getFunctionClose(context_)(context_, alone);
+  return false;
 }
 
 SmbConnection::HeldFile::~HeldFile() {
@@ -516,11 +542,8 @@ std::unique_ptr<SmbConnection::HeldFile> SmbConnection::Hold(const std::string& 
   if (!MayAnswer()) return Failed(error, ETIMEDOUT), nullptr;
   Turn turn(counts_as_use_);
   if (context_ == nullptr) return Failed(error, ENOMEM), nullptr;
-  smbc_setOptionOpenShareMode(context_, SMBC_SHAREMODE_DENY_WRITE);
-  SMBCFILE* file = smbc_getFunctionOpen(context_)(context_, url.c_str(), O_RDONLY, 0);
-  const int open_error = errno;
-  smbc_setOptionOpenShareMode(context_, SMBC_SHAREMODE_DENY_NONE);
-  if (file == nullptr) return Failed(error, Noted(open_error)), nullptr;
+  SMBCFILE* file = OpenToReadDenying(context_, url, SMBC_SHAREMODE_DENY_WRITE);
+  if (file == nullptr) return Failed(error, Noted(errno)), nullptr;
   return std::make_unique<HeldFile>(*this, file);
 }
 

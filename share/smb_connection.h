@@ -97,7 +97,8 @@ class SmbConnection {
   // because of the server (it does not answer, or refuses the account: the share
   // itself is then looked at), naming it; "" for errors of one file or folder.
   std::string Trouble(int error, const ShareLocation& where);
-  // The file at `url` for writing, made when missing; null when it can't be opened. It
+  // The file at `url` for writing, made when missing; null when it can't be opened
+  // (EBUSY where another opener holds it against writing). It
   // uses this connection, which must outlive it. What it can't write because the
   // connection went away or the server is away is kept (up to 16 MB) and written once it
   // is back; its Close says whether everything made it.
@@ -137,6 +138,8 @@ class SmbConnection {
   bool AnswersNow();
   // Ends whatever waits for an answer on this process's connections to the server.
   void CutOff();
+  // Whether the file at `url` is open elsewhere (it can't be opened denying others).
+  bool OpenElsewhere(const std::string& url) REQUIRES(library_);
   // Notes an operation's error that says the server does not answer; returns it.
   int Noted(int error);
 
