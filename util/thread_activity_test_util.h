@@ -3,11 +3,14 @@
 
 #include <sys/types.h>
 
+#include <chrono>
 #include <filesystem>
 #include <fstream>
 #include <ostream>
 #include <sstream>
 #include <string>
+#include <thread>
+#include <vector>
 
 namespace parlavox {
 
@@ -50,6 +53,16 @@ inline pid_t ThreadNamed(const std::string& name) {
     }
   }
   return 0;
+}
+
+// How many clock ticks (of 100 a second) the threads `tids` run together in the next
+// `span`.
+inline long TicksWithin(const std::vector<pid_t>& tids, std::chrono::milliseconds span) {
+  long before = 0, after = 0;
+  for (pid_t tid : tids) before += ActivityOf(tid).ticks;
+  std::this_thread::sleep_for(span);
+  for (pid_t tid : tids) after += ActivityOf(tid).ticks;
+  return after - before;
 }
 
 }  // namespace parlavox
