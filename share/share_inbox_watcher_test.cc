@@ -77,13 +77,10 @@ TEST(SambaWatcherTest, TheLocalCopyFollowsTheServerAndItsThreadsSleepBetweenLook
   };
 
   // What waited there is cleared at the start; then the server's reports are asked
-  // for, on a thread of their own, which a message put there until then misses.
-  ASSERT_TRUE(Eventually(
-      [&] {
-        SpeakInto(on_disk + "/5.wav", 10);
-        return std::filesystem::exists(copy + "/5.wav");
-      },
-      std::chrono::seconds(10), milliseconds(300)));
+  // for, on a thread of their own, and a message put there before the server took the
+  // request is found when the first report is due.
+  ASSERT_TRUE(Eventually([] { return ThreadNamed("parlavox-notice") != 0; }));
+  SpeakInto(on_disk + "/5.wav", 10);
   EXPECT_TRUE(Eventually([&] { return copied_whole("5.wav"); }));
   const pid_t mirror = ThreadNamed("parlavox-mirror");
   std::jthread speaking([&] { SpeakInto(on_disk + "/6.wav", 150); });

@@ -430,6 +430,7 @@ struct Wait {
   const std::function<void(bool arrived)>& noticed;
   bool gives_way;  // to operations that wait for their turn
   bool gave_way = false;
+  bool looked = false;
 };
 
 bool Arrived(const smbc_notify_callback_action& change) {
@@ -440,7 +441,12 @@ bool Arrived(const smbc_notify_callback_action& change) {
 // interrupted, or where it gives way, at a change or when an operation waits for its turn.
 int EndWait(const smbc_notify_callback_action* changes, size_t count, void* data) {
   auto* wait = static_cast<Wait*>(data);
-  if (count > 0) wait->noticed(std::any_of(changes, changes + count, Arrived));
+  if (count > 0) {
+    wait->noticed(std::any_of(changes, changes + count, Arrived));
+  } else if (!wait->looked && !wait->gives_way) {
+    wait->noticed(false);  // what changed before the server took the request went untold
+  }
+  wait->looked = true;
   wait->gave_way = wait->gives_way && SmbConnection::Turn::waiting() > 0;
   return (wait->gives_way && count > 0) || wait->gave_way || wait->interrupted() ||
          std::chrono::steady_clock::now() >= wait->deadline;

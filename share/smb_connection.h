@@ -75,8 +75,10 @@ class SmbConnection {
   // threads (LetSambaRunOnSeveralThreads) it waits on after each batch, and others'
   // operations go on beside it; elsewhere it holds the library, and ends at the first
   // batch and when an operation waits for its turn (looking every 100 ms while others
-  // have used the library lately). Returns false at once when the server can't report
-  // changes. Use a background connection for it.
+  // have used the library lately). Waiting beside the others, it also tells `noticed`
+  // (false) at its first look where nothing was reported by then: changes made before
+  // the server took the request go unreported, and the caller looks for itself. Returns
+  // false at once when the server can't report changes. Use a background connection.
   bool WatchChanges(const std::string& folder_url, std::chrono::milliseconds limit,
                     std::chrono::milliseconds look, const std::function<bool()>& interrupted,
                     const std::function<void(bool arrived)>& noticed);
