@@ -140,6 +140,10 @@ TEST_F(PresenceTest, PollerPostsTheFirstPassAndEveryChangeAndStopsPromptly) {
   ListUser(scratch_ / "carol", &carol);  // a pass may see her listed before it reads her
   EXPECT_TRUE(Eventually([&] { return Cached("on1") == "true"; }));
   EXPECT_TRUE(Eventually([&] { return poster.posts >= 3; }));
+  const int posted = poster.posts;  // going off, under the same name, is a change too
+  ASSERT_TRUE(WriteUserRecord(MakeUserRecord("Carol", 33, false),
+                              JoinPath(scratch_ / "carol", kUserRecordFileName)));
+  EXPECT_TRUE(Eventually([&] { return poster.posts > posted && Cached("on1") == "false"; }));
 
   const auto began = std::chrono::steady_clock::now();
   poller.Stop();
