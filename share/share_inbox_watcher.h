@@ -16,8 +16,8 @@ namespace parlavox {
 // is left to `local`. For one on an SMB share, a thread keeps the folder's local copy
 // (LocalInwardFolder) in step with the server through an InwardMirror, and `local`
 // watches that copy. A second thread waits on the server's reports of changes in the
-// folder; the first looks at the folder at each (and 3 s into each wait, for what came
-// before the server took it), and at once when the local copy changed
+// folder; the first looks at the folder at each (and at each wait's first look, for
+// what came before the server took it), and at once when the local copy changed
 // (a message heard is let go of and deleted on the server). It looks at the folder anyway
 // every 2 minutes, every 40 ms (as often as a caller writes) while a message grows, every
 // second while messages wait here and for 10 s after, and every second where the server
