@@ -37,8 +37,8 @@ class RemoteFolder {
   virtual void Release(const std::string& name) = 0;
   // Waits up to `limit` for changes in the folder, telling `noticed` of each the server
   // reports (true where a file came in), or until `interrupted` says so (it is asked
-  // every `look`); returns false at once where the server can't report changes.
-  virtual bool WatchChanges(std::chrono::milliseconds limit, std::chrono::milliseconds look,
+  // every half second); returns false at once where the server can't report changes.
+  virtual bool WatchChanges(std::chrono::milliseconds limit,
                             const std::function<bool()>& interrupted,
                             const std::function<void(bool arrived)>& noticed) = 0;
   // Called from another thread when the one that uses the folder is to stop: where the

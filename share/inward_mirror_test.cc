@@ -58,8 +58,8 @@ class FolderAsServer : public RemoteFolder {
     return true;
   }
   void Release(const std::string& name) override { EXPECT_EQ(held.erase(name), 1u) << name; }
-  bool WatchChanges(std::chrono::milliseconds, std::chrono::milliseconds,
-                    const std::function<bool()>&, const std::function<void(bool)>&) override {
+  bool WatchChanges(std::chrono::milliseconds, const std::function<bool()>&,
+                    const std::function<void(bool)>&) override {
     return false;
   }
 

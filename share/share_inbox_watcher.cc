@@ -54,10 +54,9 @@ class SmbRemoteFolder : public RemoteFolder {
     return true;
   }
   void Release(const std::string& name) override { held_.erase(name); }
-  bool WatchChanges(std::chrono::milliseconds limit, std::chrono::milliseconds look,
-                    const std::function<bool()>& interrupted,
+  bool WatchChanges(std::chrono::milliseconds limit, const std::function<bool()>& interrupted,
                     const std::function<void(bool arrived)>& noticed) override {
-    return notifying_->WatchChanges(SmbUrl(location_), limit, look, interrupted, noticed);
+    return notifying_->WatchChanges(SmbUrl(location_), limit, interrupted, noticed);
   }
   // The cut reaches both connections: they go to one server.
   void LetGoIfSilent() override { notifying_->CutOffIfSilent(); }
@@ -89,8 +88,7 @@ class NoticeThread : public WorkerThread {
   void Run() override {
     while (!StopRequested()) {
       const bool notifies = remote_.WatchChanges(
-          ShareInboxWatcher::kRelistInterval, ShareInboxWatcher::kIdleLook,
-          [this] { return StopRequested(); },
+          ShareInboxWatcher::kRelistInterval, [this] { return StopRequested(); },
           [this](bool arrived) {
             if (arrived) notices_.arrived = true;
             notices_.look.Set();

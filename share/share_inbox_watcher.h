@@ -25,11 +25,11 @@ namespace parlavox {
 // rather than the folder listed, which is listed again once nothing more came, at once
 // when the server reports a file come in, and at least every 5 s. A server that can't be
 // reached is reported unusable, and usable again once it answers. `local`, `smb` and
-// `owner` outlive this object; stopping takes up to 3 s.
+// `owner` outlive this object; stopping takes half a second, and up to 3 s where the
+// server went silent.
 class ShareInboxWatcher : public InboxWatching {
  public:
   static constexpr std::chrono::milliseconds kIdleWait{1000};
-  static constexpr std::chrono::milliseconds kIdleLook{3000};
   static constexpr std::chrono::milliseconds kLookWhileMessagesWait{1000};
   static constexpr std::chrono::milliseconds kLately{10000};
   static constexpr std::chrono::milliseconds kGrowingWait{40};

@@ -453,7 +453,8 @@ int EndWait(const smbc_notify_callback_action* changes, size_t count, void* data
 }
 
 // Watches `folder` (see EndWait), looking every `look`; 0 when the server could report
-// changes.
+// changes. Samba's library (4.17) sets its timer to the whole seconds of the time asked
+// plus the whole time again (3 s come to 6 s), so looks are kept under a second.
 int NotifyOnce(SMBCCTX* context, SMBCFILE* folder, std::chrono::milliseconds look, Wait& wait) {
   return smbc_getFunctionNotify(context)(
       context, folder, 0,
@@ -473,7 +474,6 @@ void LetTheWaitingGoFirst(const std::function<bool()>& interrupted) {
 }  // namespace
 
 bool SmbConnection::WatchChanges(const std::string& folder_url, std::chrono::milliseconds limit,
-                                 std::chrono::milliseconds look,
                                  const std::function<bool()>& interrupted,
                                  const std::function<void(bool arrived)>& noticed) {
   if (!MayAnswer()) return false;
@@ -485,7 +485,7 @@ bool SmbConnection::WatchChanges(const std::string& folder_url, std::chrono::mil
   Wait wait{began + limit, interrupted, noticed, !beside_others};
   // Giving way, it looks every 100 ms while others use the library.
   const bool busy = wait.gives_way && began - Turn::last_use() < kBusyTime;
-  look = std::min(limit, busy ? std::min(look, kGiveWayInterval) : look);
+  const auto look = std::min(limit, busy ? kGiveWayInterval : kWatchLook);
   SMBCCTX* context = nullptr;
   SMBCFILE* folder = nullptr;
   int waited = -1;

@@ -68,10 +68,11 @@ class SmbConnection {
   std::optional<std::vector<Entry>> List(const std::string& folder_url, int* error = nullptr);
   // The names of the server's disk shares, those ending in "$" left out.
   std::optional<std::vector<std::string>> ListShares(int* error = nullptr);
+  static constexpr std::chrono::milliseconds kWatchLook{500};
   // Waits up to `limit` for changes in the folder at `folder_url` (a name made, removed or
   // renamed, or a file written), telling `noticed` of each batch the server reports:
-  // true where a file came in under a new name. Every `look` it looks whether
-  // `interrupted` says so, and ends early then. Where the library may run on several
+  // true where a file came in under a new name. Every half second (kWatchLook) it looks
+  // whether `interrupted` says so, and ends early then. Where the library may run on several
   // threads (LetSambaRunOnSeveralThreads) it waits on after each batch, and others'
   // operations go on beside it; elsewhere it holds the library, and ends at the first
   // batch and when an operation waits for its turn (looking every 100 ms while others
@@ -80,7 +81,7 @@ class SmbConnection {
   // the server took the request go unreported, and the caller looks for itself. Returns
   // false at once when the server can't report changes. Use a background connection.
   bool WatchChanges(const std::string& folder_url, std::chrono::milliseconds limit,
-                    std::chrono::milliseconds look, const std::function<bool()>& interrupted,
+                    const std::function<bool()>& interrupted,
                     const std::function<void(bool arrived)>& noticed);
 
   // Whether the server answered a negotiation within the time-out, or answers one now,
