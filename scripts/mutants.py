@@ -119,6 +119,8 @@ def main():
     parser.add_argument('--filter', default='*', help='the tests to run (gtest filter)')
     parser.add_argument('--files', default='',
                         help='plant faults only in the files whose path matches this pattern')
+    parser.add_argument('--target', default='',
+                        help="the layer's tests to run, where not parlavox_<layer>_tests")
     parser.add_argument('--timeout', type=int, default=60,
                         help='seconds after which the tests count as hung')
     arguments = parser.parse_args()
@@ -131,7 +133,7 @@ def main():
     subprocess.run(['git', 'clone', '-q', top, source], check=True)
     subprocess.run(['cmake', '-S', source, '-B', tree, '-G', 'Ninja', '-DCMAKE_BUILD_TYPE=Debug',
                     '-DCMAKE_CXX_FLAGS_DEBUG=-O0'], check=True, capture_output=True)
-    target = f'parlavox_{arguments.layer}_tests'
+    target = arguments.target or f'parlavox_{arguments.layer}_tests'
     binary = os.path.join(tree, arguments.layer, target)
     build = ['cmake', '--build', tree, '--target', target]
     subprocess.run(build, check=True, capture_output=True)
