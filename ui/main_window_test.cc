@@ -39,6 +39,13 @@ class MainWindowTest : public IntercomBench {
   }
 
   QListWidget* Users() { return window_.findChild<QListWidget*>(); }
+  QPushButton* Button(const QString& text) {
+    for (QPushButton* button : window_.findChildren<QPushButton*>()) {
+      if (button->text() == text) return button;
+    }
+    ADD_FAILURE() << "no button " << text.toStdString();
+    return new QPushButton(&window_);
+  }
 
   struct Given {
     std::string host;
@@ -90,27 +97,29 @@ TEST_F(MainWindowTest, F5HeldCallsTheSelectedUserAndLettingGoEndsTheCall) {
   ASSERT_EQ(share_.opened.size(), 1u);
   EXPECT_EQ(share_.opened[0].substr(0, 9), "/srv/Ben/");
   EXPECT_TRUE(recorder_.is_recording());
+  EXPECT_TRUE(Button("Call")->isDown());  // shown pushed while the key is held
+  EXPECT_FALSE(Button("Reply")->isDown());
   QKeyEvent repeat(QEvent::KeyPress, Qt::Key_F5, Qt::NoModifier, QString(), /*autorep=*/true);
   QApplication::sendEvent(users, &repeat);  // the key repeats: that starts nothing
   EXPECT_EQ(share_.opened.size(), 1u);
   QTest::keyRelease(users, Qt::Key_F5);
   clock_.Advance(WindowKeys::kRepeatWait + 1ms);  // no repeat followed: a real release
   EXPECT_FALSE(recorder_.is_recording());
+  EXPECT_FALSE(Button("Call")->isDown());
+  QTest::keyPress(users, Qt::Key_F6);  // a reply, to Ben while nobody called
+  EXPECT_TRUE(Button("Reply")->isDown());
+  EXPECT_FALSE(Button("Call")->isDown());
+  QTest::keyRelease(users, Qt::Key_F6);
+  clock_.Advance(WindowKeys::kRepeatWait + 1ms);
+  EXPECT_FALSE(Button("Reply")->isDown());
 
   // "F" turns the intercom off, and the call buttons with it; "O" on again.
-  const auto call_button = [&] {
-    for (const QPushButton* button : window_.findChildren<QPushButton*>()) {
-      if (button->text() == "Call") return button->isEnabled();
-    }
-    ADD_FAILURE() << "no Call button";
-    return false;
-  };
   QTest::keyClick(users, Qt::Key_F);
   EXPECT_EQ(view_.on, false);
-  EXPECT_FALSE(call_button());
+  EXPECT_FALSE(Button("Call")->isEnabled());
   QTest::keyClick(users, Qt::Key_O, Qt::ControlModifier);
   EXPECT_EQ(view_.on, true);
-  EXPECT_TRUE(call_button());
+  EXPECT_TRUE(Button("Call")->isEnabled());
 }
 
 // The Intercom menu does what the keys do, and shows whether the intercom is on.

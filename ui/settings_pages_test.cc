@@ -185,6 +185,12 @@ TEST_F(SettingsPagesTest, TheGeneralPageWritesWhatItShowsWhenItIsLeft) {
   EXPECT_EQ(identity_changes_[0].name, "Ann Smith");
   page->Save();  // left again untouched: nothing more
   EXPECT_EQ(identity_changes_.size(), 1u);
+  const std::string written = FileText(settings_.settings_path());
+  const std::unique_ptr<SettingsPage> again(NewGeneralPage(context_));  // opened afresh
+  again->Fill();
+  again->Save();
+  EXPECT_EQ(FileText(settings_.settings_path()), written);
+  EXPECT_TRUE(login_.on);
 }
 
 // The Users page adds a folder typed at once, and those found on the network all at once.
