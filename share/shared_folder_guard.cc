@@ -71,7 +71,8 @@ void SharedFolderGuard::Run() {
       seen = want.generation;
     }
     bool callers_writing = false;
-    const std::optional<ShareLocation> shared = ParseShareName("smb://" + here.host + "/" + share);
+    // Named as Windows names it, where a name is taken as it is.
+    const std::optional<ShareLocation> shared = ParseShareName("\\\\" + here.host + "\\" + share);
     for (const std::string& name : want.names) {
       if (!shared || share.empty() || want.folder != folder || held.contains(name)) continue;
       if (!connection) connection = smb_.NewBackground(here);

@@ -165,10 +165,11 @@ TEST_F(SambaShareTest, AWaitForChangesThatRunsOnLetsEveryOperationHaveItsTurn) {
 }
 
 // A listing gives every file with its size and time stamp and tells folders apart;
-// a folder that is not there can't be listed.
+// a folder that is not there can't be listed. A folder named as Windows names it is
+// found though its name reads as an escape in an smb:// address.
 TEST_F(SambaShareTest, AListingGivesTheFilesAsTheyAreAndTellsFoldersApart) {
   const std::filesystem::path listed = *scratch_ / "office/listed";
-  std::filesystem::create_directories(listed / "sub");
+  std::filesystem::create_directories(listed / "Team%20A");
   WriteFileText(listed / "5.wav", "RIFFxx");
   struct stat status {};
   ASSERT_EQ(stat((listed / "5.wav").c_str(), &status), 0);
@@ -183,8 +184,9 @@ TEST_F(SambaShareTest, AListingGivesTheFilesAsTheyAreAndTellsFoldersApart) {
   EXPECT_NEAR(double((*entries)[0].modified_ns),
               double(status.st_mtim.tv_sec * 1000000000LL + status.st_mtim.tv_nsec), 1000.0);
   EXPECT_FALSE((*entries)[0].is_folder);
-  EXPECT_EQ((*entries)[1].name, "sub");
+  EXPECT_EQ((*entries)[1].name, "Team%20A");
   EXPECT_TRUE((*entries)[1].is_folder);
+  EXPECT_TRUE(connection.List(SmbUrl(*ParseShareName("\\\\127.0.0.1\\office\\listed\\Team%20A"))));
   int error = 0;
   EXPECT_FALSE(connection.List("smb://127.0.0.1/office/gone", &error));
   EXPECT_EQ(error, ENOENT);

@@ -27,7 +27,23 @@ std::string Unescaped(std::string_view text) {
   return plain;
 }
 
-// The smb:// name of a folder inside a desktop's FUSE mount of a share:
+// `name` as a part of an smb:// address that libsmbclient takes literally: it undoes
+// %XX escapes and reads what follows a "?" as options.
+std::string Escaped(std::string_view name) {
+  std::string escaped;
+  for (const char c : name) {
+    if (c == '%') {
+      escaped += "%25";
+    } else if (c == '?') {
+      escaped += "%3F";
+    } else {
+      escaped += c;
+    }
+  }
+  return escaped;
+}
+
+// The smb:// name (escaped) of a folder inside a desktop's FUSE mount of a share:
 // ".../gvfs/smb-share:server=HOST,share=SHARE[,port=N,...]/path" (GVfs) or
 // ".../kio-fuse-XXXXXX/smb/[user@]HOST[:port]/SHARE/path" (KDE's kio-fuse).
 std::optional<std::string> SmbNameOfMountedFolder(std::string_view folder) {
@@ -49,8 +65,8 @@ std::optional<std::string> SmbNameOfMountedFolder(std::string_view folder) {
       at = comma + 1;
     }
     if (server.empty() || share.empty()) return std::nullopt;
-    return "smb://" + server + (port.empty() ? "" : ":" + port) + "/" + share +
-           (end == std::string_view::npos ? "" : std::string(rest.substr(end)));
+    return "smb://" + server + (port.empty() ? "" : ":" + port) + "/" + Escaped(share) +
+           (end == std::string_view::npos ? "" : Escaped(rest.substr(end)));
   }
   if (const size_t kio = folder.find("/kio-fuse-"); kio != std::string_view::npos) {
     const size_t smb = folder.find('/', kio + 1);
@@ -59,28 +75,39 @@ std::optional<std::string> SmbNameOfMountedFolder(std::string_view folder) {
     if (const size_t at = rest.find('@'); at != std::string_view::npos && at < rest.find('/')) {
       rest.remove_prefix(at + 1);  // the account is credentials.ini's business
     }
-    return "smb://" + std::string(rest);
+    return "smb://" + Escaped(rest);
   }
   return std::nullopt;
 }
 
 // The host and port of a name in either form, and what follows the host after its
 // separator (nullopt when nothing follows); nullopt when it is no such name.
-std::optional<std::pair<ShareLocation, std::optional<std::string>>> ParseHost(
-    std::string_view name) {
+struct ParsedHost {
+  ShareLocation location;
+  std::optional<std::string> rest;
+  bool escaped = false;  // an smb:// name, whose parts read as libsmbclient reads them
+
+  std::string Plain(std::string_view part) const {
+    return escaped ? Unescaped(part) : std::string(part);
+  }
+};
+
+std::optional<ParsedHost> ParseHost(std::string_view name) {
   if (const std::optional<std::string> smb_name = SmbNameOfMountedFolder(name)) {
     return ParseHost(*smb_name);
   }
   std::string rest;
+  ParsedHost parsed;
   if (name.size() > 2 && name.substr(0, 2) == "\\\\") {
     rest = std::string(name.substr(2));
     std::replace(rest.begin(), rest.end(), '\\', '/');
   } else if (name.size() > 6 && strncasecmp(name.data(), "smb://", 6) == 0) {
     rest = std::string(name.substr(6));
+    parsed.escaped = true;
   } else {
     return std::nullopt;
   }
-  ShareLocation location;
+  ShareLocation& location = parsed.location;
   const size_t host_end = rest.find('/');
   std::string host = rest.substr(0, host_end);
   if (const size_t colon = host.rfind(':');
@@ -94,29 +121,30 @@ std::optional<std::pair<ShareLocation, std::optional<std::string>>> ParseHost(
   }
   if (host.empty()) return std::nullopt;
   location.host = host;
-  if (host_end == std::string::npos) return std::pair{location, std::nullopt};
-  return std::pair{location, std::optional(rest.substr(host_end + 1))};
+  if (host_end != std::string::npos) parsed.rest = rest.substr(host_end + 1);
+  return parsed;
 }
 
 }  // namespace
 
 std::optional<ShareLocation> ParseShareName(std::string_view folder) {
   auto parsed = ParseHost(folder);
-  if (!parsed || !parsed->second) return std::nullopt;
-  ShareLocation& location = parsed->first;
-  const std::string& after_host = *parsed->second;
+  if (!parsed || !parsed->rest) return std::nullopt;
+  ShareLocation& location = parsed->location;
+  const std::string_view after_host = *parsed->rest;
   const size_t share_end = after_host.find('/');
-  location.share = after_host.substr(0, share_end);
+  location.share = parsed->Plain(after_host.substr(0, share_end));
   if (location.share.empty()) return std::nullopt;
-  if (share_end != std::string::npos) location.path = after_host.substr(share_end + 1);
+  if (share_end != std::string::npos)
+    location.path = parsed->Plain(after_host.substr(share_end + 1));
   while (!location.path.empty() && location.path.back() == '/') location.path.pop_back();
   return location;
 }
 
 std::optional<ShareLocation> ParseServerName(std::string_view name) {
   const auto parsed = ParseHost(name);
-  if (!parsed || (parsed->second && !parsed->second->empty())) return std::nullopt;
-  return parsed->first;
+  if (!parsed || (parsed->rest && !parsed->rest->empty())) return std::nullopt;
+  return parsed->location;
 }
 
 std::string ServerName(std::string_view folder) {
@@ -130,15 +158,15 @@ std::string ServerName(std::string_view folder) {
 std::string ShareNameOnServer(std::string_view server, const std::string& share) {
   std::string name(server);
   while (name.ends_with('/') || name.ends_with('\\')) name.pop_back();
-  return name + (name.starts_with("\\\\") ? "\\" : "/") + share;
+  return name.starts_with("\\\\") ? name + "\\" + share : name + "/" + Escaped(share);
 }
 
 std::string SmbUrl(const ShareLocation& location, std::string_view name) {
   std::string url = "smb://" + location.host;
   if (location.port != 0) url += ":" + std::to_string(location.port);
-  if (!location.share.empty()) url += "/" + location.share;
-  if (!location.path.empty()) url += "/" + location.path;
-  if (!name.empty()) url += "/" + std::string(name);
+  if (!location.share.empty()) url += "/" + Escaped(location.share);
+  if (!location.path.empty()) url += "/" + Escaped(location.path);
+  if (!name.empty()) url += "/" + Escaped(name);
   return url;
 }
 

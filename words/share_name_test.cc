@@ -21,13 +21,19 @@ TEST(ShareNameTest, BothNameFormsAreReadAndLocalFoldersAreNot) {
       {"smb://host/", nullptr},         // no share
       {"smb://host:99999/s", nullptr},  // no such port
       {"smb://:445/s", nullptr},        // no host
+      // A name is taken as it stands where Windows names it, and with its %XX escapes
+      // undone in an smb:// name; the address names it so that libsmbclient, which
+      // undoes them and reads what follows "?" as options, finds it.
+      {"\\\\fileserver\\office\\Team%20A", "smb://fileserver/office/Team%2520A"},
+      {"smb://fileserver/office/Team%20A/100%", "smb://fileserver/office/Team A/100%25"},
+      {"\\\\fileserver\\what?", "smb://fileserver/what%3F"},
       // Desktops' FUSE mounts of shares mean the share itself.
       {"/run/user/1000/gvfs/smb-share:server=fileserver,share=office/anna",
        "smb://fileserver/office/anna"},
       {"/run/user/1000/gvfs/smb-share:domain=OFFICE,port=4450,server=nas,share=my%20share,user=b",
        "smb://nas:4450/my share"},
       {"/run/user/1000/gvfs/smb-share:server=nas", nullptr},  // no share
-      {"/run/user/1000/kio-fuse-AbCdEf/smb/bob@nas/office/anna", "smb://nas/office/anna"},
+      {"/run/user/1000/kio-fuse-AbCdEf/smb/bob@nas/office/anna%20", "smb://nas/office/anna%2520"},
       {"/run/user/1000/kio-fuse-AbCdEf/sftp/nas/office", nullptr},
       {"/run/user/1000/kio-fuse-AbCdEf/ftp/nas/office", nullptr},
   };
@@ -48,7 +54,7 @@ TEST(ShareNameTest, BothNameFormsAreReadAndLocalFoldersAreNot) {
   EXPECT_FALSE(ParseServerName("smb://host/share"));
   EXPECT_FALSE(ParseServerName("/srv"));
   EXPECT_EQ(ShareNameOnServer("\\\\fileserver\\", "office"), "\\\\fileserver\\office");
-  EXPECT_EQ(ShareNameOnServer("smb://fileserver", "office"), "smb://fileserver/office");
+  EXPECT_EQ(ShareNameOnServer("smb://fileserver", "office%20"), "smb://fileserver/office%2520");
   EXPECT_EQ(ServerName("\\\\fileserver\\office\\ann"), "\\\\fileserver");
   EXPECT_EQ(ServerName("smb://fileserver:4450/office"), "smb://fileserver:4450");
   EXPECT_EQ(ServerName("/srv/office"), "");
