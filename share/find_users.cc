@@ -55,19 +55,13 @@ std::vector<std::string> Subfolders(SmbConnections& smb, const std::string& fold
   return names;
 }
 
-// `name` inside `folder`, in the folder name's own form.
-std::string Inside(const std::string& folder, const std::string& name) {
-  if (folder.starts_with("\\\\")) return StripTrailingSeparators(folder) + "\\" + name;
-  return JoinPath(StripTrailingSeparators(folder), name);
-}
-
 // The disk shares of `server`, named as folders in its form ("\\host\share").
 std::vector<std::string> Shares(SmbConnections& smb, const ShareLocation& server,
                                 const std::string& name) {
   std::vector<std::string> shares =
       smb.For(server).ListShares().value_or(std::vector<std::string>{});
   std::sort(shares.begin(), shares.end());
-  for (std::string& share : shares) share = ShareNameOnServer(name, share);
+  for (std::string& share : shares) share = NameInside(name, share);
   return shares;
 }
 
@@ -84,7 +78,7 @@ std::vector<FoundUser> FindUsers(SmbConnections& smb, const std::string& folder)
   }
   if (std::optional<UserRecord> own = WholeRecord(smb, folder)) found.push_back({folder, *own});
   for (const std::string& name : Subfolders(smb, folder)) {
-    const std::string inside = Inside(folder, name);
+    const std::string inside = NameInside(folder, name);
     if (std::optional<UserRecord> record = WholeRecord(smb, inside)) {
       found.push_back({inside, *record});
     }

@@ -6,6 +6,8 @@
 #include <charconv>
 #include <utility>
 
+#include "util/paths.h"
+
 namespace parlavox {
 
 namespace {
@@ -155,10 +157,13 @@ std::string ServerName(std::string_view folder) {
          (location->port != 0 ? ":" + std::to_string(location->port) : "");
 }
 
-std::string ShareNameOnServer(std::string_view server, const std::string& share) {
-  std::string name(server);
-  while (name.ends_with('/') || name.ends_with('\\')) name.pop_back();
-  return name.starts_with("\\\\") ? name + "\\" + share : name + "/" + Escaped(share);
+std::string NameInside(std::string_view folder, std::string_view name) {
+  const std::string outer = StripTrailingSeparators(folder);
+  if (outer.starts_with("\\\\")) return outer + "\\" + std::string(name);
+  if (outer.size() > 6 && strncasecmp(outer.data(), "smb://", 6) == 0) {
+    return outer + "/" + Escaped(name);
+  }
+  return JoinPath(outer, name);
 }
 
 std::string SmbUrl(const ShareLocation& location, std::string_view name) {

@@ -31,8 +31,9 @@ std::optional<ShareLocation> ParseServerName(std::string_view name);
 // "\\host\share\a", "smb://host:4450" for "smb://host:4450/share"); "" for a local folder.
 std::string ServerName(std::string_view folder);
 
-// The share called `share` on the server named `server`, in the same form.
-std::string ShareNameOnServer(std::string_view server, const std::string& share);
+// The share or folder called `name` in the server or folder named `folder`, in the same
+// form: after a "\" in a Windows name, escaped in an smb:// name, after a "/" otherwise.
+std::string NameInside(std::string_view folder, std::string_view name);
 
 // The smb:// address of `name` inside the location's folder ("" for the folder
 // itself; the server's for a location with no share), as libsmbclient takes it.

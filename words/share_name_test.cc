@@ -53,8 +53,10 @@ TEST(ShareNameTest, BothNameFormsAreReadAndLocalFoldersAreNot) {
   EXPECT_EQ(SmbUrl(*ParseServerName("smb://127.0.0.1:4450")), "smb://127.0.0.1:4450");
   EXPECT_FALSE(ParseServerName("smb://host/share"));
   EXPECT_FALSE(ParseServerName("/srv"));
-  EXPECT_EQ(ShareNameOnServer("\\\\fileserver\\", "office"), "\\\\fileserver\\office");
-  EXPECT_EQ(ShareNameOnServer("smb://fileserver", "office%20"), "smb://fileserver/office%2520");
+  EXPECT_EQ(NameInside("\\\\fileserver\\", "office%20"), "\\\\fileserver\\office%20");
+  EXPECT_EQ(NameInside("smb://fileserver/", "office%20"), "smb://fileserver/office%2520");
+  EXPECT_EQ(NameInside("/run/user/1000/gvfs/smb-share:server=nas,share=s/", "a%20"),
+            "/run/user/1000/gvfs/smb-share:server=nas,share=s/a%20");
   EXPECT_EQ(ServerName("\\\\fileserver\\office\\ann"), "\\\\fileserver");
   EXPECT_EQ(ServerName("smb://fileserver:4450/office"), "smb://fileserver:4450");
   EXPECT_EQ(ServerName("/srv/office"), "");
