@@ -26,6 +26,7 @@
 #include "ui/decibel_edit.h"
 #include "ui/device_lists.h"
 #include "ui/key_dialogs.h"
+#include "ui/settings_sheet.h"
 
 namespace parlavox {
 namespace {
@@ -193,7 +194,24 @@ TEST_F(SettingsPagesTest, TheGeneralPageWritesWhatItShowsWhenItIsLeft) {
   EXPECT_TRUE(login_.on);
 }
 
-// The Users page adds a folder typed at once, and those found on the network all at once.
+// The sheet's OK saves the page shown, as leaving it would; Cancel leaves it unsaved.
+TEST_F(SettingsPagesTest, TheSheetSavesThePageShownOnOkOnly) {
+  for (const bool ok : {false, true}) {
+    Answer("Settings", [ok](QDialog* sheet) {
+      auto* level = sheet->findChildren<LDBEdit*>().value(0)->findChild<QLineEdit*>();
+      level->selectAll();
+      QTest::keyClicks(level, "-6");
+      sheet->findChild<QDialogButtonBox*>()
+          ->button(ok ? QDialogButtonBox::Ok : QDialogButtonBox::Cancel)
+          ->click();
+    });
+    RunSettingsSheet(nullptr, context_);
+    EXPECT_EQ(Value("soundoutvolume", kSettingsSection), ok ? "-6dB" : "<missing>");
+  }
+}
+
+// The Users page adds a folder typed at once, and those found on the network all at once,
+// each once; a folder removed goes at once.
 TEST_F(SettingsPagesTest, TheUsersPageAddsFoldersTypedAndFound) {
   const std::unique_ptr<SettingsPage> page(NewUsersPage(context_));
   page->Fill();
@@ -203,17 +221,25 @@ TEST_F(SettingsPagesTest, TheUsersPageAddsFoldersTypedAndFound) {
   });
   Named<QPushButton>(page.get(), "Add...")->click();
   EXPECT_EQ(Value("folder0", kUsersSection), "/srv/office/cid");
-  Answer("Find on network", [](QDialog* find) {
-    auto* where = find->findChild<QComboBox*>();
-    where->setEditText("/srv/office");
-    QTest::keyClick(where, Qt::Key_Return);  // looks
-    find->accept();
-  });
-  Named<QPushButton>(page.get(), "Find on network…")->click();
+  const auto find_in_office = [&] {
+    Answer("Find on network", [](QDialog* find) {
+      auto* where = find->findChild<QComboBox*>();
+      where->setEditText("/srv/office");
+      QTest::keyClick(where, Qt::Key_Return);  // looks
+      find->accept();
+    });
+    Named<QPushButton>(page.get(), "Find on network…")->click();
+  };
+  find_in_office();
   EXPECT_EQ(looked_in_, std::vector<std::string>{"/srv/office"});
   EXPECT_EQ(Value("folder1", kUsersSection), "/srv/office/ann");
   EXPECT_EQ(Value("folder2", kUsersSection), "/srv/office/ben");
+  find_in_office();  // finds them listed already
   EXPECT_EQ(page->findChild<QListWidget*>()->count(), 3);
+  page->findChild<QListWidget*>()->setCurrentRow(1);
+  Named<QPushButton>(page.get(), "Remove")->click();
+  EXPECT_EQ(Value("folder1", kUsersSection), "/srv/office/ben");
+  EXPECT_EQ(page->findChild<QListWidget*>()->count(), 2);
 }
 
 }  // namespace
