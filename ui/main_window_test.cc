@@ -187,7 +187,8 @@ TEST(FindColleaguesDialogTest, ColleaguesFoundAreTickedAndThoseListedCannotBePic
   const ColleagueFinder find = [](const std::string& where) {
     EXPECT_EQ(where, "\\\\fileserver");
     return std::vector<FoundUser>{{"\\\\fileserver\\office\\ann", MakeUserRecord("Ann", 0, true)},
-                                  {"\\\\fileserver\\office\\ben", MakeUserRecord("Ben", 0, false)}};
+                                  {"\\\\fileserver\\office\\ben", MakeUserRecord("Ben", 0, false)},
+                                  {"\\\\fileserver\\office\\cid", MakeUserRecord("Cid", 0, true)}};
   };
   const ServerFinder announced = [] { return std::vector<std::string>{"\\\\fileserver"}; };
   // Looks once the dialog shows, then closes it with Add, whatever the checks found.
@@ -198,11 +199,12 @@ TEST(FindColleaguesDialogTest, ColleaguesFoundAreTickedAndThoseListedCannotBePic
     where->setCurrentIndex(0);
     QTest::keyClick(where, Qt::Key_Return);  // looks
     auto* found = dialog->findChild<QListWidget*>();
-    ASSERT_EQ(found->count(), 2);
+    ASSERT_EQ(found->count(), 3);
     EXPECT_TRUE(found->item(0)->text().startsWith("Ann (on)"));
     EXPECT_EQ(found->item(0)->checkState(), Qt::Checked);
     EXPECT_FALSE(found->item(1)->flags() & Qt::ItemIsEnabled);  // Ben is listed already
     EXPECT_TRUE(found->item(1)->text().startsWith("Ben (off, in your list)"));
+    found->item(2)->setCheckState(Qt::Unchecked);  // Cid is left out
   };
   QTimer::singleShot(0, [&] {
     auto* dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
