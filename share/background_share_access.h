@@ -21,6 +21,9 @@ class BackgroundShareAccess : public ShareAccess {
  public:
   BackgroundShareAccess(TaskPoster& worker, TaskPoster& owner, SmbConnections& smb)
       : worker_(worker), owner_(owner), smb_(smb) {}
+  // A message still closing for a server that does not answer stops waiting for it, so
+  // that the servers' threads end at once.
+  ~BackgroundShareAccess() override { smb_.Leave(); }
 
   void ReadRecord(const std::string& folder,
                   std::function<void(std::optional<UserRecord>)> done) override;

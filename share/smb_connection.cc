@@ -160,12 +160,14 @@ bool Failed(int* error, int code) {
 // lost with its connection (dropped by the server or on the way) is opened afresh, which
 // connects again, at once and then at each later write once the server answers; what
 // could not be written meanwhile is kept, up to kMaxKeptBytes, and written first, so
-// that a message goes on where it was and loses nothing. A server that answers that it
-// has no room (a full disk, a quota) loses what was kept at once: waiting would only
-// hide the loss from the caller.
+// that a message goes on where it was and loses nothing; a message let go of while its
+// server is away is finished once the server is back, if that is soon enough for its
+// callee to be still waiting. A server that answers that it has no room (a full disk, a
+// quota) loses what was kept at once: waiting would only hide the loss from the caller.
 class SmbConnection::File : public WritableFile {
  public:
   static constexpr size_t kMaxKeptBytes = 16 << 20;
+  static constexpr std::chrono::milliseconds kRetryInterval{500};
 
   File(SmbConnection& connection, std::string url, SMBCFILE* file)
       : connection_(connection), url_(std::move(url)), file_(file) {}
@@ -187,7 +189,12 @@ class SmbConnection::File : public WritableFile {
   }
   bool SendOn() override { return true; }  // every write has reached the server already
   bool Close() override {
-    const bool written = kept_.empty() || WriteKept();
+    bool written = kept_.empty() || WriteKept();
+    while (!written && !no_room_ &&
+           std::chrono::steady_clock::now() < reached_at_ + kFinishPatience &&
+           !connection_.leaving_.WaitFor(kRetryInterval)) {
+      written = WriteKept();
+    }
     Turn turn(connection_.counts_as_use_);
     kept_.clear();
     if (file_ == nullptr) return written;
@@ -233,6 +240,7 @@ class SmbConnection::File : public WritableFile {
       done += static_cast<size_t>(wrote);
     }
     no_room_ = false;
+    reached_at_ = std::chrono::steady_clock::now();
     return true;
   }
   // Opens the file afresh where it was lost with its connection (it is not open, or the
@@ -265,6 +273,8 @@ class SmbConnection::File : public WritableFile {
   std::deque<Piece> kept_;  // written, not yet on the server
   size_t kept_bytes_ = 0;
   bool no_room_ = false;  // the server answered the last write that its disk is full
+  // When the server last took a write (or opened the file).
+  std::chrono::steady_clock::time_point reached_at_ = std::chrono::steady_clock::now();
 };
 
 void SmbConnection::GiveAccount(SMBCCTX* context, const char*, const char*, char* workgroup,
@@ -617,11 +627,20 @@ int SmbConnection::Noted(int error) {
   return error;
 }
 
+void SmbConnections::Leave() {
+  MutexLock lock(connections_mutex_);
+  left_ = true;
+  for (const auto& [server, connection] : connections_) connection->Leave();
+}
+
 SmbConnection& SmbConnections::For(const ShareLocation& location) {
   const std::string key = location.host + ":" + std::to_string(location.port);
   MutexLock lock(connections_mutex_);
   std::unique_ptr<SmbConnection>& connection = connections_[key];
-  if (!connection) connection = std::make_unique<SmbConnection>(location, credentials_);
+  if (!connection) {
+    connection = std::make_unique<SmbConnection>(location, credentials_);
+    if (left_) connection->Leave();
+  }
   return *connection;
 }
 

@@ -15,6 +15,7 @@
 
 #include "audio/writable_file.h"
 #include "share/credentials.h"
+#include "util/manual_reset_event.h"
 #include "util/mutex.h"
 #include "words/share_name.h"
 
@@ -100,12 +101,21 @@ class SmbConnection {
   // because of the server (it does not answer, or refuses the account: the share
   // itself is then looked at), naming it; "" for errors of one file or folder.
   std::string Trouble(int error, const ShareLocation& where);
+  // How long after the server last took a write to a file its Close waits for the server
+  // to come back and take the rest: less than the 20 s for which a callee waits on a
+  // message that stopped growing before taking it as ended.
+  static constexpr std::chrono::milliseconds kFinishPatience{15000};
   // The file at `url` for writing, made when missing; null when it can't be opened
   // (EBUSY where another opener holds it against writing). It
   // uses this connection, which must outlive it. What it can't write because the
   // connection went away or the server is away is kept (up to 16 MB) and written once it
-  // is back; its Close says whether everything made it.
+  // is back; its Close waits for that up to kFinishPatience after the server last took a
+  // write (after Leave: not at all), holding no turn meanwhile, and says whether
+  // everything made it.
   std::unique_ptr<WritableFile> OpenForWriting(const std::string& url, int* error = nullptr);
+  // Ends the waits of files closing for a server that does not answer, and every later
+  // one, as the program ends. Safe from any thread.
+  void Leave() { leaving_.Set(); }
 
   // A file kept open so that nobody may write or delete it, as long as this object lives.
   class HeldFile {
@@ -188,6 +198,7 @@ class SmbConnection {
   const CredentialsFile credentials_file_;
   Credentials account_ GUARDED_BY(library_);       // as last given
   std::string account_note_ GUARDED_BY(library_);  // why credentials.ini was not used
+  ManualResetEvent leaving_;                       // set by Leave
 };
 
 // The connections of the process, one per server (host and port), made on first use.
@@ -200,11 +211,14 @@ class SmbConnections {
   std::unique_ptr<SmbConnection> NewBackground(const ShareLocation& location) const {
     return std::make_unique<SmbConnection>(location, credentials_, true);
   }
+  // Leave on every connection made by For, before and after.
+  void Leave();
 
  private:
   const CredentialsFile credentials_;
   Mutex connections_mutex_;
   std::map<std::string, std::unique_ptr<SmbConnection>> connections_ GUARDED_BY(connections_mutex_);
+  bool left_ GUARDED_BY(connections_mutex_) = false;
 };
 
 }  // namespace parlavox

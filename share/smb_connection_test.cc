@@ -255,8 +255,30 @@ TEST_F(SambaShareTest, AMessageGoesOnWhereItWasOnceTheConnectionOrTheServerIsBac
   running = relay();
   EXPECT_EQ(connection.ReadAt(url, 0, 128, &error), "record") << error;
   EXPECT_TRUE(message->WriteAt("mnop", 4, 12));
+
+  // Let go of while the server is away, it is finished once the server is back, where
+  // that is soon; as the program ends, it is not waited for.
+  running.reset();
+  EXPECT_TRUE(message->WriteAt("qrst", 4, 16));
+  std::thread back([&] {
+    std::this_thread::sleep_for(std::chrono::seconds(1));
+    running = relay();
+  });
   EXPECT_TRUE(message->Close());
-  EXPECT_EQ(FileText(*scratch_ / "office/inward/7.wav"), "abcdefghijklmnop");
+  back.join();
+  EXPECT_EQ(FileText(*scratch_ / "office/inward/7.wav"), "abcdefghijklmnopqrst");
+  const std::unique_ptr<WritableFile> late = connection.OpenForWriting(SmbUrl(relayed, "8.wav"));
+  ASSERT_TRUE(late && late->WriteAt("abcd", 4, 0));
+  running.reset();
+  EXPECT_TRUE(late->WriteAt("efgh", 4, 4));
+  std::thread leaving([&] {
+    std::this_thread::sleep_for(std::chrono::seconds(1));
+    connections_.Leave();
+  });
+  const auto closing = std::chrono::steady_clock::now();
+  EXPECT_FALSE(late->Close());
+  EXPECT_LT(std::chrono::steady_clock::now() - closing, SmbConnection::kFinishPatience / 3);
+  leaving.join();
 }
 
 // A server that stopped answering after it was read (a colleague's machine gone to
@@ -293,6 +315,7 @@ TEST_F(SambaShareTest, AServerThatStoppedAnsweringHoldsUpNobodyAndIsLeftAtOnce) 
   const auto writing = std::chrono::steady_clock::now();
   for (int i = 1; i <= 5; ++i) EXPECT_TRUE(message->WriteAt("efgh", 4, 4 * i));  // kept
   EXPECT_LT(std::chrono::steady_clock::now() - writing, 3 * SmbConnection::kTimeout);
+  smb->Leave();  // as the program ends: the message is not waited for
   message.reset();
   // The read needs no turn either: another operation holds it meanwhile.
   std::atomic<bool> holding = false, read = false;
