@@ -54,6 +54,18 @@ bool WriteAt(int fd, const std::string& bytes, int64_t offset) {
          static_cast<ssize_t>(bytes.size());
 }
 
+// Puts `header` at the start of the copy open on `fd`, unless it is there already: a
+// write of the same bytes would still count as a change, and the inbox waits on a copy
+// that keeps changing (one whose caller never finished it would never end).
+bool WriteHeader(int fd, const std::string& header) {
+  std::string there(header.size(), '\0');
+  if (pread(fd, there.data(), there.size(), 0) == static_cast<ssize_t>(there.size()) &&
+      there == header) {
+    return true;
+  }
+  return WriteAt(fd, header, 0);
+}
+
 }  // namespace
 
 std::string LocalInwardFolder(const std::string& inward_folder) {
@@ -151,7 +163,7 @@ bool InwardMirror::Follow() {
       // It stopped growing: once its caller has written the exact header, it is whole.
       const std::optional<std::string> header =
           remote_.Read(name, 0, static_cast<size_t>(std::min(copy.size, kHeaderBytes)));
-      if (header && WriteAt(fd, *header, 0)) {
+      if (header && WriteHeader(fd, *header)) {
         copy.modified_ns = kTimeStampNotTaken;
         copy.whole = IsWhole(local, copy.size);
         to_list |= copy.whole;
@@ -164,7 +176,7 @@ bool InwardMirror::Follow() {
     if (HeaderDue(fd, end)) {
       const std::optional<std::string> header =
           remote_.Read(name, 0, static_cast<size_t>(std::min(copy.size, kHeaderBytes)));
-      written = header && WriteAt(fd, *header, 0);
+      written = header && WriteHeader(fd, *header);
     }
     if (written && WriteAt(fd, *more, copy.size)) {
       copy.size = end;
@@ -192,7 +204,7 @@ std::optional<InwardMirror::Copy> InwardMirror::CopyDown(const RemoteFolder::Fil
   if (from > 0 && (file.size == from || HeaderDue(fd, file.size))) {
     const std::optional<std::string> header =
         remote_.Read(file.name, 0, static_cast<size_t>(std::min(from, kHeaderBytes)));
-    if (header) WriteAt(fd, *header, 0);
+    if (header) WriteHeader(fd, *header);
   } else if (from > 0) {
     // The header was not read: nor is the time stamp taken, so that the next listing,
     // once the message has stopped growing, reads it.

@@ -192,6 +192,25 @@ TEST_F(InwardMirrorTest, AGrowingMessageIsFollowedWithoutListingAndItsCopyNeverL
   EXPECT_EQ(OpenFileCount(), open_files);
 }
 
+// A message whose caller never finished it (the caller died, or gave up on a server that
+// went away) stops changing here too, however often it is followed and listed: the inbox
+// waits on a copy that claims more than it holds only while it changes.
+TEST_F(InwardMirrorTest, AMessageItsCallerNeverFinishedStopsChangingHere) {
+  auto writer = CreateWaveFileWriter(OnServer("7.wav"), 11025, 1, 16, 0);
+  const std::vector<int32_t> second(11025, 4096);
+  writer->Write(second.data(), 11025);
+  ASSERT_TRUE(mirror_.Sync());
+  mirror_.Follow();
+  Touch(Here("7.wav"));
+  const auto stamp = std::filesystem::last_write_time(Here("7.wav"));
+  for (int pass = 0; pass < 3; ++pass) {
+    mirror_.Follow();
+    ASSERT_TRUE(mirror_.Sync());
+  }
+  EXPECT_EQ(std::filesystem::last_write_time(Here("7.wav")), stamp);
+  EXPECT_EQ(FileText(Here("7.wav")), FileText(OnServer("7.wav")));
+}
+
 // Copied by listings alone, a message never looks whole before it ends either; once it
 // has ended, with last words or without, it comes whole and is held at the next
 // listings, also while it is heard.
