@@ -162,8 +162,9 @@ bool Failed(int* error, int code) {
 // could not be written meanwhile is kept, up to kMaxKeptBytes, and written first, so
 // that a message goes on where it was and loses nothing; a message let go of while its
 // server is away is finished once the server is back, if that is soon enough for its
-// callee to be still waiting. A server that answers that it has no room (a full disk, a
-// quota) loses what was kept at once: waiting would only hide the loss from the caller.
+// callee to be still waiting (one that fails where the server answers is not waited for). A server
+// that answers that it has no room (a full disk, a quota) loses what was kept at once: waiting
+// would only hide the loss from the caller.
 class SmbConnection::File : public WritableFile {
  public:
   static constexpr size_t kMaxKeptBytes = 16 << 20;
@@ -190,7 +191,7 @@ class SmbConnection::File : public WritableFile {
   bool SendOn() override { return true; }  // every write has reached the server already
   bool Close() override {
     bool written = kept_.empty() || WriteKept();
-    while (!written && !no_room_ &&
+    while (!written && !no_room_ && !connection_.known_to_answer_ &&
            std::chrono::steady_clock::now() < reached_at_ + kFinishPatience &&
            !connection_.leaving_.WaitFor(kRetryInterval)) {
       written = WriteKept();

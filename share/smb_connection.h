@@ -109,9 +109,9 @@ class SmbConnection {
   // (EBUSY where another opener holds it against writing). It
   // uses this connection, which must outlive it. What it can't write because the
   // connection went away or the server is away is kept (up to 16 MB) and written once it
-  // is back; its Close waits for that up to kFinishPatience after the server last took a
-  // write (after Leave: not at all), holding no turn meanwhile, and says whether
-  // everything made it.
+  // is back; its Close waits for that, while the server does not answer, up to
+  // kFinishPatience after it last took a write (after Leave: not at all), holding no turn
+  // meanwhile, and says whether everything made it.
   std::unique_ptr<WritableFile> OpenForWriting(const std::string& url, int* error = nullptr);
   // Ends the waits of files closing for a server that does not answer, and every later
   // one, as the program ends. Safe from any thread.

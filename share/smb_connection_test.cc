@@ -267,6 +267,16 @@ TEST_F(SambaShareTest, AMessageGoesOnWhereItWasOnceTheConnectionOrTheServerIsBac
   EXPECT_TRUE(message->Close());
   back.join();
   EXPECT_EQ(FileText(*scratch_ / "office/inward/7.wav"), "abcdefghijklmnopqrst");
+  // Nor where the server is back but the message is gone from it.
+  const std::unique_ptr<WritableFile> gone = connection.OpenForWriting(SmbUrl(relayed, "6.wav"));
+  ASSERT_TRUE(gone && gone->WriteAt("abcd", 4, 0));
+  running.reset();
+  EXPECT_TRUE(gone->WriteAt("efgh", 4, 4));
+  std::filesystem::remove(*scratch_ / "office/inward/6.wav");
+  running = relay();
+  auto closing = std::chrono::steady_clock::now();
+  EXPECT_FALSE(gone->Close());
+  EXPECT_LT(std::chrono::steady_clock::now() - closing, SmbConnection::kFinishPatience / 3);
   const std::unique_ptr<WritableFile> late = connection.OpenForWriting(SmbUrl(relayed, "8.wav"));
   ASSERT_TRUE(late && late->WriteAt("abcd", 4, 0));
   running.reset();
@@ -275,7 +285,7 @@ TEST_F(SambaShareTest, AMessageGoesOnWhereItWasOnceTheConnectionOrTheServerIsBac
     std::this_thread::sleep_for(std::chrono::seconds(1));
     connections_.Leave();
   });
-  const auto closing = std::chrono::steady_clock::now();
+  closing = std::chrono::steady_clock::now();
   EXPECT_FALSE(late->Close());
   EXPECT_LT(std::chrono::steady_clock::now() - closing, SmbConnection::kFinishPatience / 3);
   leaving.join();
