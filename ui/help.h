@@ -1,6 +1,9 @@
 #ifndef PARLAVOX_UI_HELP_H_
 #define PARLAVOX_UI_HELP_H_
 
+#include <QObject>
+#include <QUrl>
+#include <functional>
 #include <string>
 
 namespace parlavox {
@@ -18,9 +21,14 @@ inline constexpr int kKeysPage = 105;
 // with the system's documentation; empty when there is none.
 std::string HelpFilePath();
 
-// Opens the help in the person's web browser at `topic`; false when there is no help
-// file or nothing could open it.
-bool OpenHelp(int topic);
+// Opens `url` in the person's web browser. `failed` is called where nothing could open
+// it: at once, or once the opener ends with an error soon after it started (xdg-open on
+// a desktop without a browser), on this thread and only while `context` lives.
+void OpenInBrowser(const QUrl& url, QObject* context, std::function<void()> failed);
+
+// Opens the help at `topic` as OpenInBrowser does; where there is no help file, `failed`
+// is called at once.
+void OpenHelp(int topic, QObject* context, std::function<void()> failed);
 
 }  // namespace parlavox
 

@@ -153,7 +153,7 @@ void MainWindow::CloseWithoutAsking() {
 }
 
 void MainWindow::OpenHelpAt(int topic) {
-  if (!OpenHelp(topic)) ShowStatus("The help could not be opened", false);
+  OpenHelp(topic, this, [this] { ShowStatus("The help could not be opened", false); });
 }
 
 bool MainWindow::eventFilter(QObject* watched, QEvent* event) {

@@ -2,6 +2,7 @@
 
 #include <QDialog>
 #include <QDialogButtonBox>
+#include <QMessageBox>
 #include <QPushButton>
 #include <QTabWidget>
 #include <QVBoxLayout>
@@ -40,8 +41,11 @@ void RunSettingsSheet(QWidget* owner, const SettingsContext& context) {
     sheet.accept();
   });
   QObject::connect(buttons, &QDialogButtonBox::rejected, &sheet, &QDialog::reject);
-  QObject::connect(buttons, &QDialogButtonBox::helpRequested, &sheet,
-                   [&] { OpenHelp(pages[current]->help_topic()); });
+  QObject::connect(buttons, &QDialogButtonBox::helpRequested, &sheet, [&] {
+    OpenHelp(pages[current]->help_topic(), &sheet, [&sheet] {
+      QMessageBox::warning(&sheet, "Settings", "The help could not be opened");
+    });
+  });
   auto* layout = new QVBoxLayout(&sheet);
   layout->addWidget(tabs);
   layout->addWidget(buttons);

@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <spawn.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -59,11 +60,24 @@ ProgramRun RunProgram(const std::vector<std::string>& argv) {
   return run;
 }
 
-bool StartProgram(const std::vector<std::string>& argv) {
-  const pid_t pid = Spawn(argv, -1, /*own_session=*/true);
-  if (pid < 0) return false;
-  std::thread([pid] { waitpid(pid, nullptr, 0); }).detach();
-  return true;
+bool StartProgram(const std::vector<std::string>& argv) { return WatchedProgram(argv).started(); }
+
+WatchedProgram::WatchedProgram(const std::vector<std::string>& argv)
+    : pid_(Spawn(argv, -1, /*own_session=*/true)) {
+  // Debian 12's <sys/pidfd.h> declares pidfd_open without C linkage.
+  if (pid_ > 0) end_descriptor_ = static_cast<int>(syscall(SYS_pidfd_open, pid_, 0));
+}
+
+WatchedProgram::~WatchedProgram() {
+  if (end_descriptor_ >= 0) close(end_descriptor_);
+  if (pid_ > 0) std::thread([pid = pid_] { waitpid(pid, nullptr, 0); }).detach();
+}
+
+int WatchedProgram::Wait() {
+  int status = 0;
+  const bool ended = pid_ > 0 && waitpid(pid_, &status, 0) == pid_;
+  pid_ = -1;
+  return ended && WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }
 
 }  // namespace parlavox

@@ -1,6 +1,8 @@
 #ifndef PARLAVOX_UTIL_PROGRAMS_H_
 #define PARLAVOX_UTIL_PROGRAMS_H_
 
+#include <sys/types.h>
+
 #include <functional>
 #include <string>
 #include <vector>
@@ -27,6 +29,27 @@ ProgramRun RunProgram(const std::vector<std::string>& argv);
 // Starts `argv` in a session of its own, its output going nowhere, and does not wait
 // for it (a thread reaps it when it ends). False when it could not be started.
 bool StartProgram(const std::vector<std::string>& argv);
+
+// A program started as by StartProgram whose end the caller's event loop may watch.
+class WatchedProgram {
+ public:
+  explicit WatchedProgram(const std::vector<std::string>& argv);
+  // A program that has not been waited for is reaped by a thread of its own when it ends.
+  ~WatchedProgram();
+  WatchedProgram(const WatchedProgram&) = delete;
+  WatchedProgram& operator=(const WatchedProgram&) = delete;
+
+  bool started() const { return pid_ > 0; }
+  // Becomes readable once the program has ended (a pidfd); -1 when it never started.
+  int end_descriptor() const { return end_descriptor_; }
+  // Waits for the program to end and gives its exit code: -1 for one that never
+  // started or was killed by a signal. Once only.
+  int Wait();
+
+ private:
+  pid_t pid_;
+  int end_descriptor_ = -1;
+};
 
 }  // namespace parlavox
 

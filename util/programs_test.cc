@@ -1,7 +1,11 @@
 #include "util/programs.h"
 
+#include <poll.h>
 #include <sys/socket.h>
+#include <sys/stat.h>
 #include <unistd.h>
+
+#include <fstream>
 
 #include <gtest/gtest.h>
 
@@ -49,6 +53,24 @@ TEST_F(ProgramsTest, AStartedProgramRunsInASessionOfItsOwnAndHoldsNothingOfOurs)
       Eventually([&] { return FileText(said).ends_with("done\n"); }, std::chrono::seconds(5)));
   EXPECT_EQ(FileText(said), "own session\ndone\n");
   EXPECT_FALSE(StartProgram({"parlavox-no-such-program"}));
+}
+
+TEST_F(ProgramsTest, AWatchedProgramSaysWhenItEndedAndHow) {
+  ScratchFolder scratch;
+  const std::string go = scratch / "go";
+  ASSERT_EQ(mkfifo(go.c_str(), 0600), 0);
+  WatchedProgram program({"sh", "-c", "read line < \"$0\"; exit 3", go});
+  ASSERT_TRUE(program.started());
+  pollfd end{program.end_descriptor(), POLLIN, 0};
+  EXPECT_EQ(poll(&end, 1, 100), 0);  // still running
+  std::ofstream(go) << "go\n";
+  EXPECT_EQ(poll(&end, 1, 10000), 1);
+  EXPECT_EQ(program.Wait(), 3);
+
+  WatchedProgram missing({"parlavox-no-such-program"});
+  EXPECT_FALSE(missing.started());
+  EXPECT_EQ(missing.end_descriptor(), -1);
+  EXPECT_EQ(missing.Wait(), -1);
 }
 
 }  // namespace
