@@ -35,6 +35,7 @@ void OpenInBrowser(const QUrl& url, QObject* context, std::function<void()> fail
     if (!QDesktopServices::openUrl(url)) failed();
     return;
   }
+  if (opener->end_descriptor() < 0) return;  // a kernel older than pidfds: not watched
   // xdg-open may stay until the browser it started ends; an error by then is not ours.
   const auto started = std::chrono::steady_clock::now();
   auto* end = new QSocketNotifier(opener->end_descriptor(), QSocketNotifier::Read, context);
