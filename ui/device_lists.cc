@@ -1,9 +1,9 @@
 #include "ui/device_lists.h"
 
-#include <algorithm>
+#include <iterator>
 
 #include "audio/sound_devices.h"
-#include "util/programs.h"
+#include "ui/watched_start.h"
 
 namespace parlavox {
 
@@ -41,13 +41,20 @@ void FillRecordSources(const QComboBox* devices, QComboBox* sources, Mixer& mixe
   sources->setCurrentIndex(remembered > 0 && remembered < sources->count() ? remembered : 0);
 }
 
-bool OpenRecordMixer() {
+void OpenRecordMixer(QObject* context, std::function<void()> none_opened, size_t first) {
   // The desktops' own sound settings, where pavucontrol is missing.
-  const std::vector<std::string> mixers[] = {{"pavucontrol", "--tab=4"},
-                                             {"gnome-control-center", "sound"},
-                                             {"systemsettings", "kcm_pulseaudio"},
-                                             {"xfce4-pulseaudio-plugin"}};
-  return std::ranges::any_of(mixers, StartProgram);
+  static const std::vector<std::string> kMixers[] = {{"pavucontrol", "--tab=4"},
+                                                     {"gnome-control-center", "sound"},
+                                                     {"systemsettings", "kcm_pulseaudio"},
+                                                     {"xfce4-pulseaudio-plugin"}};
+  for (size_t next = first; next < std::size(kMixers); ++next) {
+    // One that fails soon hands on to the next.
+    if (StartAndWatch(kMixers[next], context,
+                      [=] { OpenRecordMixer(context, none_opened, next + 1); })) {
+      return;
+    }
+  }
+  none_opened();
 }
 
 }  // namespace parlavox

@@ -2,6 +2,7 @@
 #define PARLAVOX_UI_DEVICE_LISTS_H_
 
 #include <QComboBox>
+#include <functional>
 #include <optional>
 #include <vector>
 
@@ -33,8 +34,10 @@ class DeviceList : public QComboBox {
 void FillRecordSources(const QComboBox* devices, QComboBox* sources, Mixer& mixer);
 
 // Opens the desktop's sound settings at its input page: pavucontrol where installed,
-// else the desktop's own settings; false when no such program was found.
-bool OpenRecordMixer();
+// else the desktop's own settings, trying them from `first` on. `none_opened` is called
+// when none was found or each failed soon after it started (as StartAndWatch tells,
+// on this thread and only while `context` lives).
+void OpenRecordMixer(QObject* context, std::function<void()> none_opened, size_t first = 0);
 
 }  // namespace parlavox
 

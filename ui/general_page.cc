@@ -91,7 +91,7 @@ class GeneralPage : public SettingsPage {
       UpdateControls();
     });
     connect(mixer_, &QPushButton::clicked, this, [this] {
-      if (!OpenRecordMixer()) mixer_->setText("No mixer program was found");
+      OpenRecordMixer(this, [this] { mixer_->setText("No mixer program was found"); });
     });
     connect(share, &QPushButton::clicked, this, [this] { Share(); });
     connect(change, &QPushButton::clicked, this, [this] {

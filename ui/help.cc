@@ -3,19 +3,14 @@
 #include <QCoreApplication>
 #include <QDesktopServices>
 #include <QFileInfo>
-#include <QSocketNotifier>
-#include <chrono>
-#include <memory>
 
-#include "util/programs.h"
+#include "ui/watched_start.h"
 
 namespace parlavox {
 namespace {
 
 constexpr const char* kHelpName = "parlavox-help.html";
 constexpr const char* kInstalledHelp = "/usr/share/doc/parlavox/parlavox-help.html";
-// Past this, an opener that ends with an error did open the help: its browser failed later.
-constexpr std::chrono::seconds kOpenerTrusted{10};
 
 }  // namespace
 
@@ -29,23 +24,10 @@ std::string HelpFilePath() {
 void OpenInBrowser(const QUrl& url, QObject* context, std::function<void()> failed) {
   // xdg-open opens it as Qt would, but without this program's descriptors; Qt's own way
   // stays for a desktop without it.
-  auto opener = std::make_shared<WatchedProgram>(
-      std::vector<std::string>{"xdg-open", url.toEncoded().toStdString()});
-  if (!opener->started()) {
-    if (!QDesktopServices::openUrl(url)) failed();
-    return;
+  if (!StartAndWatch({"xdg-open", url.toEncoded().toStdString()}, context, failed) &&
+      !QDesktopServices::openUrl(url)) {
+    failed();
   }
-  if (opener->end_descriptor() < 0) return;  // a kernel older than pidfds: not watched
-  // xdg-open may stay until the browser it started ends; an error by then is not ours.
-  const auto started = std::chrono::steady_clock::now();
-  auto* end = new QSocketNotifier(opener->end_descriptor(), QSocketNotifier::Read, context);
-  QObject::connect(end, &QSocketNotifier::activated, end, [=] {
-    end->setEnabled(false);
-    end->deleteLater();
-    if (opener->Wait() != 0 && std::chrono::steady_clock::now() - started < kOpenerTrusted) {
-      failed();
-    }
-  });
 }
 
 void OpenHelp(int topic, QObject* context, std::function<void()> failed) {
