@@ -54,8 +54,18 @@ std::unique_ptr<X11HotKeys> X11HotKeys::Connect() {
 }
 
 X11HotKeys::X11HotKeys(Display* display) : display_(display) {
-  const unsigned int locks[] = {LockMask, ModifierBitOf(display, XK_Num_Lock),
-                                ModifierBitOf(display, XK_Scroll_Lock)};
+  FindLockCombinations();
+  notifier_ = std::make_unique<QSocketNotifier>(ConnectionNumber(display_), QSocketNotifier::Read);
+  QObject::connect(notifier_.get(), &QSocketNotifier::activated, [this] {
+    ReadEvents();
+    GrabAnewIfRemapped();
+  });
+}
+
+void X11HotKeys::FindLockCombinations() {
+  const unsigned int locks[] = {LockMask, ModifierBitOf(display_, XK_Num_Lock),
+                                ModifierBitOf(display_, XK_Scroll_Lock)};
+  lock_combinations_.clear();
   for (unsigned int mix = 0; mix < 8; ++mix) {
     unsigned int combination = 0;
     for (int lock = 0; lock < 3; ++lock) {
@@ -66,8 +76,6 @@ X11HotKeys::X11HotKeys(Display* display) : display_(display) {
       lock_combinations_.push_back(combination);
     }
   }
-  notifier_ = std::make_unique<QSocketNotifier>(ConnectionNumber(display_), QSocketNotifier::Read);
-  QObject::connect(notifier_.get(), &QSocketNotifier::activated, [this] { ReadEvents(); });
 }
 
 X11HotKeys::~X11HotKeys() {
@@ -77,6 +85,7 @@ X11HotKeys::~X11HotKeys() {
 }
 
 bool X11HotKeys::Grab(const Binding& binding, bool grab) {
+  if (binding.key_code == 0) return false;  // 0 would be any key
   const Window root = DefaultRootWindow(display_);
   XErrorHandler previous = XSetErrorHandler(&NoteRefusedGrab);
   grab_refused = false;
@@ -97,17 +106,20 @@ bool X11HotKeys::Grab(const Binding& binding, bool grab) {
 bool X11HotKeys::Register(int id, uint32_t modifiers, uint32_t virtual_key,
                           const std::string& /*description*/) {
   Unregister(id);
-  const std::optional<unsigned long> symbol = KeySymbolOf(virtual_key);
-  if (!symbol) return false;
-  const KeyCode key_code = XKeysymToKeycode(display_, *symbol);
-  if (key_code == 0) return false;
-  const Binding binding{key_code, XModifiers(modifiers), virtual_key};
-  if (!Grab(binding, true)) {
+  const Binding binding{KeyCodeOf(virtual_key), XModifiers(modifiers), virtual_key};
+  const bool granted = Grab(binding, true);
+  if (granted) {
+    bindings_[id] = binding;
+  } else {
     Grab(binding, false);  // let go of the combinations that were granted
-    return false;
   }
-  bindings_[id] = binding;
-  return true;
+  GrabAnewIfRemapped();
+  return granted;
+}
+
+unsigned int X11HotKeys::KeyCodeOf(uint32_t virtual_key) {
+  const std::optional<unsigned long> symbol = KeySymbolOf(virtual_key);
+  return symbol ? XKeysymToKeycode(display_, *symbol) : 0;
 }
 
 void X11HotKeys::Unregister(int id) {
@@ -115,6 +127,7 @@ void X11HotKeys::Unregister(int id) {
   if (found == bindings_.end()) return;
   Grab(found->second, false);
   bindings_.erase(found);
+  GrabAnewIfRemapped();
 }
 
 void X11HotKeys::ReadEvents() {
@@ -122,6 +135,10 @@ void X11HotKeys::ReadEvents() {
   while (XPending(display_) > 0) {
     XEvent event;
     XNextEvent(display_, &event);
+    if (event.type == MappingNotify) {
+      XRefreshKeyboardMapping(&event.xmapping);
+      if (event.xmapping.request != MappingPointer) remapped_ = true;
+    }
     if (event.type != KeyPress) continue;
     for (const auto& [id, binding] : bindings_) {
       if (binding.key_code == event.xkey.keycode &&
@@ -129,6 +146,19 @@ void X11HotKeys::ReadEvents() {
         if (fired_) fired_(id, binding.virtual_key);
         break;
       }
+    }
+  }
+}
+
+void X11HotKeys::GrabAnewIfRemapped() {
+  // The grabs' own round trips may bring further changes along; each is caught up with.
+  while (remapped_) {
+    remapped_ = false;
+    for (const auto& [id, binding] : bindings_) Grab(binding, false);
+    FindLockCombinations();
+    for (auto& [id, binding] : bindings_) {
+      binding.key_code = KeyCodeOf(binding.virtual_key);
+      Grab(binding, true);
     }
   }
 }

@@ -16,8 +16,10 @@ namespace parlavox {
 // Hot keys through key grabs on the X server's root window, on a connection of their
 // own whose events the owner's Qt event loop reads. Each key is grabbed with every
 // combination of the lock modifiers (Caps Lock, Num Lock, Scroll Lock), so that it
-// works whatever lock is on; a key that another client holds fails to register. It
-// also tells and sets the active window through the desktop's window manager.
+// works whatever lock is on; a key that another client holds fails to register. A
+// keyboard mapping changed later (a layout set by the desktop after the start) moves
+// the grabs with the keys. It also tells and sets the active window through the
+// desktop's window manager.
 class X11HotKeys : public HotKeySystem, public DesktopActivation {
  public:
   // Connects to the X server that DISPLAY names; null when there is none.
@@ -42,14 +44,23 @@ class X11HotKeys : public HotKeySystem, public DesktopActivation {
   };
 
   explicit X11HotKeys(_XDisplay* display);
+  // The modifier masks of the locks, in every combination, as the keyboard maps them now.
+  void FindLockCombinations();
+  // The key that gives the symbol of `virtual_key` now; 0 for none.
+  unsigned int KeyCodeOf(uint32_t virtual_key);
   // Grabs (or lets go of) a key with every lock combination; false when a grab failed.
   bool Grab(const Binding& binding, bool grab);
+  // Fires the hot keys pressed and notes a change of the keyboard's mapping; grabs
+  // nothing, so that it may run within a grab's round trip.
   void ReadEvents();
+  // Grabs every binding again where the keyboard's mapping changed.
+  void GrabAnewIfRemapped();
 
   _XDisplay* display_;
   std::vector<unsigned int> lock_combinations_;
   std::map<int, Binding> bindings_;
   Fired fired_;
+  bool remapped_ = false;
   std::unique_ptr<QSocketNotifier> notifier_;
 };
 

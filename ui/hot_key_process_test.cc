@@ -15,8 +15,8 @@ class HotKeyTest : public DesktopCopyTest {
  protected:
   HotKeyTest() {
     // Ctrl+Alt with F9 calls Ann, F10 turns the intercom off, F11 opens the window,
-    // F8 (which another program holds) would turn it on.
-    copy_.SetHotKeys({{120, 3, 32}, {121, 3, 6}, {122, 3, 1}, {119, 3, 5}});
+    // F8 (which another program holds) would turn it on, and so does Y.
+    copy_.SetHotKeys({{120, 3, 32}, {121, 3, 6}, {122, 3, 1}, {119, 3, 5}, {'Y', 3, 5}});
   }
 
   ~HotKeyTest() override {
@@ -86,6 +86,16 @@ TEST_F(HotKeyTest, AHeldHotKeyTalksFromAnotherProgramAndGivesTheFocusBackAlsoWit
   EXPECT_TRUE(Eventually([&] { return MessageSize() >= 46; }, 5s));
   ExpectFinishedMessage();
   desktop_.Run("xdotool key Num_Lock");
+
+  // A keyboard layout set after the start (as a desktop sets it at login) moves the
+  // letters: Y is where Z was, and its hot key goes with it.
+  desktop_.Run("xdotool key ctrl+alt+F10");
+  ASSERT_TRUE(Eventually([&] { return !copy_.OwnRecord().is_on(); }, 3s));
+  desktop_.Run("setxkbmap -layout de");
+  EXPECT_TRUE(Eventually([&] {  // pressed again until the program has heard of the change
+    desktop_.Run("xdotool key ctrl+alt+y");
+    return Eventually([&] { return copy_.OwnRecord().is_on(); }, 300ms);
+  }));
 }
 
 }  // namespace
