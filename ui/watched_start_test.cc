@@ -32,14 +32,14 @@ class WatchedStartTest : public testing::Test {
 
   // A flag for a failure, and the call that sets it.
   using Flag = std::shared_ptr<bool>;
-  static std::pair<Flag, std::function<void()>> Failure() {
-    auto failed = std::make_shared<bool>(false);
-    return {failed, [failed] { *failed = true; }};
+  static Flag NewFlag() { return std::make_shared<bool>(false); }
+  static std::function<void()> Setting(const Flag& flag) {
+    return [flag] { *flag = true; };
   }
 
   Flag Open(QObject* context) {
-    auto [failed, fail] = Failure();
-    OpenInBrowser(QUrl("file:///nowhere.html"), context, fail);
+    const Flag failed = NewFlag();
+    OpenInBrowser(QUrl("file:///nowhere.html"), context, Setting(failed));
     return failed;
   }
 
@@ -78,16 +78,16 @@ TEST_F(WatchedStartTest, AMixerThatFailsHandsOnToTheNextAndNoneLeftIsSaid) {
   const std::string opened = tools_ / "opened";
   StandIn("pavucontrol", "", 1);  // outside its desktop, say
   StandIn("gnome-control-center", "echo \"$1\" > '" + opened + "'", 0);
-  auto [opened_one, say_opened_one] = Failure();
-  OpenRecordMixer(&context_, say_opened_one);
+  const Flag none_at_first = NewFlag();
+  OpenRecordMixer(&context_, Setting(none_at_first));
   ASSERT_TRUE(QTest::qWaitFor([&] { return std::filesystem::exists(opened); }, 5000));
   EXPECT_EQ(FileText(opened), "sound\n");
 
   StandIn("gnome-control-center", "", 1);  // and no others
-  auto [none, say_none] = Failure();
-  OpenRecordMixer(&context_, say_none);
+  const Flag none = NewFlag();
+  OpenRecordMixer(&context_, Setting(none));
   EXPECT_TRUE(QTest::qWaitFor([&] { return *none; }, 5000));
-  EXPECT_FALSE(*opened_one);
+  EXPECT_FALSE(*none_at_first);
 }
 
 }  // namespace
