@@ -4,13 +4,31 @@
 #include <unistd.h>
 
 #include <QSocketNotifier>
+#include <atomic>
 #include <cstdio>
+#include <cstdlib>
+#include <thread>
 
 #include "control/control_requests.h"
 #include "platform/hot_key_route.h"
 #include "settings/startup.h"
 
 namespace parlavox {
+namespace {
+
+// The session whose event loop runs, and the thread that runs it, for an exit() that
+// ends the program from within the loop.
+std::thread::id event_loop_thread;
+std::atomic<Session*> running_session{nullptr};
+
+void EndTheRunningSession() {
+  Session* session = running_session.load();
+  if (session != nullptr && std::this_thread::get_id() == event_loop_thread) {
+    session->EndWithoutDisplay();
+  }
+}
+
+}  // namespace
 
 Session::Session(QCoreApplication& application, SettingsFile& settings, IntercomView& view,
                  std::vector<std::string> idle_texts, std::function<void()> quit)
@@ -32,9 +50,7 @@ Session::Session(QCoreApplication& application, SettingsFile& settings, Intercom
 
 Session::~Session() {
   // The workers run tasks that use what is declared after them.
-  share_worker_.Stop();
-  mixer_worker_.Stop();
-  secrets_worker_.Stop();
+  StopWorkers();
 }
 
 void Session::RunSettings(const std::function<void()>& sheet) {
@@ -90,16 +106,34 @@ int Session::Run(const sigset_t& termination, const std::function<void()>& start
   StartHotKeys();
   SayWhereColleaguesAreKeptOut();
   if (started) started();
+  // Qt's and Xlib's connections to the X server end the program with exit() when the
+  // server goes away (a remote desktop closed, a display server that crashed), which
+  // no signal announces: the intercom is ended then as after the loop.
+  static const bool ended_at_exit [[maybe_unused]] = std::atexit(EndTheRunningSession) == 0;
+  running_session = this;
+  event_loop_thread = std::this_thread::get_id();
   const int result = application_.exec();
+  running_session = nullptr;
   intercom_.End();
   if (hot_keys_) hot_keys_->Unregister();
   portal_hot_keys_.reset();  // closes the desktop's shortcuts session
   close(signal_fd);
+  StopWorkers();
+  return result;
+}
+
+void Session::EndWithoutDisplay() {
+  running_session = nullptr;
+  // The hot keys and the portal go with the display's session: asking them would wait.
+  intercom_.End();
+  StopWorkers();
+}
+
+void Session::StopWorkers() {
   // What is still on its way to a share (the end of a message) gets there first.
   share_worker_.Stop();
   mixer_worker_.Stop();
   secrets_worker_.Stop();
-  return result;
 }
 
 void Session::StartHotKeys() {

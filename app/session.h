@@ -75,12 +75,16 @@ class Session {
   // Then ends the intercom as closing it does: the record is published off and
   // everything stops.
   int Run(const sigset_t& termination, const std::function<void()>& started = {});
+  // Ends the intercom as Run does after its loop, but leaves the hot keys and the
+  // portal alone: for an exit() from within the loop, as where the display went away.
+  void EndWithoutDisplay();
 
  private:
   // Binds the hot keys the way this desktop offers them, or says why there are none.
   void StartHotKeys();
   // Says on the status line when the inward folder keeps colleagues out, with the fix.
   void SayWhereColleaguesAreKeptOut();
+  void StopWorkers();
 
   QCoreApplication& application_;
   SettingsFile& settings_;

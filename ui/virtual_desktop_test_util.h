@@ -61,6 +61,12 @@ class VirtualDesktop {
 
   const std::string& display() const { return display_; }
 
+  // The X server goes away under its programs, as where a remote desktop closes.
+  void EndServer() {
+    server_->Signal(SIGTERM);
+    server_->WaitForExit(std::chrono::seconds(5));
+  }
+
   // Runs a shell command on this desktop; returns its exit status.
   int Run(const std::string& command) const { return Shell("DISPLAY=" + display_ + " " + command); }
 

@@ -165,7 +165,7 @@ TEST_F(WindowTest, ASambaServerThatRefusesAGuestAsksForTheAccountAndRemembersIt)
   EXPECT_FALSE(desktop_.VisibleWindow("Log on to 127.0.0.1"));
 }
 
-TEST_F(WindowTest, ClosingAsksWhetherToGoOnInTheBackground) {
+TEST_F(WindowTest, ClosingAsksWhetherToGoOnInTheBackgroundAndEveryEndPublishesItOff) {
   StartWindow();
   Keys("key alt+F4");
   ASSERT_TRUE(Eventually([&] { return desktop_.VisibleWindow("Confirm Stop"); }));
@@ -199,6 +199,16 @@ TEST_F(WindowTest, ClosingAsksWhetherToGoOnInTheBackground) {
   StartWindow();
   copy_.process().Signal(SIGTERM);
   EXPECT_EQ(copy_.process().WaitForExit(10s), 0);
+  EXPECT_FALSE(copy_.OwnRecord().is_on());
+
+  // So does the display going away (a remote desktop closed, a display server that
+  // crashed), which Qt answers with exit(1): mid-call, the message is finished.
+  StartWindow();
+  ASSERT_EQ(copy_.Control({"--call", "0"}).first, 0);
+  ExpectGrowingMessage();
+  desktop_.EndServer();
+  EXPECT_EQ(copy_.process().WaitForExit(10s), 1) << copy_.log();
+  EXPECT_TRUE(IsFinishedMessage(FileText(Message())));
   EXPECT_FALSE(copy_.OwnRecord().is_on());
 }
 

@@ -78,7 +78,9 @@ class ChildProcess {
 
   bool running() const { return pid_ > 0 && !status_; }
   pid_t pid() const { return pid_; }
-  void Signal(int signal_number) const { kill(pid_, signal_number); }
+  void Signal(int signal_number) const {
+    if (running()) kill(pid_, signal_number);
+  }
 
   // The exit code (or 128 + signal) once the program ended within `limit`; -1 if not.
   int WaitForExit(std::chrono::milliseconds limit) {
