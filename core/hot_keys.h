@@ -31,7 +31,7 @@ class HotKeySystem {
 };
 
 // Which window of the desktop has the activation, so that a call started by a hot key
-// can give it back when it ends.
+// can give it back when it ends, and the program's own window brought to the person.
 class DesktopActivation {
  public:
   using Window = uint64_t;
@@ -39,6 +39,8 @@ class DesktopActivation {
   virtual ~DesktopActivation() = default;
   virtual std::optional<Window> ActiveWindow() = 0;
   virtual void Activate(Window window) = 0;
+  // Activates `window` where the person is: from another workspace, it comes to theirs.
+  virtual void Present(Window window) = 0;
 };
 
 }  // namespace parlavox

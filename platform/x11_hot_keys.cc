@@ -16,6 +16,11 @@ namespace {
 // Set by the error handler while grabs are made: another client holds a key.
 std::atomic<bool> grab_refused{false};
 
+// The source that window managers let through when asked to activate or move a window.
+constexpr long kFromAPager = 2;
+
+int IgnoreError(Display*, XErrorEvent*) { return 0; }
+
 int NoteRefusedGrab(Display*, XErrorEvent* error) {
   if (error->error_code == BadAccess) grab_refused = true;
   return 0;
@@ -163,35 +168,63 @@ void X11HotKeys::GrabAnewIfRemapped() {
   }
 }
 
-std::optional<DesktopActivation::Window> X11HotKeys::ActiveWindow() {
-  const Atom active = XInternAtom(display_, "_NET_ACTIVE_WINDOW", False);
-  Atom type = 0;
+std::optional<unsigned long> X11HotKeys::NumberProperty(unsigned long window, const char* name,
+                                                        unsigned long type) {
+  Atom got_type = 0;
   int format = 0;
   unsigned long items = 0, left = 0;
   unsigned char* data = nullptr;
-  std::optional<Window> window;
-  if (XGetWindowProperty(display_, DefaultRootWindow(display_), active, 0, 1, False, XA_WINDOW,
-                         &type, &format, &items, &left, &data) == Success &&
-      type == XA_WINDOW && items == 1 && data != nullptr) {
-    const ::Window id = *reinterpret_cast<::Window*>(data);
-    if (id != 0) window = id;
+  std::optional<unsigned long> value;
+  // A window that is gone, or not this server's, has none (the default handler would end
+  // the program).
+  XErrorHandler previous = XSetErrorHandler(&IgnoreError);
+  if (XGetWindowProperty(display_, window, XInternAtom(display_, name, False), 0, 1, False, type,
+                         &got_type, &format, &items, &left, &data) == Success &&
+      got_type == type && format == 32 && items == 1 && data != nullptr) {
+    value = *reinterpret_cast<unsigned long*>(data);  // Xlib gives 32-bit items as longs
   }
+  XSetErrorHandler(previous);
   if (data != nullptr) XFree(data);
-  return window;
+  return value;
 }
 
-void X11HotKeys::Activate(Window window) {
-  // Asks the window manager, as a pager does, which is what it lets through.
+void X11HotKeys::AskWindowManager(unsigned long window, const char* message, long first,
+                                  long second) {
   XEvent event{};
   event.xclient.type = ClientMessage;
-  event.xclient.window = static_cast<::Window>(window);
-  event.xclient.message_type = XInternAtom(display_, "_NET_ACTIVE_WINDOW", False);
+  event.xclient.window = window;
+  event.xclient.message_type = XInternAtom(display_, message, False);
   event.xclient.format = 32;
-  event.xclient.data.l[0] = 2;  // from a pager
-  event.xclient.data.l[1] = CurrentTime;
+  event.xclient.data.l[0] = first;
+  event.xclient.data.l[1] = second;
   XSendEvent(display_, DefaultRootWindow(display_), False,
              SubstructureRedirectMask | SubstructureNotifyMask, &event);
   XFlush(display_);
+}
+
+std::optional<DesktopActivation::Window> X11HotKeys::ActiveWindow() {
+  const std::optional<unsigned long> id =
+      NumberProperty(DefaultRootWindow(display_), "_NET_ACTIVE_WINDOW", XA_WINDOW);
+  if (!id || *id == 0) return std::nullopt;
+  return *id;
+}
+
+void X11HotKeys::Activate(Window window) {
+  // Asks the window manager as a pager does, which is what it lets through.
+  AskWindowManager(window, "_NET_ACTIVE_WINDOW", kFromAPager, CurrentTime);
+}
+
+void X11HotKeys::Present(Window window) {
+  // A window manager asked to activate a window on another workspace may leave it
+  // there (openbox does): it is moved to the workspace shown first, as a pager moves it.
+  constexpr unsigned long kEveryWorkspace = 0xFFFFFFFF;
+  const std::optional<unsigned long> shown =
+      NumberProperty(DefaultRootWindow(display_), "_NET_CURRENT_DESKTOP", XA_CARDINAL);
+  const std::optional<unsigned long> its = NumberProperty(window, "_NET_WM_DESKTOP", XA_CARDINAL);
+  if (shown && its && *its != *shown && *its != kEveryWorkspace) {
+    AskWindowManager(window, "_NET_WM_DESKTOP", static_cast<long>(*shown), kFromAPager);
+  }
+  Activate(window);
 }
 
 }  // namespace parlavox

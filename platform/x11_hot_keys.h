@@ -35,6 +35,7 @@ class X11HotKeys : public HotKeySystem, public DesktopActivation {
 
   std::optional<Window> ActiveWindow() override;
   void Activate(Window window) override;
+  void Present(Window window) override;
 
  private:
   struct Binding {
@@ -55,6 +56,11 @@ class X11HotKeys : public HotKeySystem, public DesktopActivation {
   void ReadEvents();
   // Grabs every binding again where the keyboard's mapping changed.
   void GrabAnewIfRemapped();
+  // A property of `window` that holds one 32-bit number of `type`; nullopt without it.
+  std::optional<unsigned long> NumberProperty(unsigned long window, const char* name,
+                                              unsigned long type);
+  // Sends the window manager the request `message` about `window`, with two numbers.
+  void AskWindowManager(unsigned long window, const char* message, long first, long second);
 
   _XDisplay* display_;
   std::vector<unsigned int> lock_combinations_;

@@ -290,6 +290,12 @@ void MainWindow::ShowMainWindow() {
   showNormal();
   raise();
   activateWindow();
+  // Qt asks as the program itself, which a window manager may leave waiting, and a
+  // window on another workspace then stays out of sight. (Only an X11 window is known to
+  // the X server that the activation talks to.)
+  if (activation_ != nullptr && QGuiApplication::platformName() == "xcb") {
+    activation_->Present(winId());
+  }
 }
 
 void MainWindow::HideMainWindow() {

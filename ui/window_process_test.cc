@@ -178,6 +178,12 @@ TEST_F(WindowTest, ClosingAsksWhetherToGoOnInTheBackgroundAndEveryEndPublishesIt
   EXPECT_EQ(copy_.Run({}).first.first, 0);  // a second start shows the running window
   ASSERT_TRUE(Eventually([&] { return WindowShown(); }));
   window_ = *desktop_.VisibleWindow("Parlavox");
+  // also from another workspace, bringing it to the one shown
+  desktop_.Run("xdotool set_num_desktops 2 set_desktop_for_window " + window_ + " 1");
+  ASSERT_TRUE(Eventually([&] { return !WindowShown(); }));
+  EXPECT_EQ(copy_.Run({}).first.first, 0);
+  EXPECT_TRUE(Eventually([&] { return WindowShown(); }));
+  EXPECT_EQ(desktop_.Output("xdotool get_desktop"), "0");
 
   Keys("key alt+F4");
   ASSERT_TRUE(Eventually([&] { return desktop_.VisibleWindow("Confirm Stop"); }));
