@@ -7,6 +7,7 @@
 #include <QDir>
 #include <QLocalSocket>
 #include <QPointer>
+#include <filesystem>
 
 #include "util/paths.h"
 
@@ -17,11 +18,38 @@ constexpr int kConnectTimeoutMs = 1000;
 
 }  // namespace
 
+namespace {
+
+// Makes `folder` where it is missing; true when it is then a folder (not a link) of
+// this user's that nobody else may enter, as it is made private where it was not.
+bool OwnPrivateFolder(const std::string& folder) {
+  mkdir(folder.c_str(), 0700);
+  struct stat status {};
+  return lstat(folder.c_str(), &status) == 0 && S_ISDIR(status.st_mode) &&
+         status.st_uid == getuid() && chmod(folder.c_str(), 0700) == 0;
+}
+
+std::string ThisMachinesName() {
+  char name[256] = {};
+  return gethostname(name, sizeof name - 1) == 0 && name[0] != '\0' ? name : "localhost";
+}
+
+}  // namespace
+
 std::string ControlSocketPath() {
-  std::string folder = XdgRuntimeDir();
-  if (folder.empty()) {
-    folder = QDir::tempPath().toStdString() + "/parlavox-" + std::to_string(getuid());
-    mkdir(folder.c_str(), 0700);
+  if (const std::string runtime = XdgRuntimeDir(); !runtime.empty()) {
+    return JoinPath(runtime, "parlavox.sock");
+  }
+  std::string folder = QDir::tempPath().toStdString() + "/parlavox-" + std::to_string(getuid());
+  if (!OwnPrivateFolder(folder)) {
+    // Another user took the name first, who could hold the claim or answer in our
+    // place: a folder in the user's own home instead, one for each machine, as a home
+    // shared between machines must not make their copies one.
+    const std::string parent = XdgCacheHome() + "/parlavox";
+    std::error_code ignored;  // a folder that can't be made fails the listening, which says so
+    std::filesystem::create_directories(parent, ignored);
+    folder = JoinPath(parent, ThisMachinesName());
+    OwnPrivateFolder(folder);
   }
   return JoinPath(folder, "parlavox.sock");
 }

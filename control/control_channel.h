@@ -13,7 +13,8 @@ namespace parlavox {
 
 // The running copy's control socket, private to the user:
 // $XDG_RUNTIME_DIR/parlavox.sock, or parlavox.sock in a folder of the user's own
-// under the temporary folder when there is no runtime folder.
+// under the temporary folder when there is no runtime folder ("parlavox-<uid>", made
+// private), or, where another user holds that name, in $XDG_CACHE_HOME/parlavox/<host>.
 std::string ControlSocketPath();
 
 // The claim to be the one running copy of the user's session: an exclusive lock on

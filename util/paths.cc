@@ -59,6 +59,8 @@ std::string XdgConfigHome() { return EnvironmentOr("XDG_CONFIG_HOME", HomeFolder
 
 std::string XdgDataHome() { return EnvironmentOr("XDG_DATA_HOME", HomeFolder() + "/.local/share"); }
 
+std::string XdgCacheHome() { return EnvironmentOr("XDG_CACHE_HOME", HomeFolder() + "/.cache"); }
+
 std::string XdgConfigDirsFirst() {
   const std::string list = EnvironmentOr("XDG_CONFIG_DIRS", "/etc/xdg");
   const std::string first = list.substr(0, list.find(':'));

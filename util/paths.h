@@ -40,6 +40,7 @@ std::string HomeFolder();
 // default under HomeFolder(). The one place that reads them.
 std::string XdgConfigHome();       // $XDG_CONFIG_HOME, ~/.config
 std::string XdgDataHome();         // $XDG_DATA_HOME, ~/.local/share
+std::string XdgCacheHome();        // $XDG_CACHE_HOME, ~/.cache
 std::string XdgConfigDirsFirst();  // the first of $XDG_CONFIG_DIRS, /etc/xdg
 std::string XdgRuntimeDir();       // $XDG_RUNTIME_DIR; "" when unset
 
