@@ -45,9 +45,11 @@ bool MessageArrivals::IsStillComing(const std::string& name, const std::optional
 }
 
 FileLock LockMessage(const std::string& path, FileLock::Kind kind) {
+  // Not through a link, which anybody who may write into the folder can put there (and
+  // which would make a file where it points).
   return FileLock(
       path,
-      kind == FileLock::Kind::kShared ? O_RDONLY | O_NONBLOCK : O_WRONLY | O_CREAT | O_NONBLOCK,
+      (kind == FileLock::Kind::kShared ? O_RDONLY : O_WRONLY | O_CREAT) | O_NOFOLLOW | O_NONBLOCK,
       kind, FileLock::Wait::kNo);
 }
 
@@ -56,12 +58,23 @@ MessageForCall OpenMessageForCall(const std::string& path) {
   // smbnetfs holds a file for a moment after it was closed, and a second call right
   // after the first was heard has been refused as busy there: a share that says busy is
   // asked again for up to a second before the call is refused.
-  int fd = open(path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0666);
+  //
+  // Anybody who may write into the folder may put something else under the message's
+  // name: a link is not followed (it would have this user write over a file of theirs
+  // elsewhere), and what is not a plain file is no message (a FIFO would hold the call
+  // for good), so the open does not wait.
+  constexpr int kFlags = O_WRONLY | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
+  int fd = open(path.c_str(), kFlags, 0666);
   for (int tries = 0; fd < 0 && (errno == EBUSY || errno == ETXTBSY) && tries < 50; ++tries) {
     usleep(20000);
-    fd = open(path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0666);
+    fd = open(path.c_str(), kFlags, 0666);
   }
   if (fd < 0) return {.still_playing = errno == EBUSY || errno == ETXTBSY};
+  if (struct stat status{}; fstat(fd, &status) != 0 || !S_ISREG(status.st_mode)) {
+    close(fd);
+    return {};
+  }
+  fcntl(fd, F_SETFL, fcntl(fd, F_GETFL) & ~O_NONBLOCK);
   if (flock(fd, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK) {
     close(fd);
     return {.still_playing = true};
@@ -75,7 +88,7 @@ MessageForCall OpenMessageForCall(const std::string& path) {
     for (int tries = 0; unlink(path.c_str()) != 0 && errno == EBUSY && tries < 10; ++tries) {
       usleep(20000);
     }
-    fd = open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+    fd = open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);  // never a link
     if (fd < 0) return {};
   }
   flock(fd, LOCK_UN);

@@ -135,6 +135,23 @@ TEST_F(MessageFileTest, AHeldMessageCanNotBeTakenForANewCall) {
   // Holding a message that went does not make it again.
   EXPECT_FALSE(LockMessage(scratch_ / "13.wav", FileLock::Kind::kShared).held());
   EXPECT_FALSE(std::filesystem::exists(scratch_ / "13.wav"));
+
+  // What somebody else put under the message's name is refused at once and left as it
+  // is: a FIFO (which would hold the call), a link to a file of the caller's, or one to
+  // where nothing is yet.
+  ASSERT_EQ(mkfifo((scratch_ / "21.wav").c_str(), 0666), 0);
+  WriteFileText(scratch_ / "mine.txt", "precious");
+  std::filesystem::create_symlink(scratch_ / "mine.txt", scratch_ / "22.wav");
+  std::filesystem::create_symlink(scratch_ / "made.txt", scratch_ / "23.wav");
+  for (const char* name : {"21.wav", "22.wav", "23.wav"}) {
+    const MessageForCall planted = OpenMessageForCall(scratch_ / name);
+    EXPECT_FALSE(planted.still_playing) << name;
+    EXPECT_EQ(planted.fd, -1) << name;
+    EXPECT_FALSE(LockMessage(scratch_ / name, FileLock::Kind::kExclusive).held()) << name;
+  }
+  EXPECT_EQ(FileText(scratch_ / "mine.txt"), "precious");
+  EXPECT_FALSE(std::filesystem::exists(scratch_ / "made.txt"));
+  EXPECT_EQ(OpenFileCount(), open_files);
 }
 
 // A caller's message taken from the callee's folder: deleted, or another file put in
