@@ -87,8 +87,9 @@ bool WriteUserRecord(const UserRecord& record, const std::string& path) {
   const std::string_view contents(reinterpret_cast<const char*>(bytes.data()), bytes.size());
   if (ReplaceFile(path, contents)) return true;
   // Some network file systems refuse to rename over a file that another machine
-  // holds open; write it in place then.
-  const int fd = open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
+  // holds open; write it in place then. Not through a link: where the rename was refused
+  // because another user put one there (a shared folder), it would cut a file of ours.
+  const int fd = open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW | O_CLOEXEC, 0666);
   if (fd < 0) return false;
   const bool written = WriteFully(fd, bytes.data(), bytes.size());
   return close(fd) == 0 && written;

@@ -1,8 +1,11 @@
 #include "words/user_record.h"
 
 #include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <cstring>
+#include <filesystem>
 
 #include <gtest/gtest.h>
 
@@ -77,6 +80,31 @@ TEST(UserRecordTest, ShortAndOverlongFilesAreReadAsFarAsTheyGoAndOnlyRegularFile
   EXPECT_FALSE(ReadUserRecord(&full, pipe));  // and does not hang
   EXPECT_FALSE(WriteUserRecord(full, folder / "no/such/folder/ParlavoxUserData"));
   EXPECT_EQ(OpenFileCount(), open_files);
+}
+
+// Another user's link in place of the record, in a shared folder whose sticky bit keeps
+// it from being replaced: not written through. Needs root, to be two users.
+TEST(UserRecordTest, ARecordIsNotWrittenThroughAnotherUsersLink) {
+  if (getuid() != 0) GTEST_SKIP() << "needs root to act as two users";
+  ScratchFolder folder;
+  const std::string shared = folder / "Incoming", mine = folder / "mine";
+  std::filesystem::create_directory(shared);
+  std::filesystem::permissions(shared,
+                               std::filesystem::perms::all | std::filesystem::perms::sticky_bit);
+  std::filesystem::permissions(folder.path(), std::filesystem::perms::all);
+  WriteFileText(mine, "precious");
+  ASSERT_EQ(chown(mine.c_str(), 65534, 65534), 0);
+  std::filesystem::create_symlink(mine, shared + "/ParlavoxUserData");  // root's link
+  const pid_t child = fork();
+  ASSERT_GE(child, 0);
+  if (child == 0) {  // the person, who owns "mine"
+    if (setgid(65534) != 0 || setuid(65534) != 0) _exit(2);
+    _exit(WriteUserRecord(UserRecord{}, shared + "/ParlavoxUserData") ? 1 : 0);
+  }
+  int status = 0;
+  ASSERT_EQ(waitpid(child, &status, 0), child);
+  EXPECT_EQ(WEXITSTATUS(status), 0);  // refused
+  EXPECT_EQ(FileText(mine), "precious");
 }
 
 TEST(UserRecordTest, NamesAreTheSameTextForWindowsCopiesAndAreCutWhole) {
