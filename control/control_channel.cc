@@ -29,11 +29,6 @@ bool OwnPrivateFolder(const std::string& folder) {
          status.st_uid == getuid() && chmod(folder.c_str(), 0700) == 0;
 }
 
-std::string ThisMachinesName() {
-  char name[256] = {};
-  return gethostname(name, sizeof name - 1) == 0 && name[0] != '\0' ? name : "localhost";
-}
-
 }  // namespace
 
 std::string ControlSocketPath() {
@@ -48,7 +43,7 @@ std::string ControlSocketPath() {
     const std::string parent = XdgCacheHome() + "/parlavox";
     std::error_code ignored;  // a folder that can't be made fails the listening, which says so
     std::filesystem::create_directories(parent, ignored);
-    folder = JoinPath(parent, ThisMachinesName());
+    folder = JoinPath(parent, HostName());
     OwnPrivateFolder(folder);
   }
   return JoinPath(folder, "parlavox.sock");

@@ -14,12 +14,6 @@
 namespace parlavox {
 namespace {
 
-std::string HostName() {
-  char name[256] = {};
-  gethostname(name, sizeof name - 1);
-  return name;
-}
-
 // Why net refused, as a sentence with the fix, from what it printed.
 std::string RefusalText(const ProgramRun& run) {
   if (run.exit_code == -1 || run.exit_code == 127) {

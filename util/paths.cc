@@ -55,6 +55,11 @@ std::string HomeFolder() {
   return "/";
 }
 
+std::string HostName() {
+  char name[256] = {};
+  return gethostname(name, sizeof name - 1) == 0 && name[0] != '\0' ? name : "localhost";
+}
+
 std::string XdgConfigHome() { return EnvironmentOr("XDG_CONFIG_HOME", HomeFolder() + "/.config"); }
 
 std::string XdgDataHome() { return EnvironmentOr("XDG_DATA_HOME", HomeFolder() + "/.local/share"); }

@@ -36,6 +36,9 @@ std::optional<Account> OwnAccount();
 // The user's home folder: $HOME, or the account's home when that is unset or empty.
 std::string HomeFolder();
 
+// This machine's name (gethostname); "localhost" where it has none.
+std::string HostName();
+
 // The XDG base folders, each from its variable when set and not empty, else from its
 // default under HomeFolder(). The one place that reads them.
 std::string XdgConfigHome();       // $XDG_CONFIG_HOME, ~/.config
