@@ -16,10 +16,6 @@ namespace {
 
 constexpr int kConnectTimeoutMs = 1000;
 
-}  // namespace
-
-namespace {
-
 // Makes `folder` where it is missing; true when it is then a folder (not a link) of
 // this user's that nobody else may enter, as it is made private where it was not.
 bool OwnPrivateFolder(const std::string& folder) {
