@@ -55,16 +55,44 @@ Calls::~Calls() {
 
 void Calls::Start(int index, Done done) {
   if (index < 0) return done(CallRefusal::kNoUserSelected);
-  if (starting_) stop_on_start_ = false;  // pressed again before the first press took
+  if (starting_) {  // pressed again before the first press took
+    stop_on_start_ = false;
+    if (early_ && !recorder_.is_recording()) {
+      early_->Resume();
+      StartRecorder(early_);
+    }
+  }
   if (starting_ || recorder_.is_recording()) return done(CallRefusal::kNone);
   if (index >= users_.Count()) return done(CallRefusal::kNoSuchUser);
   starting_ = true;
   stop_on_start_ = false;
+  // What is said from the key on is kept until the message file is open, which may take
+  // several round trips to the callee's server. Where the microphone can't start now, it
+  // is tried again once the file is open.
+  early_ = std::make_shared<AwaitingWaveFileWriter>(kMessageSampleRate, kMessageChannels);
+  if (!StartRecorder(early_)) early_.reset();
   const std::string folder = users_.Folder(index);
   share_.ReadRecord(folder, lifetime_.Bind([this, folder, done = std::move(done)](
                                                const std::optional<UserRecord>& callee) {
     OnCalleeRecord(folder, done, callee);
   }));
+}
+
+bool Calls::StartRecorder(std::shared_ptr<WaveFileWriter> writer) {
+  const int source =
+      static_cast<int8_t>(settings_.ReadInt(kSettingsSection, settings_key::kRecordSource, -1));
+  const DeviceChoice device = ReadDeviceChoice(settings_, settings_key::kInputDevice);
+  const int level = settings_.ReadDecibels(kSettingsSection, settings_key::kInputLevel, 0);
+  recorder_.set_device(device);
+  recorder_.set_level(level);
+  mixer_.SelectRecordSource(device, source);
+  priority_.Raise();  // so that recording isn't starved while the network file is written
+  if (!recorder_.StartRecording(std::move(writer), 0, kSilence, kCallHangTime,
+                                Recorder::kStartWriting)) {
+    return false;
+  }
+  view_.EnableRecordMeter(true);
+  return true;
 }
 
 void Calls::OnCalleeRecord(const std::string& folder, Done done,
@@ -101,33 +129,34 @@ void Calls::OnMessageOpened(const UserRecord& callee, Done done, MessageOpening 
   if (opening.still_playing) return Refuse(CallRefusal::kPreviousMessagePlaying, done);
   if (opening.unwritable) return Refuse(CallRefusal::kFolderNotWritable, done);
   starting_ = false;
-  const int source =
-      static_cast<int8_t>(settings_.ReadInt(kSettingsSection, settings_key::kRecordSource, -1));
-  const DeviceChoice device = ReadDeviceChoice(settings_, settings_key::kInputDevice);
-  const int level = settings_.ReadDecibels(kSettingsSection, settings_key::kInputLevel, 0);
-  recorder_.set_device(device);
-  recorder_.set_level(level);
-  mixer_.SelectRecordSource(device, source);
-  priority_.Raise();  // so that recording isn't starved while the network file is written
-  if (!recorder_.StartRecording(std::move(opening.writer), 0, kSilence, kCallHangTime,
-                                Recorder::kStartWriting)) {
+  if (const std::shared_ptr<AwaitingWaveFileWriter> early = std::move(early_)) {
+    early->Attach(std::move(opening.writer));
+  } else if (!StartRecorder(std::move(opening.writer))) {
     // The priority stays raised until the next Stop, as the empty message stays.
     return done(CallRefusal::kRecorderFailed);
   }
-  view_.EnableRecordMeter(true);
-  status_.ShowStatus("-> " + callee.Name());
+  // Not where the sound server went away meanwhile, which the status line tells.
+  if (recorder_.is_recording() || stop_on_start_) status_.ShowStatus("-> " + callee.Name());
   if (stop_on_start_) Stop();
   done(CallRefusal::kNone);
 }
 
 void Calls::Refuse(CallRefusal refusal, const Done& done) {
   starting_ = false;
+  if (early_) {  // what was said from the key on goes nowhere
+    early_.reset();
+    EndRecording();
+  }
   status_.ShowStatus(RefusalText(refusal));
   done(refusal);
 }
 
 void Calls::Stop() {
   if (starting_) stop_on_start_ = true;
+  EndRecording();
+}
+
+void Calls::EndRecording() {
   recorder_.StopRecording();
   priority_.Restore();
   view_.EnableRecordMeter(false);
@@ -135,7 +164,7 @@ void Calls::Stop() {
 }
 
 void Calls::OnRecordLost(uint32_t) {
-  Stop();
+  EndRecording();
   status_.ShowStatus("The sound server went away: your call ended");
 }
 

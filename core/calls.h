@@ -4,6 +4,7 @@
 #include <functional>
 #include <string>
 
+#include "audio/awaiting_wave_file_writer.h"
 #include "audio/mixer.h"
 #include "audio/recorder.h"
 #include "core/intercom_view.h"
@@ -33,14 +34,15 @@ enum class CallRefusal {
 std::string RefusalText(CallRefusal refusal);
 
 // Push-to-talk calls: recording the microphone straight into a message file in the
-// callee's inward folder, named after the own id, from Start until Stop. Before a
-// call starts, the callee's record is read (its folder must be reachable and its
-// intercom on) and the message file is opened, both away from the owner's thread;
-// then the record source and level are set, the process is raised and the recorder
-// starts, and the status line shows "-> name". A call that can't be reached, is off or
-// can't be written shows why on the status line; so does a call whose message is taken
-// from the callee's folder before it ends, or whose sound stops reaching the file (the
-// rest would be lost unheard), which then ends.
+// callee's inward folder, named after the own id, from Start until Stop. At Start the
+// record source and level are set, the process is raised and the recorder starts, into
+// memory; meanwhile the callee's record is read (its folder must be reachable and its
+// intercom on) and the message file is opened, both away from the owner's thread. Once
+// the file is open it takes what was recorded and the rest of the call, and the status
+// line shows "-> name"; a call refused drops what was recorded. A call that can't be
+// reached, is off or can't be written shows why on the status line; so does a call
+// whose message is taken from the callee's folder before it ends, or whose sound stops
+// reaching the file (the rest would be lost unheard), which then ends.
 class Calls : private LSoundRecorderListener {
  public:
   using Done = std::function<void(CallRefusal)>;
@@ -66,6 +68,10 @@ class Calls : private LSoundRecorderListener {
   void OnMessageOpened(const UserRecord& callee, Done done, MessageOpening opening);
   // Ends an attempt that the callee's side refused, saying why on the status line.
   void Refuse(CallRefusal refusal, const Done& done);
+  // Sets up and starts the recorder into `writer`; false when it did not start.
+  bool StartRecorder(std::shared_ptr<WaveFileWriter> writer);
+  // Stops the recorder and undoes what starting it did.
+  void EndRecording();
   // What the call hears of its message from the share.
   MessageReports Reports();
   // Ends the call running, saying why; false when none runs.
@@ -84,6 +90,9 @@ class Calls : private LSoundRecorderListener {
   IntercomView& view_;
   bool starting_ = false;       // the callee's folder is being looked at
   bool stop_on_start_ = false;  // Stop came while starting
+  // What is recorded while starting; null once the file took it, or where the recorder
+  // could not start at the key.
+  std::shared_ptr<AwaitingWaveFileWriter> early_;
   Lifetime lifetime_;
 };
 

@@ -52,19 +52,25 @@ class MemoryReader : public WaveFileReader {
   int64_t position_ = 0;
 };
 
-// A writer that only counts, and says whether it was finished.
+// A writer that keeps what it is given, and says whether it was finished.
 class MemoryWriter : public WaveFileWriter {
  public:
   MemoryWriter() : WaveFileWriter(11025, 1, 0) {}
-  void Truncate(int64_t frame) override { set_length(std::min(frame, length())); }
+  void Truncate(int64_t frame) override {
+    set_length(std::min(frame, length()));
+    samples.resize(size_t(length()));
+  }
   bool Finish() override {
     finished = true;
     return true;
   }
+  std::vector<int32_t> samples;
   bool finished = false;
 
  protected:
-  void WriteBlock(const int32_t*, int) override {}
+  void WriteBlock(const int32_t* block, int frames) override {
+    samples.insert(samples.end(), block, block + frames);
+  }
 };
 
 class FakePlayer : public Player {
@@ -126,6 +132,10 @@ class FakeRecorder : public Recorder {
     writer.reset();
   }
   bool is_recording() const override { return writer != nullptr; }
+  // The microphone delivers `samples`.
+  void Hear(std::vector<int32_t> samples) {
+    writer->Write(samples.data(), int64_t(samples.size()));
+  }
   void SendLevels(int8_t level) {
     ChannelLevels levels;
     levels.count = 1;

@@ -1,6 +1,7 @@
 #ifndef PARLAVOX_CORE_SHARE_ACCESS_H_
 #define PARLAVOX_CORE_SHARE_ACCESS_H_
 
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -10,6 +11,11 @@
 #include "words/user_record.h"
 
 namespace parlavox {
+
+// Every message is PCM at 11025 Hz, one channel, 16 bits a sample.
+inline constexpr uint32_t kMessageSampleRate = 11025;
+inline constexpr int kMessageChannels = 1;
+inline constexpr int kMessageBitsPerSample = 16;
 
 // What opening a message file for a new call gave.
 struct MessageOpening {

@@ -75,7 +75,7 @@ void BackgroundShareAccess::OpenMessage(const std::string& folder, const std::st
     if (message.fd >= 0) {
       file = CreateWaveFileWriter(
           ReportingLoss(WritableFileOnDescriptor(message.fd), ToOwner(std::move(reports.lost))),
-          11025, 1, 16, 0);
+          kMessageSampleRate, kMessageChannels, kMessageBitsPerSample, 0);
     }
     opening.unwritable = !message.still_playing && !(file && file->is_valid());
     if (file && file->is_valid()) {
@@ -104,8 +104,8 @@ void BackgroundShareAccess::OpenOnShare(const ShareLocation& share, const std::s
           ReportingLoss(std::make_unique<BatchedWritableFile>(std::move(on_server), kBatchBytes),
                         ToOwner(std::move(reports.lost)));
     }
-    std::shared_ptr<WaveFileWriter> file =
-        CreateWaveFileWriter(std::move(on_server), 11025, 1, 16, 0);
+    std::shared_ptr<WaveFileWriter> file = CreateWaveFileWriter(
+        std::move(on_server), kMessageSampleRate, kMessageChannels, kMessageBitsPerSample, 0);
     opening.unwritable = !opening.still_playing && !file->is_valid();
     if (file->is_valid()) {
       opening.writer = Watched(
