@@ -77,9 +77,10 @@ bool PcmWaveFileWriter::WriteHeader(bool provisional) {
 void PcmWaveFileWriter::WriteBlock(const int32_t* samples, int frames) {
   const int64_t count = int64_t{frames} * channels();
   if (is_valid()) {
+    const int64_t block_bytes = count * bytes_per_sample_;
+    if (buffer_.size() < static_cast<size_t>(block_bytes)) buffer_.resize(block_bytes);
     EncodePcm(samples, count, bytes_per_sample_, buffer_.data());
     const int64_t end = kHeaderSize + length() * frame_bytes();
-    const int64_t block_bytes = count * bytes_per_sample_;
     if (file_->WriteAt(buffer_.data(), static_cast<size_t>(block_bytes), end - block_bytes)) {
       reached_frames_ = std::max(reached_frames_, length());
     } else {

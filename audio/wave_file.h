@@ -55,7 +55,9 @@ class WaveFileReader {
 // a reader that is returned may still be invalid.
 std::shared_ptr<WaveFileReader> OpenWaveFileReader(const std::string& path);
 
-// Writes a WAVE file block by block. A file being written is readable at any moment:
+// Writes a WAVE file block by block. Each Write reaches the file as one write where it
+// holds at most kMaxWriteFrames: on a share far away every write costs a round trip,
+// so sound that waited goes on together. A file being written is readable at any moment:
 // its header claims 32 seconds more than has been written, and is refreshed every 16
 // seconds of audio; Finish writes the exact header. A writer whose file could not be
 // created, or take its header, is invalid and only counts frames. One writer is not
@@ -66,6 +68,8 @@ class WaveFileWriter {
   WaveFileWriter& operator=(const WaveFileWriter&) = delete;
   // A writer that was not finished finishes its file here, as well as it can.
   virtual ~WaveFileWriter() = default;
+
+  static constexpr int kMaxWriteFrames = 1 << 20;  // 95 s at 11025 Hz
 
   bool is_valid() const { return valid_; }
   uint32_t sample_rate() const { return sample_rate_; }
@@ -82,7 +86,7 @@ class WaveFileWriter {
 
  protected:
   WaveFileWriter(uint32_t sample_rate, int channels, int64_t length);
-  // Writes at most kMaxBlockFrames frames; length() already counts them.
+  // Writes at most kMaxWriteFrames frames; length() already counts them.
   virtual void WriteBlock(const int32_t* samples, int frames) = 0;
   void MarkInvalid() { valid_ = false; }
   void set_length(int64_t length) { length_ = length; }

@@ -139,11 +139,12 @@ TEST_F(WaveFileTest, ProvisionalHeaderClaims32SecondsAndIsRefreshedEvery16) {
 }
 
 // A disk in memory that holds `room` bytes: a write that goes beyond fails, as on a
-// full disk, where what fitted of it stays.
+// full disk, where what fitted of it stays. It counts the writes.
 class SmallDisk : public WritableFile {
  public:
   SmallDisk(std::string& bytes, size_t room) : bytes_(bytes), room_(room) {}
   bool WriteAt(const void* data, size_t size, int64_t offset) override {
+    ++writes;
     const size_t at = size_t(offset), fits = std::min(size, room_ - std::min(room_, at));
     if (bytes_.size() < at + fits) bytes_.resize(at + fits);
     bytes_.replace(at, fits, static_cast<const char*>(data), fits);
@@ -155,6 +156,7 @@ class SmallDisk : public WritableFile {
   }
   bool SendOn() override { return true; }
   bool Close() override { return true; }
+  int writes = 0;
 
  private:
   std::string& bytes_;
@@ -177,6 +179,22 @@ TEST_F(WaveFileTest, AFileThatFilledTheDiskIsFinishedClaimingOnlyWhatReachedIt) 
   std::string full;  // one that can't take the header can't be heard either
   EXPECT_FALSE(
       CreateWaveFileWriter(std::make_unique<SmallDisk>(full, 40), 11025, 1, 16, 0)->is_valid());
+}
+
+// Sound that waited behind a write to a server far away goes on as one write, a round
+// trip, however long it is.
+TEST_F(WaveFileTest, SoundThatWaitedReachesTheFileInOneWrite) {
+  std::string bytes;
+  auto disk = std::make_unique<SmallDisk>(bytes, 1 << 20);
+  const SmallDisk& counted = *disk;
+  auto writer = CreateWaveFileWriter(std::move(disk), 11025, 1, 16, 0);
+  const int header_writes = counted.writes;
+  const std::vector<int32_t> waited(3 * 11025, 160);
+  writer->Write(waited.data(), int64_t(waited.size()));
+  EXPECT_EQ(counted.writes - header_writes, 1);
+  EXPECT_EQ(bytes.size(), 46u + waited.size() * 2);
+  EXPECT_EQ(bytes.back(), 0);  // 160 on the internal scale is 10
+  EXPECT_EQ(bytes[bytes.size() - 2], 10);
 }
 
 // Says what reached it: "write <frames>", "cut <frame>", "finish".

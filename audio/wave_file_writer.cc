@@ -15,7 +15,7 @@ WaveFileWriter::WaveFileWriter(uint32_t sample_rate, int channels, int64_t lengt
 
 void WaveFileWriter::Write(const int32_t* samples, int64_t frames) {
   while (frames > 0) {
-    const int block = static_cast<int>(std::min<int64_t>(frames, kMaxBlockFrames));
+    const int block = static_cast<int>(std::min<int64_t>(frames, kMaxWriteFrames));
     length_ += block;
     WriteBlock(samples, block);
     samples += int64_t{block} * channels_;
