@@ -109,9 +109,11 @@ class Session {
   InboxWatcher local_watcher_{poster_};
   ShareInboxWatcher watcher_{local_watcher_, smb_, poster_};
   PresencePoller poller_{
-      users_, poster_, [this](UserRecord* record, const std::string& folder, std::string* trouble) {
+      users_, poster_,
+      [this](UserRecord* record, const std::string& folder, std::string* trouble) {
         return ReadRecordInFolder(smb_, record, folder, trouble, /*background=*/true);
-      }};
+      },
+      [] { return SmbConnection::MessageMovedWithin(std::chrono::seconds(1)); }};
   Intercom intercom_;
   KeyAssignments keys_{settings_, users_};
   std::unique_ptr<X11HotKeys> x11_hot_keys_;

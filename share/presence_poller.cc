@@ -14,6 +14,9 @@ namespace parlavox {
 
 namespace {
 
+// How often a pass that gives way to messages looks whether they still move.
+constexpr std::chrono::milliseconds kGiveWayInterval{100};
+
 // The server a folder lies on, "" for the file system.
 std::string ServerOf(const std::string& folder) {
   const std::optional<ShareLocation> share = ParseShareName(folder);
@@ -90,8 +93,13 @@ bool RefreshPresence(UsersCache& users, const RecordReader& read, std::set<std::
 }
 
 PresencePoller::PresencePoller(UsersCache& users, TaskPoster& poster, RecordReader read,
+                               std::function<bool()> messages_moving,
                                std::chrono::milliseconds interval)
-    : users_(users), poster_(poster), read_(std::move(read)), interval_(interval) {}
+    : users_(users),
+      poster_(poster),
+      read_(std::move(read)),
+      messages_moving_(std::move(messages_moving)),
+      interval_(interval) {}
 
 PresencePoller::~PresencePoller() { Stop(); }
 
@@ -106,6 +114,14 @@ void PresencePoller::StartPolling(std::function<void(const std::set<int>&)> chan
 void PresencePoller::OnThreadStart() { prctl(PR_SET_NAME, "parlavox-poll"); }
 
 void PresencePoller::Run() {
+  const RecordReader read = [this](UserRecord* record, const std::string& folder,
+                                   std::string* trouble) {
+    if (!ServerOf(folder).empty() && messages_moving_) {
+      while (messages_moving_() && !WaitForStop(kGiveWayInterval)) {
+      }
+    }
+    return read_(record, folder, trouble);
+  };
   bool first = true;  // the owner always hears of the first pass
   std::set<std::string> said;
   std::set<int> unreached_before;
@@ -113,7 +129,7 @@ void PresencePoller::Run() {
     std::set<std::string> troubles;
     std::set<int> unreached;
     const bool changed =
-        RefreshPresence(users_, read_, &troubles, &unreached, [this] { return StopRequested(); });
+        RefreshPresence(users_, read, &troubles, &unreached, [this] { return StopRequested(); });
     if (StopRequested()) break;
     if ((first || changed || unreached != unreached_before) && changed_) {
       poster_.Post([tell = changed_, unreached] { tell(unreached); });

@@ -37,12 +37,16 @@ bool RefreshPresence(UsersCache& users, const RecordReader& read,
 // A worker that refreshes presence every `interval` (5 s unless a test says otherwise)
 // at the lowest priority and posts
 // `changed` to the owner, and `trouble` with each trouble of a pass that the pass
-// before did not have (so that each is said once while it lasts).
+// before did not have (so that each is said once while it lasts). While
+// `messages_moving` says so (a call or a message heard through Samba, whose every
+// operation waits for the one before, on whatever server), a record on a share is not
+// read: the pass waits, as the sound would have to wait for a far server otherwise.
 class PresencePoller : public WorkerThread, public PresencePolling {
  public:
   static constexpr std::chrono::milliseconds kPollInterval{5000};
 
   PresencePoller(UsersCache& users, TaskPoster& poster, RecordReader read,
+                 std::function<bool()> messages_moving,
                  std::chrono::milliseconds interval = kPollInterval);
   ~PresencePoller() override;
 
@@ -59,6 +63,7 @@ class PresencePoller : public WorkerThread, public PresencePolling {
   UsersCache& users_;
   TaskPoster& poster_;
   const RecordReader read_;
+  const std::function<bool()> messages_moving_;
   const std::chrono::milliseconds interval_;
   std::function<void(const std::set<int>&)> changed_;
   std::function<void(const std::string&)> trouble_;

@@ -127,7 +127,7 @@ TEST_F(PresenceTest, PollerPostsTheFirstPassAndEveryChangeAndStopsPromptly) {
     return false;
   };
   CountingPoster poster;
-  PresencePoller poller(users_, poster, read, /*interval=*/100ms);
+  PresencePoller poller(users_, poster, read, nullptr, /*interval=*/100ms);
   int changes = 0, troubles = 0;  // touched only by posted tasks, run on the poller's thread
   poller.StartPolling([&](const std::set<int>&) { ++changes; },
                       [&](const std::string&) { ++troubles; });
@@ -165,7 +165,7 @@ TEST_F(PresenceTest, AStopEndsAPassOnASlowServerAtTheNextUserAndTheCacheKeepsIts
     return true;
   };
   CountingPoster poster;
-  PresencePoller poller(users_, poster, read);
+  PresencePoller poller(users_, poster, read, nullptr);
   poller.StartPolling([](const std::set<int>&) {}, [](const std::string&) {});
   ASSERT_TRUE(Eventually([&] { return reads >= 2; }));
   const auto began = std::chrono::steady_clock::now();
@@ -173,6 +173,43 @@ TEST_F(PresenceTest, AStopEndsAPassOnASlowServerAtTheNextUserAndTheCacheKeepsIts
   EXPECT_LT(std::chrono::steady_clock::now() - began, 1s);
   EXPECT_EQ(poster.posts, 0);
   EXPECT_EQ(Cached("on0"), std::nullopt);
+}
+
+// Every operation through Samba waits for the one before, on whatever server: while a
+// message moves, a pass reads the users on the file system but none on a share (a far
+// one would hold the sound up), and a stop still ends it at once.
+TEST_F(PresenceTest, WhileAMessageMovesAPassReadsNoShareAndAStopStillEndsItPromptly) {
+  ListUser("\\\\far\\s\\u", nullptr);
+  const UserRecord carol = MakeUserRecord("Carol", 33, true);
+  ListUser(scratch_ / "carol", &carol);
+  std::atomic<bool> moving = true;
+  std::atomic<int> share_reads{0}, local_reads{0};
+  const RecordReader read = [&](UserRecord* record, const std::string& folder,
+                                std::string* trouble) {
+    if (!folder.starts_with("\\\\")) {
+      ++local_reads;
+      return ReadLocalRecord(record, folder, trouble);
+    }
+    ++share_reads;
+    *record = MakeUserRecord("Far", 7, true);
+    return true;
+  };
+  CountingPoster poster;
+  PresencePoller poller(
+      users_, poster, read, [&] { return moving.load(); }, 100ms);
+  poller.StartPolling([](const std::set<int>&) {}, [](const std::string&) {});
+  ASSERT_TRUE(Eventually([&] { return local_reads > 0; }));
+  std::this_thread::sleep_for(300ms);
+  EXPECT_EQ(share_reads, 0);
+  moving = false;
+  EXPECT_TRUE(Eventually([&] { return Cached("on0") == "true"; }));
+
+  moving = true;
+  const int reads_before = local_reads;
+  ASSERT_TRUE(Eventually([&] { return local_reads > reads_before; }));  // the next pass waits
+  const auto began = std::chrono::steady_clock::now();
+  poller.Stop();
+  EXPECT_LT(std::chrono::steady_clock::now() - began, 1s);
 }
 
 // Servers that stopped answering hold a pass's readers for seconds each, longer than a

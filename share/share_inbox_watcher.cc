@@ -37,10 +37,12 @@ class SmbRemoteFolder : public RemoteFolder {
     return files;
   }
   std::optional<std::string> Read(const std::string& name, int64_t offset, size_t size) override {
+    SmbConnection::NoteMessageMoved();
     return connection_->ReadAt(SmbUrl(location_, name), offset, size);
   }
   std::optional<std::string> ReadGrowing(const std::string& name, int64_t offset, size_t size,
                                          int64_t* size_now) override {
+    SmbConnection::NoteMessageMoved();
     return connection_->ReadAt(SmbUrl(location_, name), offset, size, nullptr, size_now);
   }
   bool Remove(const std::string& name) override {

@@ -175,6 +175,7 @@ class SmbConnection::File : public WritableFile {
   ~File() override { Close(); }
 
   bool WriteAt(const void* data, size_t size, int64_t offset) override {
+    NoteMessageMoved();
     kept_bytes_ += size;
     kept_.push_back({offset, std::string(static_cast<const char*>(data), size)});
     if (WriteKept() || (kept_bytes_ <= kMaxKeptBytes && !no_room_)) return true;

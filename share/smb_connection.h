@@ -117,6 +117,19 @@ class SmbConnection {
   // one, as the program ends. Safe from any thread.
   void Leave() { leaving_.Set(); }
 
+  // Sound moving through the library: a message written (a file from OpenForWriting) or
+  // read as it is heard. Work that can wait, such as a presence pass, gives way to it, as
+  // every operation takes its turn and one on a far server would hold the sound up for
+  // as long. Safe from any thread.
+  static void NoteMessageMoved() {
+    message_moved_ns_ = std::chrono::steady_clock::now().time_since_epoch().count();
+  }
+  static bool MessageMovedWithin(std::chrono::milliseconds span) {
+    return std::chrono::steady_clock::now().time_since_epoch() -
+               std::chrono::steady_clock::duration(message_moved_ns_.load()) <
+           span;
+  }
+
   // A file kept open so that nobody may write or delete it, as long as this object lives.
   class HeldFile {
    public:
@@ -157,6 +170,7 @@ class SmbConnection {
   int Noted(int error);
 
   static inline Mutex library_;  // the turn of every operation on the library
+  static inline std::atomic<std::chrono::steady_clock::rep> message_moved_ns_{0};
 
  public:
   // An operation's turn on the library, which a wait for changes gives way to.
