@@ -92,8 +92,9 @@ void WaveOut::Drain() {
 }
 
 void WaveOut::Close() {
-  // Without a stream no callback can run: a device never opened never reaches the server.
-  if (stream_ == nullptr && timer_ == nullptr) {
+  // Without a stream, a timer or a request no callback can run: a device never opened
+  // never reaches the server.
+  if (stream_ == nullptr && timer_ == nullptr && timing_ == nullptr) {
     MarkAllDone();
     played_index_ = 0;
     return;
@@ -102,6 +103,11 @@ void WaveOut::Close() {
   if (timer_ != nullptr) {
     pa_threaded_mainloop_get_api(PulseConnection::Instance().mainloop())->time_free(timer_);
     timer_ = nullptr;
+  }
+  if (timing_ != nullptr) {
+    if (pa_operation_get_state(timing_) == PA_OPERATION_RUNNING) pa_operation_cancel(timing_);
+    pa_operation_unref(timing_);
+    timing_ = nullptr;
   }
   if (stream_ != nullptr) {
     pa_stream_set_state_callback(stream_, nullptr, nullptr);
@@ -133,11 +139,11 @@ void WaveOut::OnTimer(pa_mainloop_api*, pa_time_event* event, const timeval*, vo
   // health of stream and connection is looked at here too.
   auto* out = static_cast<WaveOut*>(self);
   out->CheckHealth(out->stream_);
-  if (pa_stream_get_state(out->stream_) == PA_STREAM_READY) {
-    if (pa_operation* operation =
-            pa_stream_update_timing_info(out->stream_, &WaveOut::OnTiming, out)) {
-      pa_operation_unref(operation);
-    }
+  // One request at a time: a server slow to answer is not asked again meanwhile.
+  if (pa_stream_get_state(out->stream_) == PA_STREAM_READY &&
+      (out->timing_ == nullptr || pa_operation_get_state(out->timing_) != PA_OPERATION_RUNNING)) {
+    if (out->timing_ != nullptr) pa_operation_unref(out->timing_);
+    out->timing_ = pa_stream_update_timing_info(out->stream_, &WaveOut::OnTiming, out);
   }
   // A stream whose server went is cut from its connection at once: nothing is left to
   // look at until the owner, told it failed, closes it (and frees this timer).

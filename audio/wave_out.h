@@ -67,6 +67,9 @@ class WaveOut {
 
   pa_stream* stream_ = nullptr;
   pa_time_event* timer_ = nullptr;
+  // The last request for timing, whose answer may still come after the stream was let
+  // go (its disconnection is answered later): cancelled as the device closes.
+  pa_operation* timing_ = nullptr;
   ManualResetEvent* buffer_done_ = nullptr;
   std::deque<PlayBuffer*> queued_;
   uint64_t write_index_ = 0;
