@@ -21,7 +21,6 @@ class AwaitingWaveFileWriter : public WaveFileWriter {
   // `file` must have this writer's sample rate and channels. Call once.
   void Attach(std::shared_ptr<WaveFileWriter> file);
   void Resume() { finished_ = false; }
-  bool finished() const { return finished_; }
 
   void Truncate(int64_t frame) override;
   bool Finish() override;
