@@ -94,12 +94,14 @@ bool RefreshPresence(UsersCache& users, const RecordReader& read, std::set<std::
 
 PresencePoller::PresencePoller(UsersCache& users, TaskPoster& poster, RecordReader read,
                                std::function<bool()> messages_moving,
-                               std::chrono::milliseconds interval)
+                               std::chrono::milliseconds interval,
+                               std::chrono::milliseconds longest_wait)
     : users_(users),
       poster_(poster),
       read_(std::move(read)),
       messages_moving_(std::move(messages_moving)),
-      interval_(interval) {}
+      interval_(interval),
+      longest_wait_(longest_wait) {}
 
 PresencePoller::~PresencePoller() { Stop(); }
 
@@ -114,10 +116,13 @@ void PresencePoller::StartPolling(std::function<void(const std::set<int>&)> chan
 void PresencePoller::OnThreadStart() { prctl(PR_SET_NAME, "parlavox-poll"); }
 
 void PresencePoller::Run() {
-  const RecordReader read = [this](UserRecord* record, const std::string& folder,
-                                   std::string* trouble) {
+  // Set before each pass starts its readers, which only read it.
+  std::chrono::steady_clock::time_point give_way_until;
+  const RecordReader read = [&](UserRecord* record, const std::string& folder,
+                                std::string* trouble) {
     if (!ServerOf(folder).empty() && messages_moving_) {
-      while (messages_moving_() && !WaitForStop(kGiveWayInterval)) {
+      while (messages_moving_() && std::chrono::steady_clock::now() < give_way_until &&
+             !WaitForStop(kGiveWayInterval)) {
       }
     }
     return read_(record, folder, trouble);
@@ -128,6 +133,7 @@ void PresencePoller::Run() {
   do {
     std::set<std::string> troubles;
     std::set<int> unreached;
+    give_way_until = std::chrono::steady_clock::now() + longest_wait_;
     const bool changed =
         RefreshPresence(users_, read, &troubles, &unreached, [this] { return StopRequested(); });
     if (StopRequested()) break;

@@ -40,14 +40,18 @@ bool RefreshPresence(UsersCache& users, const RecordReader& read,
 // before did not have (so that each is said once while it lasts). While
 // `messages_moving` says so (a call or a message heard through Samba, whose every
 // operation waits for the one before, on whatever server), a record on a share is not
-// read: the pass waits, as the sound would have to wait for a far server otherwise.
+// read: the pass waits, as the sound would have to wait for a far server otherwise,
+// but for at most `longest_wait` from its start, so that presence on shares is still
+// refreshed during a long call.
 class PresencePoller : public WorkerThread, public PresencePolling {
  public:
   static constexpr std::chrono::milliseconds kPollInterval{5000};
+  static constexpr std::chrono::milliseconds kLongestWait{15000};
 
   PresencePoller(UsersCache& users, TaskPoster& poster, RecordReader read,
                  std::function<bool()> messages_moving,
-                 std::chrono::milliseconds interval = kPollInterval);
+                 std::chrono::milliseconds interval = kPollInterval,
+                 std::chrono::milliseconds longest_wait = kLongestWait);
   ~PresencePoller() override;
 
   void StartPolling(std::function<void(const std::set<int>&)> changed,
@@ -65,6 +69,7 @@ class PresencePoller : public WorkerThread, public PresencePolling {
   const RecordReader read_;
   const std::function<bool()> messages_moving_;
   const std::chrono::milliseconds interval_;
+  const std::chrono::milliseconds longest_wait_;
   std::function<void(const std::set<int>&)> changed_;
   std::function<void(const std::string&)> trouble_;
 };

@@ -177,8 +177,9 @@ TEST_F(PresenceTest, AStopEndsAPassOnASlowServerAtTheNextUserAndTheCacheKeepsIts
 
 // Every operation through Samba waits for the one before, on whatever server: while a
 // message moves, a pass reads the users on the file system but none on a share (a far
-// one would hold the sound up), and a stop still ends it at once.
-TEST_F(PresenceTest, WhileAMessageMovesAPassReadsNoShareAndAStopStillEndsItPromptly) {
+// one would hold the sound up) until the sound stops or the pass waited its longest,
+// and a stop still ends it at once.
+TEST_F(PresenceTest, WhileAMessageMovesAPassWaitsToReadSharesButNotForeverNorPastAStop) {
   ListUser("\\\\far\\s\\u", nullptr);
   const UserRecord carol = MakeUserRecord("Carol", 33, true);
   ListUser(scratch_ / "carol", &carol);
@@ -196,16 +197,21 @@ TEST_F(PresenceTest, WhileAMessageMovesAPassReadsNoShareAndAStopStillEndsItPromp
   };
   CountingPoster poster;
   PresencePoller poller(
-      users_, poster, read, [&] { return moving.load(); }, 100ms);
+      users_, poster, read, [&] { return moving.load(); }, 100ms, /*longest_wait=*/2s);
   poller.StartPolling([](const std::set<int>&) {}, [](const std::string&) {});
   ASSERT_TRUE(Eventually([&] { return local_reads > 0; }));
   std::this_thread::sleep_for(300ms);
   EXPECT_EQ(share_reads, 0);
   moving = false;
-  EXPECT_TRUE(Eventually([&] { return Cached("on0") == "true"; }));
+  EXPECT_TRUE(Eventually([&] { return Cached("on0") == "true"; }, 1s));
 
-  moving = true;
-  const int reads_before = local_reads;
+  moving = true;  // for longer than a pass waits: it reads after all
+  int reads_before = local_reads;
+  ASSERT_TRUE(Eventually([&] { return local_reads > reads_before; }));
+  const int share_reads_before = share_reads;
+  EXPECT_TRUE(Eventually([&] { return share_reads > share_reads_before; }));
+
+  reads_before = local_reads;
   ASSERT_TRUE(Eventually([&] { return local_reads > reads_before; }));  // the next pass waits
   const auto began = std::chrono::steady_clock::now();
   poller.Stop();
