@@ -115,17 +115,35 @@ void PresencePoller::StartPolling(std::function<void(const std::set<int>&)> chan
 
 void PresencePoller::OnThreadStart() { prctl(PR_SET_NAME, "parlavox-poll"); }
 
+bool PresencePoller::ReadGivingWay(UserRecord* record, const std::string& folder,
+                                   std::string* trouble,
+                                   std::chrono::steady_clock::time_point give_way_until) {
+  const std::string server = ServerOf(folder);
+  if (server.empty()) return read_(record, folder, trouble);
+  bool quick = false;
+  {
+    MutexLock lock(read_times_mutex_);
+    const auto known = read_times_.find(server);
+    quick = known != read_times_.end() && known->second <= kQuickRead;
+  }
+  if (!quick && messages_moving_) {
+    while (messages_moving_() && std::chrono::steady_clock::now() < give_way_until &&
+           !WaitForStop(kGiveWayInterval)) {
+    }
+  }
+  const auto began = std::chrono::steady_clock::now();
+  const bool read = read_(record, folder, trouble);
+  MutexLock lock(read_times_mutex_);
+  read_times_[server] = std::chrono::steady_clock::now() - began;
+  return read;
+}
+
 void PresencePoller::Run() {
   // Set before each pass starts its readers, which only read it.
   std::chrono::steady_clock::time_point give_way_until;
   const RecordReader read = [&](UserRecord* record, const std::string& folder,
                                 std::string* trouble) {
-    if (!ServerOf(folder).empty() && messages_moving_) {
-      while (messages_moving_() && std::chrono::steady_clock::now() < give_way_until &&
-             !WaitForStop(kGiveWayInterval)) {
-      }
-    }
-    return read_(record, folder, trouble);
+    return ReadGivingWay(record, folder, trouble, give_way_until);
   };
   bool first = true;  // the owner always hears of the first pass
   std::set<std::string> said;

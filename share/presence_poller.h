@@ -3,11 +3,13 @@
 
 #include <chrono>
 #include <functional>
+#include <map>
 #include <set>
 #include <string>
 
 #include "core/workers.h"
 #include "settings/users_cache.h"
+#include "util/mutex.h"
 #include "util/task_poster.h"
 #include "util/worker_thread.h"
 #include "words/user_record.h"
@@ -39,14 +41,16 @@ bool RefreshPresence(UsersCache& users, const RecordReader& read,
 // `changed` to the owner, and `trouble` with each trouble of a pass that the pass
 // before did not have (so that each is said once while it lasts). While
 // `messages_moving` says so (a call or a message heard through Samba, whose every
-// operation waits for the one before, on whatever server), a record on a share is not
-// read: the pass waits, as the sound would have to wait for a far server otherwise,
-// but for at most `longest_wait` from its start, so that presence on shares is still
-// refreshed during a long call.
+// operation waits for the one before, on whatever server), a record on a share whose
+// last read took longer than kQuickRead is not read: the pass waits, as the sound
+// would have to wait for a far server otherwise, but for at most `longest_wait` from
+// its start, so that presence on such shares is still refreshed during a long call.
 class PresencePoller : public WorkerThread, public PresencePolling {
  public:
   static constexpr std::chrono::milliseconds kPollInterval{5000};
   static constexpr std::chrono::milliseconds kLongestWait{15000};
+  // A read that holds the sound up by no more than a recording buffer's worth.
+  static constexpr std::chrono::milliseconds kQuickRead{40};
 
   PresencePoller(UsersCache& users, TaskPoster& poster, RecordReader read,
                  std::function<bool()> messages_moving,
@@ -64,6 +68,12 @@ class PresencePoller : public WorkerThread, public PresencePolling {
   void OnThreadStart() override;
 
  private:
+  // Reads as `read_` does, first giving way to moving messages (until `give_way_until`)
+  // where the folder lies on a server that was not read quickly last time.
+  bool ReadGivingWay(UserRecord* record, const std::string& folder, std::string* trouble,
+                     std::chrono::steady_clock::time_point give_way_until)
+      EXCLUDES(read_times_mutex_);
+
   UsersCache& users_;
   TaskPoster& poster_;
   const RecordReader read_;
@@ -72,6 +82,11 @@ class PresencePoller : public WorkerThread, public PresencePolling {
   const std::chrono::milliseconds longest_wait_;
   std::function<void(const std::set<int>&)> changed_;
   std::function<void(const std::string&)> trouble_;
+  // How long the last read on each server took ("" for the file system is not kept).
+  // Each server's users are read on a thread of their own.
+  Mutex read_times_mutex_;
+  std::map<std::string, std::chrono::steady_clock::duration> read_times_
+      GUARDED_BY(read_times_mutex_);
 };
 
 }  // namespace parlavox
