@@ -7,15 +7,13 @@
 #include <thread>
 #include <vector>
 
+#include "share/smb_connection.h"
 #include "words/share_name.h"
 #include "words/user_record.h"
 
 namespace parlavox {
 
 namespace {
-
-// How often a pass that gives way to messages looks whether they still move.
-constexpr std::chrono::milliseconds kGiveWayInterval{100};
 
 // The server a folder lies on, "" for the file system.
 std::string ServerOf(const std::string& folder) {
@@ -95,13 +93,13 @@ bool RefreshPresence(UsersCache& users, const RecordReader& read, std::set<std::
 PresencePoller::PresencePoller(UsersCache& users, TaskPoster& poster, RecordReader read,
                                std::function<bool()> messages_moving,
                                std::chrono::milliseconds interval,
-                               std::chrono::milliseconds longest_wait)
+                               std::chrono::milliseconds longest_skip)
     : users_(users),
       poster_(poster),
       read_(std::move(read)),
       messages_moving_(std::move(messages_moving)),
       interval_(interval),
-      longest_wait_(longest_wait) {}
+      longest_skip_(longest_skip) {}
 
 PresencePoller::~PresencePoller() { Stop(); }
 
@@ -115,35 +113,34 @@ void PresencePoller::StartPolling(std::function<void(const std::set<int>&)> chan
 
 void PresencePoller::OnThreadStart() { prctl(PR_SET_NAME, "parlavox-poll"); }
 
-bool PresencePoller::ReadGivingWay(UserRecord* record, const std::string& folder,
-                                   std::string* trouble,
-                                   std::chrono::steady_clock::time_point give_way_until) {
-  const std::string server = ServerOf(folder);
-  if (server.empty()) return read_(record, folder, trouble);
-  bool quick = false;
-  {
-    MutexLock lock(read_times_mutex_);
-    const auto known = read_times_.find(server);
-    quick = known != read_times_.end() && known->second <= kQuickRead;
-  }
-  if (!quick && messages_moving_) {
-    while (messages_moving_() && std::chrono::steady_clock::now() < give_way_until &&
-           !WaitForStop(kGiveWayInterval)) {
+bool PresencePoller::ReadOrRecall(UserRecord* record, const std::string& folder,
+                                  std::string* trouble) {
+  if (ServerOf(folder).empty()) return read_(record, folder, trouble);
+  LastRead now{std::chrono::steady_clock::now()};
+  if (messages_moving_ && messages_moving_()) {
+    MutexLock lock(last_reads_mutex_);
+    const auto last = last_reads_.find(folder);
+    if (last != last_reads_.end() && last->second.held_library > kQuickRead &&
+        now.at - last->second.at < longest_skip_) {
+      *record = last->second.record;
+      *trouble = last->second.trouble;
+      return last->second.read;
     }
   }
-  const auto began = std::chrono::steady_clock::now();
-  const bool read = read_(record, folder, trouble);
-  MutexLock lock(read_times_mutex_);
-  read_times_[server] = std::chrono::steady_clock::now() - began;
-  return read;
+  const auto held_before = SmbConnection::Turn::HeldByThisThread();
+  now.read = read_(record, folder, trouble);
+  now.held_library = SmbConnection::Turn::HeldByThisThread() - held_before;
+  now.record = *record;
+  now.trouble = *trouble;
+  MutexLock lock(last_reads_mutex_);
+  last_reads_[folder] = now;
+  return now.read;
 }
 
 void PresencePoller::Run() {
-  // Set before each pass starts its readers, which only read it.
-  std::chrono::steady_clock::time_point give_way_until;
-  const RecordReader read = [&](UserRecord* record, const std::string& folder,
-                                std::string* trouble) {
-    return ReadGivingWay(record, folder, trouble, give_way_until);
+  const RecordReader read = [this](UserRecord* record, const std::string& folder,
+                                   std::string* trouble) {
+    return ReadOrRecall(record, folder, trouble);
   };
   bool first = true;  // the owner always hears of the first pass
   std::set<std::string> said;
@@ -151,7 +148,6 @@ void PresencePoller::Run() {
   do {
     std::set<std::string> troubles;
     std::set<int> unreached;
-    give_way_until = std::chrono::steady_clock::now() + longest_wait_;
     const bool changed =
         RefreshPresence(users_, read, &troubles, &unreached, [this] { return StopRequested(); });
     if (StopRequested()) break;

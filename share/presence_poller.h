@@ -42,20 +42,20 @@ bool RefreshPresence(UsersCache& users, const RecordReader& read,
 // before did not have (so that each is said once while it lasts). While
 // `messages_moving` says so (a call or a message heard through Samba, whose every
 // operation waits for the one before, on whatever server), a record on a share whose
-// last read took longer than kQuickRead is not read: the pass waits, as the sound
-// would have to wait for a far server otherwise, but for at most `longest_wait` from
-// its start, so that presence on such shares is still refreshed during a long call.
+// last read held Samba's library longer than kQuickRead (a server behind a slow link)
+// is not read again until `longest_skip` after that read: the pass takes what that
+// read found, as the sound would have to wait for the far server otherwise.
 class PresencePoller : public WorkerThread, public PresencePolling {
  public:
   static constexpr std::chrono::milliseconds kPollInterval{5000};
-  static constexpr std::chrono::milliseconds kLongestWait{15000};
+  static constexpr std::chrono::milliseconds kLongestSkip{30000};
   // A read that holds the sound up by no more than a recording buffer's worth.
   static constexpr std::chrono::milliseconds kQuickRead{40};
 
   PresencePoller(UsersCache& users, TaskPoster& poster, RecordReader read,
                  std::function<bool()> messages_moving,
                  std::chrono::milliseconds interval = kPollInterval,
-                 std::chrono::milliseconds longest_wait = kLongestWait);
+                 std::chrono::milliseconds longest_skip = kLongestSkip);
   ~PresencePoller() override;
 
   void StartPolling(std::function<void(const std::set<int>&)> changed,
@@ -68,25 +68,30 @@ class PresencePoller : public WorkerThread, public PresencePolling {
   void OnThreadStart() override;
 
  private:
-  // Reads as `read_` does, first giving way to moving messages (until `give_way_until`)
-  // where the folder lies on a server that was not read quickly last time.
-  bool ReadGivingWay(UserRecord* record, const std::string& folder, std::string* trouble,
-                     std::chrono::steady_clock::time_point give_way_until)
-      EXCLUDES(read_times_mutex_);
+  // Reads as `read_` does, or, where sound moves and the folder is on a slow share read
+  // lately, gives what that read found.
+  bool ReadOrRecall(UserRecord* record, const std::string& folder, std::string* trouble)
+      EXCLUDES(last_reads_mutex_);
 
   UsersCache& users_;
   TaskPoster& poster_;
   const RecordReader read_;
   const std::function<bool()> messages_moving_;
   const std::chrono::milliseconds interval_;
-  const std::chrono::milliseconds longest_wait_;
+  const std::chrono::milliseconds longest_skip_;
   std::function<void(const std::set<int>&)> changed_;
   std::function<void(const std::string&)> trouble_;
-  // How long the last read on each server took ("" for the file system is not kept).
-  // Each server's users are read on a thread of their own.
-  Mutex read_times_mutex_;
-  std::map<std::string, std::chrono::steady_clock::duration> read_times_
-      GUARDED_BY(read_times_mutex_);
+  struct LastRead {
+    std::chrono::steady_clock::time_point at;
+    bool read = false;
+    UserRecord record;
+    std::string trouble;
+    std::chrono::steady_clock::duration held_library{};
+  };
+  // The last read of each share's record, by folder. Each server's users are read on a
+  // thread of their own.
+  Mutex last_reads_mutex_;
+  std::map<std::string, LastRead> last_reads_ GUARDED_BY(last_reads_mutex_);
 };
 
 }  // namespace parlavox

@@ -180,21 +180,28 @@ class SmbConnection {
       ++waiting_;
       library_.lock();
       --waiting_;
-      if (counts_as_use) {
-        last_use_ns_ = std::chrono::steady_clock::now().time_since_epoch().count();
-      }
+      taken_ = std::chrono::steady_clock::now();
+      if (counts_as_use) last_use_ns_ = taken_.time_since_epoch().count();
     }
-    ~Turn() RELEASE() { library_.unlock(); }
+    ~Turn() RELEASE() {
+      held_by_this_thread_ += std::chrono::steady_clock::now() - taken_;
+      library_.unlock();
+    }
     Turn(const Turn&) = delete;
     Turn& operator=(const Turn&) = delete;
 
     static int waiting() { return waiting_; }
+    // How long the calling thread has held turns, all told: what its operations held
+    // everybody else's up by, not counting its own waits for a turn.
+    static std::chrono::steady_clock::duration HeldByThisThread() { return held_by_this_thread_; }
     static std::chrono::steady_clock::time_point last_use() {
       return std::chrono::steady_clock::time_point(
           std::chrono::steady_clock::duration(last_use_ns_));
     }
 
    private:
+    std::chrono::steady_clock::time_point taken_;
+    static inline thread_local std::chrono::steady_clock::duration held_by_this_thread_{};
     static inline std::atomic<int> waiting_{0};
     static inline std::atomic<std::chrono::steady_clock::rep> last_use_ns_{0};
   };
