@@ -14,6 +14,7 @@
 #include <QLineEdit>
 #include <QListWidget>
 #include <QPushButton>
+#include <QScreen>
 #include <QTest>
 #include <QTimer>
 #include <algorithm>
@@ -213,6 +214,27 @@ TEST_F(SettingsPagesTest, TheSheetSavesThePageShownOnOkOnly) {
     RunSettingsSheet(nullptr, context_);
     EXPECT_EQ(Value("soundoutvolume", kSettingsSection), ok ? "-6dB" : "<missing>");
   }
+}
+
+// The sheet is as tall as its tallest page; on a screen too small for that (here: with
+// a font three times the size; on a laptop's 1080 lines at twice the scale) it is cut
+// to the screen, title bar and all, and its pages scroll with OK still in sight.
+TEST_F(SettingsPagesTest, TheSheetIsCutToTheScreenOnlyWhereItMust) {
+  const QFont usual = QApplication::font();
+  for (const double scale : {1.0, 3.0}) {
+    QFont font = usual;
+    font.setPointSizeF(usual.pointSizeF() * scale);
+    QApplication::setFont(font);
+    Answer("Settings", [scale](QDialog* sheet) {
+      const int room = sheet->screen()->availableGeometry().height();
+      EXPECT_EQ(sheet->sizeHint().height() > room, scale > 1);  // the case at hand
+      EXPECT_LT(sheet->height(), room) << scale;
+      if (scale == 1) EXPECT_EQ(sheet->size(), sheet->sizeHint());
+      sheet->reject();
+    });
+    RunSettingsSheet(nullptr, context_);
+  }
+  QApplication::setFont(usual);
 }
 
 // The Users page adds a folder typed at once, and those found on the network all at once,

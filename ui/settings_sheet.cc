@@ -4,8 +4,12 @@
 #include <QDialogButtonBox>
 #include <QMessageBox>
 #include <QPushButton>
+#include <QScreen>
+#include <QScrollArea>
+#include <QStyle>
 #include <QTabWidget>
 #include <QVBoxLayout>
+#include <algorithm>
 #include <set>
 
 #include "ui/help.h"
@@ -13,15 +17,44 @@
 
 namespace parlavox {
 
+namespace {
+
+// A page in a scroll area that asks for the whole page, so that it scrolls only where
+// the sheet is cut to the screen (at twice the scale on a laptop's 1080 lines, the
+// General page is taller than the screen).
+class WholePageScroller : public QScrollArea {
+ public:
+  explicit WholePageScroller(QWidget* page) {
+    setWidget(page);
+    setWidgetResizable(true);
+    setFrameShape(QFrame::NoFrame);
+    page->setAutoFillBackground(false);  // the tab's own background shows through
+    viewport()->setAutoFillBackground(false);
+  }
+  QSize sizeHint() const override { return widget()->sizeHint(); }
+};
+
+// Makes the sheet no taller than the screen it opens on leaves room for, its title
+// bar included.
+void FitToScreen(QDialog& sheet, QWidget* owner) {
+  const QScreen* screen = owner != nullptr ? owner->screen() : sheet.screen();
+  const int room = screen->availableGeometry().height() -
+                   sheet.style()->pixelMetric(QStyle::PM_TitleBarHeight, nullptr, &sheet);
+  const QSize wanted = sheet.sizeHint();
+  sheet.resize(wanted.width(), std::min(wanted.height(), room));
+}
+
+}  // namespace
+
 void RunSettingsSheet(QWidget* owner, const SettingsContext& context) {
   QDialog sheet(owner);
   sheet.setWindowTitle("Settings");
   sheet.setWindowIcon(ProgramIcon());
   auto* tabs = new QTabWidget;
   SettingsPage* pages[] = {NewGeneralPage(context), NewUsersPage(context), NewKeysPage(context)};
-  tabs->addTab(pages[0], "General");
-  tabs->addTab(pages[1], "Users");
-  tabs->addTab(pages[2], "Keys");
+  tabs->addTab(new WholePageScroller(pages[0]), "General");
+  tabs->addTab(new WholePageScroller(pages[1]), "Users");
+  tabs->addTab(new WholePageScroller(pages[2]), "Keys");
   std::set<SettingsPage*> filled;
   int current = 0;
   auto show = [&](int index) {
@@ -49,6 +82,7 @@ void RunSettingsSheet(QWidget* owner, const SettingsContext& context) {
   auto* layout = new QVBoxLayout(&sheet);
   layout->addWidget(tabs);
   layout->addWidget(buttons);
+  FitToScreen(sheet, owner);
   sheet.exec();
 }
 
