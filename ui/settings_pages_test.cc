@@ -15,6 +15,7 @@
 #include <QListWidget>
 #include <QPushButton>
 #include <QScreen>
+#include <QScrollArea>
 #include <QTest>
 #include <QTimer>
 #include <algorithm>
@@ -218,7 +219,8 @@ TEST_F(SettingsPagesTest, TheSheetSavesThePageShownOnOkOnly) {
 
 // The sheet is as tall as its tallest page; on a screen too small for that (here: with
 // a font three times the size; on a laptop's 1080 lines at twice the scale) it is cut
-// to the screen, title bar and all, and its pages scroll with OK still in sight.
+// to the screen, title bar and all, and its pages scroll with OK still in sight. Tab
+// goes from control to control, never to the page itself.
 TEST_F(SettingsPagesTest, TheSheetIsCutToTheScreenOnlyWhereItMust) {
   const QFont usual = QApplication::font();
   for (const double scale : {1.0, 3.0}) {
@@ -230,6 +232,10 @@ TEST_F(SettingsPagesTest, TheSheetIsCutToTheScreenOnlyWhereItMust) {
       EXPECT_EQ(sheet->sizeHint().height() > room, scale > 1);  // the case at hand
       EXPECT_LT(sheet->height(), room) << scale;
       if (scale == 1) EXPECT_EQ(sheet->size(), sheet->sizeHint());
+      for (int i = 0; i < 12; ++i) {
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+        EXPECT_EQ(qobject_cast<QScrollArea*>(QApplication::focusWidget()), nullptr) << i;
+      }
       sheet->reject();
     });
     RunSettingsSheet(nullptr, context_);

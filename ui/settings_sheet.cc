@@ -28,6 +28,7 @@ class WholePageScroller : public QScrollArea {
     setWidget(page);
     setWidgetResizable(true);
     setFrameShape(QFrame::NoFrame);
+    setFocusPolicy(Qt::NoFocus);  // Tab goes from control to control, each scrolled into sight
     page->setAutoFillBackground(false);  // the tab's own background shows through
     viewport()->setAutoFillBackground(false);
   }
