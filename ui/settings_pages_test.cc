@@ -233,8 +233,9 @@ TEST_F(SettingsPagesTest, TheSheetIsCutToTheScreenOnlyWhereItMust) {
       EXPECT_LT(sheet->height(), room) << scale;
       if (scale == 1) EXPECT_EQ(sheet->size(), sheet->sizeHint());
       for (int i = 0; i < 12; ++i) {
-        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
-        EXPECT_EQ(qobject_cast<QScrollArea*>(QApplication::focusWidget()), nullptr) << i;
+        QWidget* focus = sheet->focusWidget();
+        QTest::keyClick(focus != nullptr ? focus : sheet, Qt::Key_Tab);
+        EXPECT_EQ(qobject_cast<QScrollArea*>(sheet->focusWidget()), nullptr) << i;
       }
       sheet->reject();
     });
