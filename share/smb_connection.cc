@@ -3,7 +3,6 @@
 #include <fcntl.h>
 #include <libsmbclient.h>
 
-#include <netdb.h>
 #include <netinet/in.h>
 #include <poll.h>
 #include <sys/socket.h>
@@ -19,6 +18,7 @@
 #include <thread>
 
 #include "share/samba_threads.h"
+#include "share/server_lookup.h"
 #include "words/server_trouble.h"
 
 namespace parlavox {
@@ -45,46 +45,37 @@ std::string NegotiateRequest() {
   return std::string("\0\0\0", 3) + char(smb2.size()) + smb2;
 }
 
-// Whether the server at `host`:`port` takes a TCP connection and answers an SMB
-// negotiation on it within `limit`: a machine that hangs takes connections and never
-// answers. `tried` gets the addresses that the host's name stands for.
-bool AnswersSmb(const std::string& host, int port, std::chrono::milliseconds limit,
-                std::vector<sockaddr_storage>* tried) {
-  const auto deadline = std::chrono::steady_clock::now() + limit;
+// Whether the server at one of `addresses` takes a TCP connection and answers an SMB
+// negotiation on it before `deadline`: a machine that hangs takes connections and never
+// answers.
+bool AnswersSmb(const std::vector<sockaddr_storage>& addresses,
+                std::chrono::steady_clock::time_point deadline) {
   const auto ready = [&](int fd, short events) {
     const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(
         deadline - std::chrono::steady_clock::now());
     pollfd wait{fd, events, 0};
     return poll(&wait, 1, static_cast<int>(std::max<int64_t>(left.count(), 0))) == 1;
   };
-  addrinfo hints{};
-  hints.ai_socktype = SOCK_STREAM;
-  addrinfo* found = nullptr;
-  if (getaddrinfo(host.c_str(), std::to_string(port).c_str(), &hints, &found) != 0) return false;
-  for (addrinfo* address = found; address != nullptr; address = address->ai_next) {
-    sockaddr_storage copy{};
-    std::memcpy(&copy, address->ai_addr, std::min<size_t>(address->ai_addrlen, sizeof copy));
-    tried->push_back(copy);
-  }
-  bool answered = false;
   const std::string request = NegotiateRequest();
-  for (addrinfo* address = found; address != nullptr && !answered; address = address->ai_next) {
-    const int fd = socket(address->ai_family, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0);
+  for (const sockaddr_storage& address : addresses) {
+    const int fd = socket(address.ss_family, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0);
     if (fd < 0) continue;
+    const socklen_t length =
+        address.ss_family == AF_INET6 ? sizeof(sockaddr_in6) : sizeof(sockaddr_in);
     int result = 0;
     socklen_t size = sizeof result;
     const bool connected =
-        connect(fd, address->ai_addr, address->ai_addrlen) == 0 ||
+        connect(fd, reinterpret_cast<const sockaddr*>(&address), length) == 0 ||
         (errno == EINPROGRESS && ready(fd, POLLOUT) &&
          getsockopt(fd, SOL_SOCKET, SO_ERROR, &result, &size) == 0 && result == 0);
-    answered = connected &&
-               send(fd, request.data(), request.size(), MSG_NOSIGNAL) ==
-                   static_cast<ssize_t>(request.size()) &&
-               ready(fd, POLLIN);
+    const bool answered = connected &&
+                          send(fd, request.data(), request.size(), MSG_NOSIGNAL) ==
+                              static_cast<ssize_t>(request.size()) &&
+                          ready(fd, POLLIN);
     close(fd);
+    if (answered) return true;
   }
-  freeaddrinfo(found);
-  return answered;
+  return false;
 }
 
 // Whether the socket address `peer` is `port` of one of `addresses`.
@@ -293,10 +284,11 @@ void SmbConnection::GiveAccount(SMBCCTX* context, const char*, const char*, char
 }
 
 SmbConnection::SmbConnection(const ShareLocation& server, CredentialsFile credentials,
-                             bool background)
+                             bool background, ServerLookup lookup)
     : context_(nullptr),
       host_(server.host),
       port_(server.port != 0 ? server.port : 445),
+      lookup_(std::move(lookup)),
       counts_as_use_(!background),
       credentials_file_(std::move(credentials)) {
   LetSambaRunOnSeveralThreads();  // before the library's first use
@@ -576,7 +568,8 @@ std::string SmbConnection::Trouble(int error, const ShareLocation& where) {
     }
   }
   if (error != EPERM && error != EACCES) {
-    return IsServerError(error) ? "Server " + host_ + " does not answer" : "";
+    if (!IsServerError(error)) return "";
+    return "Server " + host_ + (found_ ? " does not answer" : " can't be found on the network");
   }
   Turn turn(counts_as_use_);  // for the account last given
   return RefusalSentence(host_, account_.username,
@@ -598,9 +591,10 @@ bool SmbConnection::AnswersNow() {
   using Clock = std::chrono::steady_clock;
   const Clock::time_point asked = Clock::now();
   if (asked.time_since_epoch().count() < unasked_until_) return false;
-  std::vector<sockaddr_storage> addresses;
-  const bool answered = AnswersSmb(host_, port_, kTimeout / 3, &addresses);
-  if (!addresses.empty()) {  // where the name could not be looked up, the last ones stand
+  std::vector<sockaddr_storage> addresses = lookup_(host_, port_, kTimeout / 3);
+  found_ = !addresses.empty();
+  const bool answered = AnswersSmb(addresses, asked + kTimeout / 3);
+  if (found_) {  // where the name could not be looked up, the last ones stand
     MutexLock lock(addresses_mutex_);
     addresses_ = std::move(addresses);
   }
@@ -640,7 +634,7 @@ SmbConnection& SmbConnections::For(const ShareLocation& location) {
   MutexLock lock(connections_mutex_);
   std::unique_ptr<SmbConnection>& connection = connections_[key];
   if (!connection) {
-    connection = std::make_unique<SmbConnection>(location, credentials_);
+    connection = std::make_unique<SmbConnection>(location, credentials_, false, lookup_);
     if (left_) connection->Leave();
   }
   return *connection;

@@ -15,6 +15,7 @@
 
 #include "audio/writable_file.h"
 #include "share/credentials.h"
+#include "share/server_lookup.h"
 #include "util/manual_reset_event.h"
 #include "util/mutex.h"
 #include "words/share_name.h"
@@ -29,7 +30,9 @@ namespace parlavox {
 // context each, so every operation of every connection takes its turn; each gives up
 // after the time-out and keeps the connection for the next. Before its first turn, and
 // again after it did not answer, a server is asked outside the turns whether it answers an
-// SMB negotiation (for a third of the time-out, and not again for as long); until it does,
+// SMB negotiation (for a third of the time-out, and not again for as long), at the addresses
+// that `lookup` finds for its name (by default those the system's resolver knows, or else
+// those the machine gives for its NetBIOS name, as Samba's library finds it too); until it does,
 // operations on it fail with ETIMEDOUT, so a dead or hung server holds up nobody's turn, and
 // the connection to it ends without the farewell that would wait for its answer. The
 // account is the one `credentials` names for the host when the server asks, read afresh each time
@@ -40,8 +43,10 @@ class SmbConnection {
   static constexpr std::chrono::milliseconds kTimeout{3000};
 
   // A background connection's work does not count as use of the library by others,
-  // which waits for changes give way to.
-  SmbConnection(const ShareLocation& server, CredentialsFile credentials, bool background = false);
+  // which waits for changes give way to. `lookup` finds the server's addresses for the
+  // negotiation asked outside the turns (the library looks the name up itself).
+  SmbConnection(const ShareLocation& server, CredentialsFile credentials, bool background = false,
+                ServerLookup lookup = LookUpServer);
   ~SmbConnection();
   SmbConnection(const SmbConnection&) = delete;
   SmbConnection& operator=(const SmbConnection&) = delete;
@@ -98,7 +103,7 @@ class SmbConnection {
   void CutOffIfSilent();
 
   // The sentence a person hears when an operation in `where` failed with `error`
-  // because of the server (it does not answer, or refuses the account: the share
+  // because of the server (it can't be found, does not answer, or refuses the account: the share
   // itself is then looked at), naming it; "" for errors of one file or folder.
   std::string Trouble(int error, const ShareLocation& where);
   // How long after the server last took a write to a file its Close waits for the server
@@ -210,6 +215,8 @@ class SmbConnection {
   _SMBCCTX* context_ GUARDED_BY(library_);
   const std::string host_;
   const int port_;
+  const ServerLookup lookup_;
+  std::atomic<bool> found_{true};             // the name was found when last asked
   std::atomic<bool> known_to_answer_{false};  // answered a negotiation, and nothing since
   std::atomic<std::chrono::steady_clock::rep> unasked_until_{0};  // after one it did not
   std::atomic<std::chrono::steady_clock::rep> answered_at_{0};    // the last negotiation
@@ -226,17 +233,19 @@ class SmbConnection {
 // Safe from any thread.
 class SmbConnections {
  public:
-  explicit SmbConnections(CredentialsFile credentials) : credentials_(std::move(credentials)) {}
+  explicit SmbConnections(CredentialsFile credentials, ServerLookup lookup = LookUpServer)
+      : credentials_(std::move(credentials)), lookup_(std::move(lookup)) {}
   SmbConnection& For(const ShareLocation& location);
   // A background connection of its own, for work that holds it long (WatchChanges).
   std::unique_ptr<SmbConnection> NewBackground(const ShareLocation& location) const {
-    return std::make_unique<SmbConnection>(location, credentials_, true);
+    return std::make_unique<SmbConnection>(location, credentials_, true, lookup_);
   }
   // Leave on every connection made by For, before and after.
   void Leave();
 
  private:
   const CredentialsFile credentials_;
+  const ServerLookup lookup_;
   Mutex connections_mutex_;
   std::map<std::string, std::unique_ptr<SmbConnection>> connections_ GUARDED_BY(connections_mutex_);
   bool left_ GUARDED_BY(connections_mutex_) = false;

@@ -66,24 +66,33 @@ TEST(CredentialsTest, AreReadPerHostAndRefusedWhenOthersMayReadThem) {
 // A server that accepts the connection and never answers, as a machine that hangs: a
 // read gives up without waiting out the time-out in the library's turn (where it would
 // make every other server's work wait), and the reads after it, such as those of a
-// message's writes queued meanwhile, fail at once rather than a second each.
-TEST(SmbConnectionTest, AServerThatNeverAnswersIsGivenUpOnWithoutHoldingUpOthers) {
+// message's writes queued meanwhile, fail at once rather than a second each. A server
+// whose name is found nowhere is said to be so, not to be silent.
+TEST(SmbConnectionTest, AServerThatNeverAnswersOrIsFoundNowhereIsGivenUpOnWithoutHoldingUpOthers) {
   const SilentListener silent;
   ASSERT_NE(silent.port(), 0);
-  const std::string folder = silent.Folder("s");
-
-  SmbConnections connections{CredentialsFile("/nonexistent/credentials.ini")};
-  const ShareLocation location = *ParseShareName(folder);
-  const auto began = std::chrono::steady_clock::now();
-  for (int attempt = 0; attempt < 10; ++attempt) {
-    int error = 0;
-    EXPECT_FALSE(
-        connections.For(location).ReadAt(SmbUrl(location, "ParlavoxUserData"), 0, 128, &error));
-    EXPECT_EQ(connections.For(location).Trouble(error, location),
-              "Server 127.0.0.5 does not answer")
-        << error;
+  std::vector<std::string> looked_up;
+  SmbConnections connections{
+      CredentialsFile("/nonexistent/credentials.ini"),
+      [&](const std::string& host, int port, std::chrono::milliseconds limit) {
+        looked_up.push_back(host + ":" + std::to_string(port));
+        return host == "OFFICEPC" ? std::vector<sockaddr_storage>{}
+                                  : LookUpServer(host, port, limit);
+      }};
+  for (const auto& [folder, trouble] : std::vector<std::pair<std::string, std::string>>{
+           {silent.Folder("s"), "Server 127.0.0.5 does not answer"},
+           {"\\\\OFFICEPC\\s", "Server OFFICEPC can't be found on the network"}}) {
+    const ShareLocation location = *ParseShareName(folder);
+    const auto began = std::chrono::steady_clock::now();
+    for (int attempt = 0; attempt < 10; ++attempt) {
+      int error = 0;
+      EXPECT_FALSE(
+          connections.For(location).ReadAt(SmbUrl(location, "ParlavoxUserData"), 0, 128, &error));
+      EXPECT_EQ(connections.For(location).Trouble(error, location), trouble) << error;
+    }
+    EXPECT_LT(std::chrono::steady_clock::now() - began, SmbConnection::kTimeout);
   }
-  EXPECT_LT(std::chrono::steady_clock::now() - began, SmbConnection::kTimeout);
+  EXPECT_NE(std::find(looked_up.begin(), looked_up.end(), "OFFICEPC:445"), looked_up.end());
 }
 
 // One Samba server for the tests below, with the share "office".

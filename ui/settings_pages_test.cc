@@ -231,7 +231,9 @@ TEST_F(SettingsPagesTest, TheSheetIsCutToTheScreenOnlyWhereItMust) {
       const int room = sheet->screen()->availableGeometry().height();
       EXPECT_EQ(sheet->sizeHint().height() > room, scale > 1);  // the case at hand
       EXPECT_LT(sheet->height(), room) << scale;
-      if (scale == 1) EXPECT_EQ(sheet->size(), sheet->sizeHint());
+      if (scale == 1) {
+        EXPECT_EQ(sheet->size(), sheet->sizeHint());
+      }
       for (int i = 0; i < 12; ++i) {
         QWidget* focus = sheet->focusWidget();
         QTest::keyClick(focus != nullptr ? focus : sheet, Qt::Key_Tab);
