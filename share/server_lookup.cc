@@ -115,13 +115,14 @@ std::vector<sockaddr_in> QueryNetbiosName(std::string_view name,
   setsockopt(fd, SOL_SOCKET, SO_BROADCAST, &on, sizeof on);
   const uint16_t id = uint16_t(std::random_device()());
   const std::string query = NameQuery(name, id);
+  bool sent = false;  // to any of them: where none can be reached, nobody answers
   for (const sockaddr_in& where : ask) {
-    sendto(fd, query.data(), query.size(), MSG_NOSIGNAL, reinterpret_cast<const sockaddr*>(&where),
-           sizeof where);
+    sent |= sendto(fd, query.data(), query.size(), MSG_NOSIGNAL,
+                   reinterpret_cast<const sockaddr*>(&where), sizeof where) > 0;
   }
   const auto deadline = std::chrono::steady_clock::now() + limit;
   std::vector<sockaddr_in> found;
-  for (auto left = limit; found.empty() && left.count() > 0;
+  for (auto left = limit; sent && found.empty() && left.count() > 0;
        left = std::chrono::duration_cast<std::chrono::milliseconds>(
            deadline - std::chrono::steady_clock::now())) {
     pollfd wait{fd, POLLIN, 0};
