@@ -19,9 +19,10 @@ packages=(
   espeak-ng sox python3
   # a private session bus for the desktop-portal tests
   dbus-daemon
-  # a private Samba server for the office-network tests, and a secret store with a
-  # password saved as the file manager saves it
-  samba smbclient gnome-keyring libsecret-tools
+  # a private Samba server for the office-network tests, Samba's NetBIOS name lookup
+  # (nmblookup) to measure ours by, and a secret store with a password saved as the file
+  # manager saves it
+  samba smbclient samba-common-bin gnome-keyring libsecret-tools
   # a share mounted through FUSE (smbnetfs), as some desktops reach them
   smbnetfs
   # the Debian package: dependencies from dpkg-shlibdeps, checked by lintian
