@@ -12,6 +12,7 @@
 #include <QStandardPaths>
 #include <chrono>
 #include <cstdio>
+#include <future>
 #include <memory>
 #include <string>
 #include <thread>
@@ -33,6 +34,7 @@
 #include "settings/startup.h"
 #include "setup/role_marker.h"
 #include "share/find_users.h"
+#include "share/netbios.h"
 #include "ui/main_window.h"
 #include "ui/settings_sheet.h"
 #include "ui/setup_main.h"
@@ -58,6 +60,17 @@ sigset_t TerminationSignals() {
 std::vector<std::string> IdleTexts() {
   return {"Parlavox " PARLAVOX_VERSION, "Hold F5 to talk to the selected user",
           "F6 replies to your last caller"};
+}
+
+// The file servers that "Find on network…" offers: those that announce themselves over
+// DNS-SD and those that answer for their NetBIOS names (Windows machines that share
+// folders, Samba servers), both asked at once.
+std::vector<std::string> ServersOnTheNetwork() {
+  auto answering = std::async(std::launch::async,
+                              [] { return FindNetbiosFileServers(LocalNetbiosBroadcasts(), 1s); });
+  std::vector<std::string> servers = AnnouncedSmbServers(RunProgram);
+  for (const std::string& name : answering.get()) servers.push_back("\\\\" + name);
+  return servers;
 }
 
 // How the intercom was asked to start, read once from the command line: whether it
@@ -156,7 +169,7 @@ int RunIntercom(QCoreApplication& application, const sigset_t& termination, cons
           return ShareInwardFolder(folder, RunProgram, let_guests_through);
         },
         [&](const std::string& where) { return FindUsers(finder_smb, where); },
-        [] { return AnnouncedSmbServers(RunProgram); },
+        ServersOnTheNetwork,
         [&] { return session.intercom().Snapshot().own; },
         [&](const IdentityChange& change) { session.intercom().ChangeIdentity(change); }};
     window.emplace(

@@ -1,13 +1,11 @@
 #ifndef PARLAVOX_SHARE_SERVER_LOOKUP_H_
 #define PARLAVOX_SHARE_SERVER_LOOKUP_H_
 
-#include <netinet/in.h>
 #include <sys/socket.h>
 
 #include <chrono>
 #include <functional>
 #include <string>
-#include <string_view>
 #include <vector>
 
 namespace parlavox {
@@ -24,22 +22,6 @@ using ServerLookup = std::function<std::vector<sockaddr_storage>(const std::stri
 // time is not bounded by `limit`.
 std::vector<sockaddr_storage> LookUpServer(const std::string& host, int port,
                                            std::chrono::milliseconds limit);
-
-// The IPv4 addresses that the machine called `name` gives for its file server (NetBIOS
-// name type 0x20), asked by a broadcast name query sent to each of `ask`: those of the
-// first positive answer within `limit`. Empty where nobody answered in time, or where
-// `name` can't be a NetBIOS name.
-std::vector<sockaddr_in> QueryNetbiosName(std::string_view name,
-                                          const std::vector<sockaddr_in>& ask,
-                                          std::chrono::milliseconds limit);
-
-// Whether `host` may be a NetBIOS name: 1 to 15 characters, none of them a dot or a
-// colon (so no address either).
-bool IsNetbiosName(std::string_view host);
-
-// The broadcast address, port 137, of each IPv4 network of this machine that is up,
-// loopback left out.
-std::vector<sockaddr_in> LocalNetbiosBroadcasts();
 
 }  // namespace parlavox
 
