@@ -103,6 +103,7 @@ int Session::Run(const sigset_t& termination, const std::function<void()>& start
   });
 
   intercom_.Start();
+  sleep_.emplace([this] { intercom_.GoToSleep(); }, [this] { intercom_.WakeUp(); });
   StartHotKeys();
   SayWhereColleaguesAreKeptOut();
   if (started) started();
@@ -114,6 +115,7 @@ int Session::Run(const sigset_t& termination, const std::function<void()>& start
   event_loop_thread = std::this_thread::get_id();
   const int result = application_.exec();
   running_session = nullptr;
+  sleep_.reset();
   intercom_.End();
   if (hot_keys_) hot_keys_->Unregister();
   portal_hot_keys_.reset();  // closes the desktop's shortcuts session

@@ -19,6 +19,7 @@
 #include "core/intercom.h"
 #include "platform/dbus_shortcuts_portal.h"
 #include "platform/inbox_watcher.h"
+#include "platform/logind_sleep.h"
 #include "platform/nice_process_priority.h"
 #include "platform/portal_hot_keys.h"
 #include "platform/qt_clock.h"
@@ -38,8 +39,8 @@
 namespace parlavox {
 
 // One running intercom with every platform piece it uses: the sound server, the
-// files, the workers and the control socket, on the event loop of `application`,
-// shown on `view`. The caller holds the running copy's claim.
+// files, the workers, the machine's sleep and the control socket, on the event loop of
+// `application`, shown on `view`. The caller holds the running copy's claim.
 class Session {
  public:
   // `quit` ends the program as a "quit" request from the command line asks: without
@@ -121,6 +122,7 @@ class Session {
   std::unique_ptr<PortalHotKeys> portal_hot_keys_;
   HotKeySystem* hot_key_system_ = nullptr;
   std::optional<HotKeyBinder> hot_keys_;
+  std::optional<LogindSleep> sleep_;
   std::function<void()> quit_;
   ControlServer control_;
 };

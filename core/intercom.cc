@@ -1,5 +1,7 @@
 #include "core/intercom.h"
 
+#include <utility>
+
 #include "words/hot_key_commands.h"
 #include "words/server_trouble.h"
 
@@ -88,6 +90,20 @@ void Intercom::EndSettings() {
   own_.set_on(on_before_settings_);
   ApplyOnOffState();
   StartWorkers();
+}
+
+void Intercom::GoToSleep() {
+  if (on_before_sleep_) return;
+  StopCall();
+  on_before_sleep_ = own_.is_on();
+  own_.set_on(false);
+  own_.Publish();
+}
+
+void Intercom::WakeUp() {
+  if (!on_before_sleep_) return;
+  own_.set_on(*std::exchange(on_before_sleep_, std::nullopt));
+  own_.Publish();
 }
 
 void Intercom::End() {

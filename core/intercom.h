@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <set>
 #include <string>
 #include <vector>
@@ -114,6 +115,12 @@ class Intercom {
   // arrived meanwhile are thrown away; the workers watch and poll anew.
   void EndSettings();
 
+  // The machine goes to sleep: a call that runs ends, and others see this user off while
+  // it sleeps (callers are told so, rather than leave messages heard only on waking).
+  void GoToSleep();
+  // It woke: the record is published with the on/off state it had before.
+  void WakeUp();
+
   // Shows a status text of the program's own on the status line.
   void ShowStatus(const std::string& text) { status_.ShowStatus(text); }
 
@@ -146,6 +153,7 @@ class Intercom {
   Calls calls_;
   PushToTalkHold hold_;
   bool on_before_settings_ = true;
+  std::optional<bool> on_before_sleep_;  // while the machine sleeps
   Lifetime lifetime_;
 };
 

@@ -132,7 +132,7 @@ TEST_F(IntercomTest, OffOnlyChangesWhatOthersSeeAndCallsAndMessagesGoOnSideBySid
   EXPECT_TRUE(Published().is_on());
 }
 
-TEST_F(IntercomTest, WhileTheSettingsAreOpenOthersSeeThisUserOff) {
+TEST_F(IntercomTest, WhileTheSettingsAreOpenOrTheMachineSleepsOthersSeeThisUserOff) {
   Start();
   intercom_.BeginSettings();
   EXPECT_FALSE(Published().is_on());
@@ -152,6 +152,30 @@ TEST_F(IntercomTest, WhileTheSettingsAreOpenOthersSeeThisUserOff) {
   intercom_.TurnOff();  // off before: off after
   intercom_.BeginSettings();
   intercom_.EndSettings();
+  EXPECT_FALSE(Published().is_on());
+
+  // The machine sleeps, a call running: the call ends, and others see the user off until
+  // it wakes, then as before; so too where the sheet was open meanwhile.
+  ListUser("Ann", 101);
+  intercom_.TurnOn();
+  ASSERT_EQ(Call([&](Intercom::CallDone done) { intercom_.StartCall(0, done); }),
+            CallRefusal::kNone);
+  intercom_.GoToSleep();
+  EXPECT_FALSE(recorder_.is_recording());
+  EXPECT_FALSE(Published().is_on());
+  intercom_.GoToSleep();  // told twice
+  intercom_.WakeUp();
+  EXPECT_TRUE(Published().is_on());
+  intercom_.WakeUp();  // woken twice: nothing
+  intercom_.BeginSettings();
+  intercom_.GoToSleep();
+  intercom_.WakeUp();
+  EXPECT_FALSE(Published().is_on());
+  intercom_.EndSettings();
+  EXPECT_TRUE(Published().is_on());
+  intercom_.TurnOff();
+  intercom_.GoToSleep();
+  intercom_.WakeUp();
   EXPECT_FALSE(Published().is_on());
 }
 

@@ -15,7 +15,7 @@ cmake -S . -B "$tree" -G Ninja -DCMAKE_BUILD_TYPE=Debug \
   "-DCMAKE_CXX_FLAGS_DEBUG=-O0 --coverage -fprofile-update=atomic" -DCMAKE_EXE_LINKER_FLAGS=--coverage >/dev/null
 cmake --build "$tree"
 rm -rf "$results" && mkdir -p "$results"
-end_to_end='^(CallProcessTest|IntercomProcessTest|PortalHotKeyTest|WindowTest|SettingsTest|HotKeyTest|SetupDialogTest|SetupProcessTest)\.'
+end_to_end='^(CallProcessTest|IntercomProcessTest|DesktopServicesTest|WindowTest|SettingsTest|HotKeyTest|SetupDialogTest|SetupProcessTest)\.'
 
 # Runs the tests that `ctest` selects with its arguments $2...; keeps what they reached
 # as $results/$1.json.
@@ -26,7 +26,7 @@ measure() {
   (cd "$tree" && ctest "$@" --timeout 300 >"$results/$name.log" 2>&1) ||
     echo "test_reach: $name failed; see $results/$name.log" >&2
   gcovr -r "$PWD" "$tree" --json "$results/$name.json" -e '.*_test\.cc' \
-    -e '.*_test_util\.h' -e '.*benchmark.*' -e '.*fuzz.*' -e '.*stand_in_portal.*' \
+    -e '.*_test_util\.h' -e '.*benchmark.*' -e '.*fuzz.*' -e '.*stand_in_desktop_services.*' \
     -e '.*_autogen.*' >/dev/null 2>&1
 }
 

@@ -1,6 +1,7 @@
-// Hot keys through the desktop portal's global shortcuts, as on a Wayland desktop:
-// the real program on a session bus of the test's own, where a stand-in portal
-// (parlavox_stand_in_portal) takes the place of the desktop's.
+// The desktop's services over D-Bus: hot keys through the desktop portal's global
+// shortcuts, as on a Wayland desktop, and the machine's sleep as logind announces it.
+// The real program runs on a bus of the test's own (as its session bus and its system
+// bus), where a stand-in (parlavox_stand_in_services) takes the desktop's place.
 
 #include <sys/stat.h>
 
@@ -14,9 +15,9 @@ namespace {
 
 using namespace std::chrono_literals;
 
-class PortalHotKeyTest : public testing::Test {
+class DesktopServicesTest : public testing::Test {
  protected:
-  PortalHotKeyTest() {
+  DesktopServicesTest() {
     bus_ = std::make_unique<ChildProcess>(
         std::vector<std::string>{"/usr/bin/dbus-daemon", "--session", "--nofork", "--nopidfile",
                                  "--address=unix:path=" + bus_socket_},
@@ -31,17 +32,18 @@ class PortalHotKeyTest : public testing::Test {
     // Ctrl+Alt+F9 calls Ann, Ctrl+Alt+F10 turns the intercom off.
     copy_.SetHotKeys({{120, 3, 32}, {121, 3, 6}});
     copy_.AddEnvironment(BusAddress());
+    copy_.AddEnvironment("DBUS_SYSTEM_BUS_ADDRESS=unix:path=" + bus_socket_);
     copy_.AddEnvironment("XDG_SESSION_TYPE=wayland");
   }
 
-  ~PortalHotKeyTest() override {
+  ~DesktopServicesTest() override {
     if (copy_.process_started() && copy_.process().running()) QuitCopy();
   }
 
   std::string BusAddress() const { return "DBUS_SESSION_BUS_ADDRESS=unix:path=" + bus_socket_; }
 
   void StartPortal(const std::vector<std::string>& options = {}) {
-    std::vector<std::string> argv = {PARLAVOX_STAND_IN_PORTAL, control_};
+    std::vector<std::string> argv = {PARLAVOX_STAND_IN_SERVICES, control_};
     argv.insert(argv.end(), options.begin(), options.end());
     std::vector<std::string> environment = SanitizerEnvironment();
     environment.push_back(BusAddress());
@@ -113,7 +115,7 @@ class PortalHotKeyTest : public testing::Test {
   IntercomCopy copy_{scratch_ / "me", server_.address()};
 };
 
-TEST_F(PortalHotKeyTest,
+TEST_F(DesktopServicesTest,
        KeysAreBoundAndAnActivatedShortcutTalksUntilItIsDeactivatedOrThePortalGoes) {
   StartPortal();
   StartCopy();
@@ -152,7 +154,34 @@ TEST_F(PortalHotKeyTest,
 
 // Each start of the program meets a portal that fails it in another way; the program
 // runs on without hot keys and says why.
-TEST_F(PortalHotKeyTest, APortalThatNeverAnswersRefusesOrHasNoShortcutsLeavesTheProgramRunning) {
+// The machine goes to sleep during a call: colleagues see the intercom off before it may
+// sleep, the call ends whole, and once it woke the intercom is on again and holds the
+// next sleep back in turn.
+TEST_F(DesktopServicesTest, WhileTheMachineSleepsColleaguesSeeTheIntercomOff) {
+  StartPortal();
+  StartCopy();
+  const auto inhibitors = [&] {
+    const std::string said = FileText(portal_said_);
+    int count = 0;
+    for (size_t at = 0; (at = said.find("inhibit sleep|Parlavox|delay\n", at)) != said.npos; ++at) {
+      ++count;
+    }
+    return count;
+  };
+  ASSERT_TRUE(Eventually([&] { return inhibitors() == 1; }, 10s)) << FileText(portal_said_);
+  ASSERT_EQ(copy_.Control({"--call", "0"}).first, 0);
+  ASSERT_TRUE(Eventually([&] { return MessageSize() > 46; }, 5s)) << copy_.log();
+  TellPortal("sleep");
+  ASSERT_TRUE(Eventually([&] { return PortalSaid("slept, inhibitors let go"); }, 10s))
+      << FileText(portal_said_) << copy_.log();
+  EXPECT_FALSE(copy_.OwnRecord().is_on());  // written before the machine could sleep
+  EXPECT_TRUE(Eventually([&] { return IsFinishedMessage(FileText(Message())); }, 5s));
+  TellPortal("wake");
+  EXPECT_TRUE(Eventually([&] { return copy_.OwnRecord().is_on(); }, 5s));
+  EXPECT_TRUE(Eventually([&] { return inhibitors() == 2; }, 5s)) << FileText(portal_said_);
+}
+
+TEST_F(DesktopServicesTest, APortalThatNeverAnswersRefusesOrHasNoShortcutsLeavesTheProgramRunning) {
   StartPortal({"--mute"});
   const auto started = std::chrono::steady_clock::now();
   StartCopy();

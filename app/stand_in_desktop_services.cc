@@ -1,18 +1,24 @@
-// A stand-in for a desktop's portal, for tests: no real portal backend runs without a
-// desktop, so this one serves the global-shortcuts calls on the session bus it is
-// given (DBUS_SESSION_BUS_ADDRESS) as the portal documentation describes them, and
-// binds every shortcut to its preferred trigger.
+// A stand-in for a desktop's services, for tests: no real portal backend runs without a
+// desktop, nor logind without systemd running the machine. It serves, on the bus it is
+// given (DBUS_SESSION_BUS_ADDRESS, which the tests give their copies as the system bus
+// too), the portal's global-shortcuts calls as the portal documentation describes them,
+// binding every shortcut to its preferred trigger, and what the program uses of
+// logind's manager: Inhibit and the PrepareForSleep signal.
 //
-//   parlavox_stand_in_portal <control fifo> [--refuse-bind | --mute | --without-shortcuts]
+//   parlavox_stand_in_services <control fifo> [--refuse-bind | --mute | --without-shortcuts]
 //
-// --mute accepts the calls but never sends their Response, as a portal that hangs;
-// --without-shortcuts serves no global shortcuts at all, as a portal whose desktop
+// --mute accepts the portal's calls but never sends their Response, as a portal that
+// hangs; --without-shortcuts serves no global shortcuts at all, as a portal whose desktop
 // lacks them.
 // It prints what it is asked ("session <path>", "bind <id>|<description>|<trigger>",
-// "closed") and takes commands on the fifo: "activate <id>", "deactivate <id>", and
-// "vanish", which leaves the bus.
+// "closed", "inhibit <what>|<who>|<mode>") and takes commands on the fifo: "activate <id>",
+// "deactivate <id>", "vanish", which leaves the bus, "sleep", which announces the
+// machine's sleep and waits, as logind does, for at most 5 s until the inhibitors taken
+// are let go (then prints "slept, inhibitors let go" or "slept, inhibitors held"), and
+// "wake".
 
 #include <fcntl.h>
+#include <poll.h>
 #include <unistd.h>
 
 #include <QCoreApplication>
@@ -20,11 +26,15 @@
 #include <QDBusMessage>
 #include <QDBusMetaType>
 #include <QDBusObjectPath>
+#include <QDBusUnixFileDescriptor>
 #include <QDBusVariant>
 #include <QDBusVirtualObject>
 #include <QSocketNotifier>
 #include <QTimer>
+#include <algorithm>
+#include <chrono>
 #include <cstdio>
+#include <vector>
 
 #include "platform/portal_shortcut_entry.h"
 
@@ -117,6 +127,57 @@ class StandInPortal : public QDBusVirtualObject {
   QString session_;
 };
 
+// What the program uses of logind's manager.
+class StandInLogind : public QDBusVirtualObject {
+ public:
+  static inline const QString kService = QStringLiteral("org.freedesktop.login1");
+  static inline const QString kPath = QStringLiteral("/org/freedesktop/login1");
+
+  explicit StandInLogind(QDBusConnection bus) : bus_(std::move(bus)) {}
+
+  QString introspect(const QString&) const override { return {}; }
+
+  bool handleMessage(const QDBusMessage& message, const QDBusConnection&) override {
+    if (message.member() != QStringLiteral("Inhibit")) return false;
+    const QVariantList arguments = message.arguments();
+    Print("inhibit " + arguments.value(0).toString() + "|" + arguments.value(1).toString() + "|" +
+          arguments.value(3).toString());
+    int ends[2];
+    if (pipe2(ends, O_CLOEXEC) != 0) return false;
+    bus_.send(message.createReply(QVariant::fromValue(QDBusUnixFileDescriptor(ends[1]))));
+    close(ends[1]);
+    held_.push_back(ends[0]);  // it reads as ended once every copy of the other end is shut
+    return true;
+  }
+
+  void Sleep() {
+    Announce(true);
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(5);
+    bool let_go = true;
+    for (const int inhibitor : held_) {
+      const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(
+          deadline - std::chrono::steady_clock::now());
+      pollfd ended{inhibitor, POLLIN, 0};
+      let_go &= poll(&ended, 1, int(std::max<int64_t>(left.count(), 0))) == 1;
+      close(inhibitor);
+    }
+    held_.clear();
+    Print(let_go ? "slept, inhibitors let go" : "slept, inhibitors held");
+  }
+  void Wake() { Announce(false); }
+
+ private:
+  void Announce(bool going) {
+    QDBusMessage signal = QDBusMessage::createSignal(
+        kPath, QStringLiteral("org.freedesktop.login1.Manager"), QStringLiteral("PrepareForSleep"));
+    signal << going;
+    bus_.send(signal);  // sent on the connection's own thread, also while Sleep waits
+  }
+
+  QDBusConnection bus_;
+  std::vector<int> held_;
+};
+
 }  // namespace
 }  // namespace parlavox
 
@@ -138,9 +199,11 @@ int main(int argc, char** argv) {
                             : option == "--mute"              ? Behaviour::kMute
                             : option == "--without-shortcuts" ? Behaviour::kWithoutShortcuts
                                                               : Behaviour::kWilling);
+  StandInLogind logind(bus);
   if (!bus.registerVirtualObject(kRoot, &portal, QDBusConnection::SubPath) ||
-      !bus.registerService(kService)) {
-    std::fprintf(stderr, "stand-in portal: can't serve on the session bus\n");
+      !bus.registerService(kService) || !bus.registerVirtualObject(StandInLogind::kPath, &logind) ||
+      !bus.registerService(StandInLogind::kService)) {
+    std::fprintf(stderr, "stand-in services: can't serve on the session bus\n");
     return 1;
   }
 
@@ -156,6 +219,8 @@ int main(int argc, char** argv) {
       const QList<QByteArray> words = pending.left(end).split(' ');
       if (words[0] == "activate") portal.Signal("Activated", QString::fromUtf8(words.value(1)));
       if (words[0] == "deactivate") portal.Signal("Deactivated", QString::fromUtf8(words.value(1)));
+      if (words[0] == "sleep") logind.Sleep();
+      if (words[0] == "wake") logind.Wake();
       if (words[0] == "vanish") {
         bus.unregisterService(kService);
         QTimer::singleShot(100, [] { QCoreApplication::exit(0); });
