@@ -20,10 +20,12 @@ Intercom::Intercom(SettingsFile& settings, IntercomParts parts, IntercomView& vi
              status_, view),
       calls_(settings, users_cache_, own_, parts.recorder, parts.mixer, parts.priority, parts.share,
              status_, view),
-      hold_(parts.clock, [this] {
-        StopCall();
-        view_.GiveActivationBack();
-      }) {}
+      hold_(parts.clock,
+            [this] {
+              StopCall();
+              view_.GiveActivationBack();
+            }),
+      publish_again_(parts.clock.NewTimer([this] { PublishUntilWritten(); })) {}
 
 Intercom::~Intercom() {
   parts_.poller.StopPolling();
@@ -95,6 +97,7 @@ void Intercom::EndSettings() {
 void Intercom::GoToSleep() {
   if (on_before_sleep_) return;
   StopCall();
+  publish_again_->Stop();
   on_before_sleep_ = own_.is_on();
   own_.set_on(false);
   own_.Publish();
@@ -103,11 +106,16 @@ void Intercom::GoToSleep() {
 void Intercom::WakeUp() {
   if (!on_before_sleep_) return;
   own_.set_on(*std::exchange(on_before_sleep_, std::nullopt));
-  own_.Publish();
+  PublishUntilWritten();
+}
+
+void Intercom::PublishUntilWritten() {
+  if (!own_.Publish()) publish_again_->Start(kPublishAgainAfter);
 }
 
 void Intercom::End() {
   parts_.watcher.AskToStop();  // its threads may take a moment to end: they start now
+  publish_again_->Stop();
   own_.set_on(false);
   own_.Publish();
   parts_.watcher.StopWatching();

@@ -1,8 +1,10 @@
 #ifndef PARLAVOX_CORE_INTERCOM_H_
 #define PARLAVOX_CORE_INTERCOM_H_
 
+#include <chrono>
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <set>
 #include <string>
@@ -118,8 +120,11 @@ class Intercom {
   // The machine goes to sleep: a call that runs ends, and others see this user off while
   // it sleeps (callers are told so, rather than leave messages heard only on waking).
   void GoToSleep();
-  // It woke: the record is published with the on/off state it had before.
+  // It woke: the record is published with the on/off state it had before, and again
+  // every kPublishAgainAfter until it is written (an inward folder on a server is out of
+  // reach until the network is back).
   void WakeUp();
+  static constexpr std::chrono::seconds kPublishAgainAfter{5};
 
   // Shows a status text of the program's own on the status line.
   void ShowStatus(const std::string& text) { status_.ShowStatus(text); }
@@ -131,6 +136,8 @@ class Intercom {
  private:
   // Publishes the own record and shows the on/off state.
   void ApplyOnOffState();
+  // Publishes the own record as it stands then, now and after each failure.
+  void PublishUntilWritten();
   // Throws away what waits in the inward folder and starts the workers on it.
   void StartWorkers();
   // The watcher found the inward folder gone (nobody can call) or back.
@@ -154,6 +161,7 @@ class Intercom {
   PushToTalkHold hold_;
   bool on_before_settings_ = true;
   std::optional<bool> on_before_sleep_;  // while the machine sleeps
+  std::unique_ptr<Timer> publish_again_;
   Lifetime lifetime_;
 };
 

@@ -164,7 +164,13 @@ TEST_F(IntercomTest, WhileTheSettingsAreOpenOrTheMachineSleepsOthersSeeThisUserO
   EXPECT_FALSE(recorder_.is_recording());
   EXPECT_FALSE(Published().is_on());
   intercom_.GoToSleep();  // told twice
+  // It wakes before its network: the record is written once the folder can be reached.
+  const std::string folder = settings_.inward_folder(), away = folder + ".away";
+  std::filesystem::rename(folder, away);
   intercom_.WakeUp();
+  std::filesystem::rename(away, folder);
+  EXPECT_FALSE(Published().is_on());
+  clock_.Advance(Intercom::kPublishAgainAfter);
   EXPECT_TRUE(Published().is_on());
   intercom_.WakeUp();  // woken twice: nothing
   intercom_.BeginSettings();
