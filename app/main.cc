@@ -154,6 +154,10 @@ int RunIntercom(QCoreApplication& application, const sigset_t& termination, cons
     KeyAssignments keys(settings, users);
     SmbConnections finder_smb(
         CredentialsFile::ForUser(FindSavedSmbAccount, &session.given_accounts()));
+    const AccountGiver give_account = [&](const std::string& host, const Credentials& account,
+                                          bool remember) {
+      session.GiveAccount(host, account, remember);
+    };
     const SettingsContext context{
         settings,
         folders,
@@ -170,14 +174,12 @@ int RunIntercom(QCoreApplication& application, const sigset_t& termination, cons
         },
         [&](const std::string& where) { return FindUsers(finder_smb, where); },
         ServersOnTheNetwork,
+        give_account,
         [&] { return session.intercom().Snapshot().own; },
         [&](const IdentityChange& change) { session.intercom().ChangeIdentity(change); }};
     window.emplace(
         session.intercom(), session.clock(), session.activation(),
-        [&] { session.RunSettings([&] { RunSettingsSheet(&*window, context); }); },
-        [&](const std::string& host, const Credentials& account, bool remember) {
-          session.GiveAccount(host, account, remember);
-        });
+        [&] { session.RunSettings([&] { RunSettingsSheet(&*window, context); }); }, give_account);
     views.Add(&*window);
     session.Run(termination, [&] { window->Begin(start.started_as); });
   }
@@ -189,7 +191,9 @@ int RunIntercom(QCoreApplication& application, const sigset_t& termination, cons
 int PrintUsersFound(const std::string& folder) {
   SmbConnections smb(CredentialsFile::ForUser(FindSavedSmbAccount));
   QJsonArray users;
-  for (const FoundUser& user : FindUsers(smb, folder)) {
+  const FoundUsers found = FindUsers(smb, folder);
+  if (!found.trouble.empty()) std::fprintf(stderr, "parlavox: %s\n", found.trouble.c_str());
+  for (const FoundUser& user : found.users) {
     users.append(QJsonObject{{"folder", QString::fromStdString(user.folder)},
                              {"name", QString::fromStdString(user.record.Name())},
                              {"id", user.record.id},

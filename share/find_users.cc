@@ -35,14 +35,19 @@ std::optional<UserRecord> WholeRecord(SmbConnections& smb, const std::string& fo
   return record;
 }
 
-// The names of the folders in `folder`.
-std::vector<std::string> Subfolders(SmbConnections& smb, const std::string& folder) {
+// The names of the folders in `folder`; `trouble` says why where the server kept them
+// from being listed.
+std::vector<std::string> Subfolders(SmbConnections& smb, const std::string& folder,
+                                    std::string* trouble) {
   std::vector<std::string> names;
   if (const std::optional<ShareLocation> share = ParseShareName(folder)) {
-    if (const auto entries = smb.For(*share).List(SmbUrl(*share))) {
+    int error = 0;
+    if (const auto entries = smb.For(*share).List(SmbUrl(*share), &error)) {
       for (const SmbConnection::Entry& entry : *entries) {
         if (entry.is_folder) names.push_back(entry.name);
       }
+    } else {
+      *trouble = smb.For(*share).Trouble(error, *share);
     }
   } else {
     std::error_code error;
@@ -55,11 +60,14 @@ std::vector<std::string> Subfolders(SmbConnections& smb, const std::string& fold
   return names;
 }
 
-// The disk shares of `server`, named as folders in its form ("\\host\share").
+// The disk shares of `server`, named as folders in its form ("\\host\share");
+// `trouble` says why where the server kept them from being listed.
 std::vector<std::string> Shares(SmbConnections& smb, const ShareLocation& server,
-                                const std::string& name) {
-  std::vector<std::string> shares =
-      smb.For(server).ListShares().value_or(std::vector<std::string>{});
+                                const std::string& name, std::string* trouble) {
+  int error = 0;
+  std::optional<std::vector<std::string>> listed = smb.For(server).ListShares(&error);
+  if (!listed) *trouble = smb.For(server).Trouble(error, server);
+  std::vector<std::string> shares = listed.value_or(std::vector<std::string>{});
   std::sort(shares.begin(), shares.end());
   for (std::string& share : shares) share = NameInside(name, share);
   return shares;
@@ -67,20 +75,22 @@ std::vector<std::string> Shares(SmbConnections& smb, const ShareLocation& server
 
 }  // namespace
 
-std::vector<FoundUser> FindUsers(SmbConnections& smb, const std::string& folder) {
-  std::vector<FoundUser> found;
+FoundUsers FindUsers(SmbConnections& smb, const std::string& folder) {
+  FoundUsers found;
   if (const std::optional<ShareLocation> server = ParseServerName(folder)) {
-    for (const std::string& share : Shares(smb, *server, folder)) {
-      std::vector<FoundUser> in_share = FindUsers(smb, share);
-      found.insert(found.end(), in_share.begin(), in_share.end());
+    for (const std::string& share : Shares(smb, *server, folder, &found.trouble)) {
+      std::vector<FoundUser> in_share = FindUsers(smb, share).users;
+      found.users.insert(found.users.end(), in_share.begin(), in_share.end());
     }
     return found;
   }
-  if (std::optional<UserRecord> own = WholeRecord(smb, folder)) found.push_back({folder, *own});
-  for (const std::string& name : Subfolders(smb, folder)) {
+  if (std::optional<UserRecord> own = WholeRecord(smb, folder)) {
+    found.users.push_back({folder, *own});
+  }
+  for (const std::string& name : Subfolders(smb, folder, &found.trouble)) {
     const std::string inside = NameInside(folder, name);
     if (std::optional<UserRecord> record = WholeRecord(smb, inside)) {
-      found.push_back({inside, *record});
+      found.users.push_back({inside, *record});
     }
   }
   return found;

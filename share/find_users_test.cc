@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include "share/samba_server_test_util.h"
 #include "util/scratch_folder_test_util.h"
 #include "words/user_record_test_util.h"
 
@@ -27,7 +28,7 @@ TEST(FindUsersTest, FindsTheFolderAndThoseInItThatHoldAWholeRecordAndNothingElse
   WriteFileText(scratch / "office/notes.txt", "not a folder");
 
   SmbConnections smb{CredentialsFile("/nonexistent/credentials.ini")};
-  const std::vector<FoundUser> found = FindUsers(smb, scratch / "office/");
+  const std::vector<FoundUser> found = FindUsers(smb, scratch / "office/").users;
   ASSERT_EQ(found.size(), 3u);
   EXPECT_EQ(found[0].folder, scratch / "office/");
   EXPECT_EQ(found[0].record.Name(), "Reception");
@@ -37,7 +38,15 @@ TEST(FindUsersTest, FindsTheFolderAndThoseInItThatHoldAWholeRecordAndNothingElse
   EXPECT_EQ(found[2].folder, scratch / "office/carol");
   EXPECT_FALSE(found[2].record.is_on());
 
-  EXPECT_TRUE(FindUsers(smb, scratch / "missing").empty());
+  const FoundUsers missing = FindUsers(smb, scratch / "missing");
+  EXPECT_TRUE(missing.users.empty());
+  EXPECT_EQ(missing.trouble, "");
+
+  // A server that kept the look from happening says why, named alone or by a share.
+  const SilentListener silent;
+  const std::string share = silent.Folder("office");
+  EXPECT_EQ(FindUsers(smb, share).trouble, "Server 127.0.0.5 does not answer");
+  EXPECT_EQ(FindUsers(smb, ServerName(share)).trouble, "Server 127.0.0.5 does not answer");
 }
 
 }  // namespace

@@ -11,7 +11,9 @@
 #include <QPushButton>
 #include <QTimer>
 #include <algorithm>
+#include <optional>
 
+#include "words/server_trouble.h"
 #include "words/share_name.h"
 
 namespace parlavox {
@@ -20,8 +22,8 @@ namespace {
 class FindColleaguesDialog : public QDialog {
  public:
   FindColleaguesDialog(QWidget* owner, const ColleagueFinder& find, const ServerFinder& announced,
-                       const std::vector<std::string>& listed)
-      : QDialog(owner), find_(find), listed_(listed) {
+                       const AccountGiver& give_account, const std::vector<std::string>& listed)
+      : QDialog(owner), find_(find), give_account_(give_account), listed_(listed) {
     setWindowTitle("Find on network");
     where_ = new QComboBox;
     where_->setEditable(true);
@@ -86,12 +88,12 @@ class FindColleaguesDialog : public QDialog {
     said_->setText("Looking in " + QString::fromStdString(where) + "...");
     QApplication::setOverrideCursor(Qt::WaitCursor);
     QApplication::processEvents();
-    const std::vector<FoundUser> found = find_(where);
+    const FoundUsers found = find_(where);
     QApplication::restoreOverrideCursor();
 
     const QSignalBlocker quiet(found_);
     found_->clear();
-    for (const FoundUser& user : found) {
+    for (const FoundUser& user : found.users) {
       const bool listed = std::find(listed_.begin(), listed_.end(), user.folder) != listed_.end();
       // "In your list" goes beside the name: after a long folder it would be out of sight.
       const QString state =
@@ -104,14 +106,32 @@ class FindColleaguesDialog : public QDialog {
                             : Qt::ItemIsUserCheckable | Qt::ItemIsEnabled);
       line->setCheckState(listed ? Qt::Unchecked : Qt::Checked);
     }
-    said_->setText(found.empty() ? "No colleagues found in " + QString::fromStdString(where) +
-                                       " (a server that does not answer, or no folder there "
-                                       "holds a Parlavox user)"
-                                 : QString::number(found.size()) + " found");
+    said_->setText(!found.users.empty() ? QString::number(found.users.size()) + " found"
+                   : !found.trouble.empty()
+                       ? QString::fromStdString(found.trouble)
+                       : "No colleagues found in " + QString::fromStdString(where) +
+                             " (no folder there holds a Parlavox user)");
     add_->setEnabled(!Picked().empty());
+    if (found.users.empty()) AskForAccountWhereRefused(found.trouble);
+  }
+
+  // A server that refused the account is asked with the one the person gives, if any.
+  void AskForAccountWhereRefused(const std::string& trouble) {
+    const std::optional<std::string> host = RefusingServer(trouble);
+    if (!host) return;
+    bool given = false;
+    auto* ask = new AccountDialog(
+        this, *host, trouble,
+        [&](const std::string& server, const Credentials& account, bool remember) {
+          give_account_(server, account, remember);
+          given = true;
+        });
+    ask->exec();
+    if (given) Look();
   }
 
   const ColleagueFinder& find_;
+  const AccountGiver& give_account_;
   const std::vector<std::string>& listed_;
   QComboBox* where_;
   QListWidget* found_;
@@ -123,8 +143,9 @@ class FindColleaguesDialog : public QDialog {
 
 std::vector<std::string> RunFindColleaguesDialog(QWidget* owner, const ColleagueFinder& find,
                                                  const ServerFinder& announced,
+                                                 const AccountGiver& give_account,
                                                  const std::vector<std::string>& listed) {
-  FindColleaguesDialog dialog(owner, find, announced, listed);
+  FindColleaguesDialog dialog(owner, find, announced, give_account, listed);
   return dialog.exec() == QDialog::Accepted ? dialog.Picked() : std::vector<std::string>{};
 }
 

@@ -7,22 +7,27 @@
 #include <vector>
 
 #include "share/find_users.h"
+#include "ui/account_dialog.h"
 
 namespace parlavox {
 
 // Looks for colleagues in a server's shares or in a folder, for the person to pick.
-using ColleagueFinder = std::function<std::vector<FoundUser>(const std::string& where)>;
+using ColleagueFinder = std::function<FoundUsers(const std::string& where)>;
 
-// The file servers that announce themselves on the network.
+// The file servers found on the network: announced, or answering for their names.
 using ServerFinder = std::function<std::vector<std::string>()>;
 
 // "Find on network…": the person names a server ("\\host", "smb://host") or a folder,
 // offered the servers of `listed` (the folders already in the Users list) and, once the
 // dialog shows, those `announced`, and picks among the colleagues found there; those
-// already listed are shown but can't be picked again. Returns the folders picked (none
-// when cancelled). Looking waits for the servers asked, at most their time-out each.
+// already listed are shown but can't be picked again. Where the server kept the look
+// from happening, it says why; where it refused the account, it asks for one ("Log on
+// to <host>"), gives it to `give_account` and looks again. Returns the folders picked
+// (none when cancelled). Looking waits for the servers asked, at most their time-out
+// each.
 std::vector<std::string> RunFindColleaguesDialog(QWidget* owner, const ColleagueFinder& find,
                                                  const ServerFinder& announced,
+                                                 const AccountGiver& give_account,
                                                  const std::vector<std::string>& listed);
 
 }  // namespace parlavox

@@ -90,7 +90,8 @@ class UsersPage : public ListPage {
       : ListPage("Other Users' Audio Folders", help::kUsersPage),
         users_(context.users),
         find_(context.find_colleagues),
-        announced_(context.announced_servers) {
+        announced_(context.announced_servers),
+        give_account_(context.give_account) {
     AddButton("Find on network…", [this] { FindOnNetwork(); });
   }
 
@@ -116,7 +117,8 @@ class UsersPage : public ListPage {
   void FindOnNetwork() {
     std::vector<std::string> listed;
     for (int i = 0; i < users_.Count(); ++i) listed.push_back(users_.Folder(i));
-    for (const std::string& folder : RunFindColleaguesDialog(this, find_, announced_, listed)) {
+    for (const std::string& folder :
+         RunFindColleaguesDialog(this, find_, announced_, give_account_, listed)) {
       users_.AddFolder(folder);
     }
   }
@@ -124,6 +126,7 @@ class UsersPage : public ListPage {
   UsersCache& users_;
   const ColleagueFinder& find_;
   const ServerFinder& announced_;
+  const AccountGiver& give_account_;
 };
 
 class KeysPage : public ListPage {

@@ -183,21 +183,38 @@ TEST_F(MainWindowTest, AServerThatRefusesAsksForAnAccountWithoutHoldingTheWindow
   EXPECT_EQ(dialog(), nullptr);
 }
 
-TEST(FindColleaguesDialogTest, ColleaguesFoundAreTickedAndThoseListedCannotBePickedAgain) {
-  const ColleagueFinder find = [](const std::string& where) {
+// A server that refuses a guest is asked again with the account the person gives; the
+// colleagues found are ticked, and those listed already can't be picked again.
+TEST(FindColleaguesDialogTest, AServerThatRefusesIsAskedWithAnAccountAndWhoIsFoundIsTicked) {
+  std::vector<std::string> given;
+  const AccountGiver give = [&](const std::string& host, const Credentials& account, bool) {
+    given.push_back(host + " " + account.username);
+  };
+  const ColleagueFinder find = [&](const std::string& where) {
     EXPECT_EQ(where, "\\\\fileserver");
-    return std::vector<FoundUser>{{"\\\\fileserver\\office\\ann", MakeUserRecord("Ann", 0, true)},
-                                  {"\\\\fileserver\\office\\ben", MakeUserRecord("Ben", 0, false)},
-                                  {"\\\\fileserver\\office\\cid", MakeUserRecord("Cid", 0, true)}};
+    if (given.empty()) return FoundUsers{{}, RefusalSentence("fileserver", "", "give it one")};
+    return FoundUsers{{{"\\\\fileserver\\office\\ann", MakeUserRecord("Ann", 0, true)},
+                       {"\\\\fileserver\\office\\ben", MakeUserRecord("Ben", 0, false)},
+                       {"\\\\fileserver\\office\\cid", MakeUserRecord("Cid", 0, true)}}};
   };
   const ServerFinder announced = [] { return std::vector<std::string>{"\\\\fileserver"}; };
   // Looks once the dialog shows, then closes it with Add, whatever the checks found.
-  const auto look = [](QDialog* dialog) {
+  const auto look = [&](QDialog* dialog) {
     QApplication::processEvents();  // the announced servers come in once it shows
     auto* where = dialog->findChild<QComboBox*>();
     ASSERT_EQ(where->findText("\\\\fileserver"), 0);  // listed and announced: once
     where->setCurrentIndex(0);
-    QTest::keyClick(where, Qt::Key_Return);  // looks
+    QTimer asked;  // for the account, once the look has been refused
+    QObject::connect(&asked, &QTimer::timeout, [&asked] {
+      auto* ask = qobject_cast<QDialog*>(QApplication::activeModalWidget());
+      if (ask == nullptr || ask->windowTitle() != "Log on to fileserver") return;
+      asked.stop();
+      QTest::keyClicks(ask->findChild<QLineEdit*>("username"), "anna");
+      ask->findChild<QDialogButtonBox*>()->button(QDialogButtonBox::Ok)->click();
+    });
+    asked.start(10);
+    QTest::keyClick(where, Qt::Key_Return);  // looks, and again with the account
+    EXPECT_EQ(given, std::vector<std::string>{"fileserver anna"});
     auto* found = dialog->findChild<QListWidget*>();
     ASSERT_EQ(found->count(), 3);
     EXPECT_TRUE(found->item(0)->text().startsWith("Ann (on)"));
@@ -213,7 +230,7 @@ TEST(FindColleaguesDialogTest, ColleaguesFoundAreTickedAndThoseListedCannotBePic
     dialog->accept();
   });
   const std::vector<std::string> picked =
-      RunFindColleaguesDialog(nullptr, find, announced, {"\\\\fileserver\\office\\ben"});
+      RunFindColleaguesDialog(nullptr, find, announced, give, {"\\\\fileserver\\office\\ben"});
   EXPECT_EQ(picked, std::vector<std::string>{"\\\\fileserver\\office\\ann"});
 }
 

@@ -30,9 +30,11 @@ struct SettingsContext {
   // Shares a folder on the network for colleagues to write to, first letting guests
   // through the folders above it where asked.
   std::function<UserShareOutcome(const std::string& folder, bool let_guests_through)> share_folder;
-  // The colleagues in a server's shares or a folder, and the servers to look in.
+  // The colleagues in a server's shares or a folder, the servers to look in, and where
+  // a server refused, the account the person gives for it.
   ColleagueFinder find_colleagues;
   ServerFinder announced_servers;
+  AccountGiver give_account;
   // The own record as it stands, and a change of it, which the intercom publishes at
   // once.
   std::function<UserRecord()> own_record;

@@ -68,9 +68,9 @@ class SettingsPagesTest : public ScratchSettingsTest {
   FakeMixer mixer_;
   FakeStartAtLogin login_;
   // Finds Ann and Ben wherever it is asked to look.
-  std::vector<FoundUser> Find(const std::string& where) {
+  FoundUsers Find(const std::string& where) {
     looked_in_.push_back(where);
-    return {{where + "/ann", {}}, {where + "/ben", {}}};
+    return {{{where + "/ann", {}}, {where + "/ben", {}}}};
   }
   std::vector<std::string> looked_in_;
   std::vector<IdentityChange> identity_changes_;
@@ -85,6 +85,7 @@ class SettingsPagesTest : public ScratchSettingsTest {
       {},
       [this](const std::string& where) { return Find(where); },
       [] { return std::vector<std::string>{}; },
+      {},
       [] { return MakeUserRecord("Ann", 101, true); },
       [this](const IdentityChange& change) { identity_changes_.push_back(change); }};
 };
