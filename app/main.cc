@@ -187,7 +187,8 @@ int RunIntercom(QCoreApplication& application, const sigset_t& termination, cons
   return 0;
 }
 
-// Prints the colleagues found in `folder` as a JSON array of {folder, name, id, on}.
+// Prints the colleagues found in `folder` as a JSON array of {folder, name, id, on}; 1
+// where the server kept the look from happening, which is said.
 int PrintUsersFound(const std::string& folder) {
   SmbConnections smb(CredentialsFile::ForUser(FindSavedSmbAccount));
   QJsonArray users;
@@ -200,7 +201,7 @@ int PrintUsersFound(const std::string& folder) {
                              {"on", user.record.is_on()}});
   }
   std::printf("%s", QJsonDocument(users).toJson().constData());
-  return 0;
+  return found.trouble.empty() ? 0 : 1;
 }
 
 }  // namespace
