@@ -62,7 +62,8 @@ class FindColleaguesDialog : public QDialog {
       QApplication::setOverrideCursor(Qt::WaitCursor);
       for (const std::string& server : announced()) {
         const QString name = QString::fromStdString(server);
-        if (where_->findText(name) < 0) where_->addItem(name);
+        // Server names are the same whatever their case ("\\ANN-PC", as NetBIOS says it).
+        if (where_->findText(name, Qt::MatchFixedString) < 0) where_->addItem(name);
       }
       QApplication::restoreOverrideCursor();
     });
