@@ -197,10 +197,14 @@ TEST(FindColleaguesDialogTest, AServerThatRefusesIsAskedWithAnAccountAndWhoIsFou
                        {"\\\\fileserver\\office\\ben", MakeUserRecord("Ben", 0, false)},
                        {"\\\\fileserver\\office\\cid", MakeUserRecord("Cid", 0, true)}}};
   };
-  const ServerFinder announced = [] { return std::vector<std::string>{"\\\\FILESERVER"}; };
+  bool announced_asked = false;
+  const ServerFinder announced = [&] {
+    announced_asked = true;
+    return std::vector<std::string>{"\\\\FILESERVER"};
+  };
   // Looks once the dialog shows, then closes it with Add, whatever the checks found.
   const auto look = [&](QDialog* dialog) {
-    QApplication::processEvents();  // the announced servers come in once it shows
+    ASSERT_TRUE(QTest::qWaitFor([&] { return announced_asked; }));  // once it shows
     auto* where = dialog->findChild<QComboBox*>();
     ASSERT_EQ(where->count(), 1);  // listed, and announced as NetBIOS says it: once
     where->setCurrentIndex(0);
