@@ -1,8 +1,11 @@
 #include "platform/user_share.h"
 
+#include <strings.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <cctype>
 #include <cstdio>
 #include <filesystem>
 #include <sstream>
@@ -30,6 +33,20 @@ std::string RefusalText(const ProgramRun& run) {
            "max shares\" in /etc/samba/smb.conf (Debian's samba package sets both)";
   }
   return "Samba refused the share: " + out;
+}
+
+// The name by which Windows machines find this one where no name server knows it: the
+// NetBIOS name that Samba answers for (the host name cut at its first dot and at 15
+// characters), written as `host` is where they are the same.
+std::string NetbiosHostName(const ProgramRunner& run, const std::string& host) {
+  const ProgramRun asked = run({"testparm", "-s", "--parameter-name", "netbios name"});
+  std::string name = asked.output.substr(0, asked.output.find_first_of("\r\n"));
+  if (asked.exit_code != 0 || name.empty() || strcasecmp(name.c_str(), host.c_str()) == 0) {
+    return host;
+  }
+  std::transform(name.begin(), name.end(), name.begin(),
+                 [](unsigned char c) { return char(std::tolower(c)); });
+  return name;
 }
 
 // The folders above `folder`, from the top down, that others may not pass through: a
@@ -80,7 +97,7 @@ UserShareOutcome ShareInwardFolder(const std::string& folder, const ProgramRunne
                                 "S-1-1-0:F", "guest_ok=y"});
   if (added.exit_code != 0) return {.done = false, .text = RefusalText(added)};
   const std::string host = HostName();
-  const std::string windows_name = "\\\\" + host + "\\" + name;
+  const std::string windows_name = "\\\\" + NetbiosHostName(run, host) + "\\" + name;
   const std::string url = "smb://" + host + "/" + name;
   return {.done = true,
           .text = "Colleagues add you as " + windows_name + " or " + url,

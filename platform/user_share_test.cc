@@ -4,6 +4,7 @@
 
 #include <filesystem>
 
+#include "util/paths.h"
 #include "util/scratch_folder_test_util.h"
 
 namespace parlavox {
@@ -31,6 +32,7 @@ TEST(UserShareTest, NetIsAskedForAGuestShareAndEachRefusalIsToldWithItsFix) {
     std::vector<std::string> asked;
     const UserShareOutcome outcome =
         ShareInwardFolder("/home/ann/Incoming", [&](const std::vector<std::string>& argv) {
+          if (argv[0] == "testparm") return ProgramRun{1, ""};  // no smb.conf: the host name
           asked = argv;
           return c.answer;
         });
@@ -41,6 +43,18 @@ TEST(UserShareTest, NetIsAskedForAGuestShareAndEachRefusalIsToldWithItsFix) {
                                                "/home/ann/Incoming", "Parlavox inward folder",
                                                "S-1-1-0:F", "guest_ok=y"}));
   }
+  // Windows machines find this one by the NetBIOS name Samba answers for, which a long
+  // host name is cut to; the smb:// name is the host's.
+  const UserShareOutcome cut =
+      ShareInwardFolder("/home/ann/Incoming", [](const std::vector<std::string>& argv) {
+        if (argv[0] != "testparm") return ProgramRun{0, ""};
+        EXPECT_EQ(argv,
+                  (std::vector<std::string>{"testparm", "-s", "--parameter-name", "netbios name"}));
+        return ProgramRun{0, "ANNA-THINKPAD-X\n"};
+      });
+  ASSERT_EQ(cut.names.size(), 2u);
+  EXPECT_EQ(cut.names[0], "\\\\anna-thinkpad-x\\" + UserShareName());
+  EXPECT_EQ(cut.names[1], "smb://" + HostName() + "/" + UserShareName());
   // A folder on a server needs no share of this machine.
   const UserShareOutcome on_server =
       ShareInwardFolder("\\\\fileserver\\office\\ann", [](const std::vector<std::string>&) {
