@@ -36,11 +36,13 @@ std::string RefusalText(const ProgramRun& run) {
 }
 
 // The name by which Windows machines find this one where no name server knows it: the
-// NetBIOS name that Samba answers for (the host name cut at its first dot and at 15
-// characters), written as `host` is where they are the same.
+// NetBIOS name that Samba answers for (the host name cut at its first dot, as testparm
+// says, and at 15 characters on the network), written as `host` is where they are the
+// same.
 std::string NetbiosHostName(const ProgramRunner& run, const std::string& host) {
   const ProgramRun asked = run({"testparm", "-s", "--parameter-name", "netbios name"});
-  std::string name = asked.output.substr(0, asked.output.find_first_of("\r\n"));
+  constexpr size_t kLongest = 15;  // what a NetBIOS name holds: Samba cuts it there
+  std::string name = asked.output.substr(0, asked.output.find_first_of("\r\n")).substr(0, kLongest);
   if (asked.exit_code != 0 || name.empty() || strcasecmp(name.c_str(), host.c_str()) == 0) {
     return host;
   }

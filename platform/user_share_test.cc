@@ -50,7 +50,7 @@ TEST(UserShareTest, NetIsAskedForAGuestShareAndEachRefusalIsToldWithItsFix) {
         if (argv[0] != "testparm") return ProgramRun{0, ""};
         EXPECT_EQ(argv,
                   (std::vector<std::string>{"testparm", "-s", "--parameter-name", "netbios name"}));
-        return ProgramRun{0, "ANNA-THINKPAD-X\n"};
+        return ProgramRun{0, "ANNA-THINKPAD-X1-CARBON\n"};
       });
   ASSERT_EQ(cut.names.size(), 2u);
   EXPECT_EQ(cut.names[0], "\\\\anna-thinkpad-x\\" + UserShareName());

@@ -127,17 +127,21 @@ class NameServiceSocket {
     return sent;
   }
 
-  // Hands `take` each packet that comes before `deadline`, until it has what it waits for.
+  // Hands `take` each packet that comes before `deadline`, and who sent it, until it
+  // has what it waits for.
   void Receive(std::chrono::steady_clock::time_point deadline,
-               const std::function<bool(std::string_view packet)>& take) {
+               const std::function<bool(std::string_view packet, const sockaddr_in& from)>& take) {
     std::string packet(576, '\0');
     for (;;) {
       const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(
           deadline - std::chrono::steady_clock::now());
       pollfd wait{fd_, POLLIN, 0};
       if (left.count() <= 0 || poll(&wait, 1, static_cast<int>(left.count())) != 1) return;
-      const ssize_t size = recv(fd_, packet.data(), packet.size(), 0);
-      if (size < 0 || take(std::string_view(packet.data(), size_t(size)))) return;
+      sockaddr_in from{};
+      socklen_t from_size = sizeof from;
+      const ssize_t size = recvfrom(fd_, packet.data(), packet.size(), 0,
+                                    reinterpret_cast<sockaddr*>(&from), &from_size);
+      if (size < 0 || take(std::string_view(packet.data(), size_t(size)), from)) return;
     }
   }
 
@@ -177,10 +181,12 @@ std::vector<sockaddr_in> QueryNetbiosName(std::string_view name,
   NameServiceSocket socket;
   const uint16_t id = NewQueryId();
   if (socket.Send(Question(id, kBroadcastQuery, FileServerName(name), kTypeNb), ask)) {
-    socket.Receive(std::chrono::steady_clock::now() + limit, [&](std::string_view packet) {
-      if (const auto data = AnswerData(packet, id, kTypeNb)) found = Addresses(*data);
-      return !found.empty();
-    });
+    socket.Receive(std::chrono::steady_clock::now() + limit,
+                   [&](std::string_view packet, const sockaddr_in&) {
+                     if (const auto data = AnswerData(packet, id, kTypeNb))
+                       found = Addresses(*data);
+                     return !found.empty();
+                   });
   }
   return found;
 }
@@ -193,7 +199,7 @@ std::vector<std::string> FindNetbiosFileServers(const std::vector<sockaddr_in>& 
   std::vector<sockaddr_in> machines;
   if (socket.Send(Question(any_id, kBroadcastQuery, kAnyName, kTypeNb), ask)) {
     std::set<in_addr_t> seen;
-    socket.Receive(half_way, [&](std::string_view packet) {
+    socket.Receive(half_way, [&](std::string_view packet, const sockaddr_in&) {
       if (const auto data = AnswerData(packet, any_id, kTypeNb)) {
         for (sockaddr_in machine : Addresses(*data)) {
           machine.sin_port = htons(kNamePort);
@@ -207,10 +213,14 @@ std::vector<std::string> FindNetbiosFileServers(const std::vector<sockaddr_in>& 
   const uint16_t status_id = NewQueryId();
   if (socket.Send(Question(status_id, kDirectQuery, kAnyName, kTypeNodeStatus), machines)) {
     size_t answered = 0;
-    socket.Receive(half_way + limit / 2, [&](std::string_view packet) {
+    socket.Receive(half_way + limit / 2, [&](std::string_view packet, const sockaddr_in& from) {
       const auto data = AnswerData(packet, status_id, kTypeNodeStatus);
       if (!data) return false;
-      if (const auto name = FileServerIn(*data)) servers.insert(*name);
+      // A machine whose name is longer than a NetBIOS name holds (Samba's, named after
+      // a long host name) gives its names blank: it is named by its address.
+      if (const auto name = FileServerIn(*data)) {
+        servers.insert(!name->empty() ? *name : inet_ntoa(from.sin_addr));
+      }
       return ++answered == machines.size();
     });
   }

@@ -34,7 +34,8 @@ std::vector<sockaddr_in> QueryNetbiosName(std::string_view name,
 // that answers a broadcast query for any name ("*") within half of `limit` is asked for
 // its names (a node status query to port 137 of the address it gave), and those with a
 // file server's name (type 0x20) that answer within the other half are given,
-// each once, in name order.
+// each once, in name order; one that gives that name blank (Samba does, where the host
+// name is longer than a NetBIOS name holds) by its address.
 std::vector<std::string> FindNetbiosFileServers(const std::vector<sockaddr_in>& ask,
                                                 std::chrono::milliseconds limit);
 

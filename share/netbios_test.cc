@@ -158,9 +158,10 @@ TEST_F(NetbiosTest, AServerIsFoundByItsNameAsSambaFindsIt) {
 }
 
 // Every machine answers for any name; each is asked for its names, and those that serve
-// files are offered by the names they serve them under.
+// files are offered by the names they serve them under, or, where Samba gives that name
+// blank (its host name was longer than a NetBIOS name holds), by their addresses.
 TEST_F(NetbiosTest, TheFileServersOfTheNetworkAreFoundAsSambaFindsThem) {
-  NameServiceStandIn office_pc("127.0.0.8"), printer("127.0.0.9");
+  NameServiceStandIn office_pc("127.0.0.8"), printer("127.0.0.9"), long_named("127.0.0.10");
   const std::string office_pc_names =
       StatusData({{"OFFICEPC", 0x00, false}, {"WORKGROUP", 0x00, true}, {"OFFICEPC", 0x20, false}});
   std::string any_printed, names_printed;
@@ -176,15 +177,17 @@ TEST_F(NetbiosTest, TheFileServersOfTheNetworkAreFoundAsSambaFindsThem) {
   std::jthread ours([&] { found = FindNetbiosFileServers({broadcast_.address()}, 1s); });
   const std::string any = broadcast_.Receive();
   EXPECT_EQ(any.substr(2), samba_any.substr(2));
-  for (const char* machine : {"127.0.0.8", "127.0.0.9", "127.0.0.8"}) {  // one answers twice
-    broadcast_.Answer(any, 0x8500, NameData({machine}));
+  for (const char* machine : {"127.0.0.8", "127.0.0.9", "127.0.0.10", "127.0.0.8"}) {
+    broadcast_.Answer(any, 0x8500, NameData({machine}));  // one answers twice
   }
   const std::string status = office_pc.Receive();
   EXPECT_EQ(status.substr(2), samba_status.substr(2));
   office_pc.Answer(status, 0x8400, office_pc_names);
   printer.Answer(printer.Receive(), 0x8400, StatusData({{"PRINTER", 0x00, false}}));
+  long_named.Answer(long_named.Receive(), 0x8400,
+                    StatusData({{"", 0x00, false}, {"", 0x20, false}}));
   ours.join();
-  EXPECT_EQ(found, std::vector<std::string>{"OFFICEPC"});
+  EXPECT_EQ(found, (std::vector<std::string>{"127.0.0.10", "OFFICEPC"}));
   EXPECT_TRUE(office_pc.Quiet()) << "asked once, though it answered twice";
 }
 
