@@ -119,7 +119,7 @@ class FindColleaguesDialog : public QDialog {
   // A server that refused the account is asked with the one the person gives, if any.
   void AskForAccountWhereRefused(const std::string& trouble) {
     const std::optional<std::string> host = RefusingServer(trouble);
-    if (!host) return;
+    if (!host || !give_account_) return;
     bool given = false;
     auto* ask = new AccountDialog(
         this, *host, trouble,
