@@ -219,7 +219,9 @@ std::vector<std::string> FindNetbiosFileServers(const std::vector<sockaddr_in>& 
       // A machine whose name is longer than a NetBIOS name holds (Samba's, named after
       // a long host name) gives its names blank: it is named by its address.
       if (const auto name = FileServerIn(*data)) {
-        servers.insert(!name->empty() ? *name : inet_ntoa(from.sin_addr));
+        char address[INET_ADDRSTRLEN] = {};
+        inet_ntop(AF_INET, &from.sin_addr, address, sizeof address);
+        servers.insert(!name->empty() ? *name : std::string(address));
       }
       return ++answered == machines.size();
     });
