@@ -42,15 +42,15 @@ class DesktopServicesTest : public testing::Test {
 
   std::string BusAddress() const { return "DBUS_SESSION_BUS_ADDRESS=unix:path=" + bus_socket_; }
 
-  void StartPortal(const std::vector<std::string>& options = {}) {
+  void StartStandIn(const std::vector<std::string>& options = {}) {
     std::vector<std::string> argv = {PARLAVOX_STAND_IN_SERVICES, control_};
     argv.insert(argv.end(), options.begin(), options.end());
     std::vector<std::string> environment = SanitizerEnvironment();
     environment.push_back(BusAddress());
-    portal_ =
-        std::make_unique<ChildProcess>(argv, environment, portal_said_, scratch_ / "portal.log");
-    ASSERT_TRUE(Eventually([&] { return PortalSaid("ready"); }, 10s))
-        << FileText(scratch_ / "portal.log");
+    stand_in_ = std::make_unique<ChildProcess>(argv, environment, stand_in_said_,
+                                               scratch_ / "stand-in.log");
+    ASSERT_TRUE(Eventually([&] { return StandInSaid("ready"); }, 10s))
+        << FileText(scratch_ / "stand-in.log");
   }
 
   void StartCopy() {
@@ -58,14 +58,14 @@ class DesktopServicesTest : public testing::Test {
     ASSERT_TRUE(copy_.WaitUntilAnswering()) << copy_.log();
   }
 
-  bool PortalSaid(const std::string& line) const {
-    return FileText(portal_said_).find(line + "\n") != std::string::npos;
+  bool StandInSaid(const std::string& line) const {
+    return FileText(stand_in_said_).find(line + "\n") != std::string::npos;
   }
 
-  void TellPortal(const std::string& command) const {
+  void TellStandIn(const std::string& command) const {
     // Without waiting: a stand-in that has ended fails the test instead of hanging it.
     const int fifo = open(control_.c_str(), O_WRONLY | O_NONBLOCK | O_CLOEXEC);
-    ASSERT_GE(fifo, 0) << "the stand-in portal has ended: " << FileText(scratch_ / "portal.log");
+    ASSERT_GE(fifo, 0) << "the stand-in has ended: " << FileText(scratch_ / "stand-in.log");
     const std::string line = command + "\n";
     EXPECT_EQ(write(fifo, line.data(), line.size()), ssize_t(line.size()));
     close(fifo);
@@ -79,9 +79,9 @@ class DesktopServicesTest : public testing::Test {
 
   // The portal leaves the bus and another takes its place.
   void ReplacePortal(const std::vector<std::string>& options) {
-    TellPortal("vanish");
-    ASSERT_EQ(portal_->WaitForExit(5s), 0);
-    StartPortal(options);
+    TellStandIn("vanish");
+    ASSERT_EQ(stand_in_->WaitForExit(5s), 0);
+    StartStandIn(options);
   }
 
   std::string Message() const { return ann_ + "/" + std::to_string(copy_.OwnRecord().id) + ".wav"; }
@@ -100,35 +100,35 @@ class DesktopServicesTest : public testing::Test {
 
   void WaitForBinding() {
     ASSERT_TRUE(
-        Eventually([&] { return PortalSaid("bind key1|Turn Parlavox Off|CTRL+ALT+F10"); }, 10s))
-        << FileText(portal_said_) << copy_.log();
+        Eventually([&] { return StandInSaid("bind key1|Turn Parlavox Off|CTRL+ALT+F10"); }, 10s))
+        << FileText(stand_in_said_) << copy_.log();
   }
 
   ScratchFolder scratch_;
   std::string bus_socket_ = scratch_ / "bus";
-  std::string control_ = scratch_ / "portal.control";
-  std::string portal_said_ = scratch_ / "portal.out";
+  std::string control_ = scratch_ / "stand-in.control";
+  std::string stand_in_said_ = scratch_ / "stand-in.out";
   std::string ann_ = scratch_ / "ann";
   std::unique_ptr<ChildProcess> bus_;
-  std::unique_ptr<ChildProcess> portal_;
+  std::unique_ptr<ChildProcess> stand_in_;
   PrivateSoundServer server_{false};
   IntercomCopy copy_{scratch_ / "me", server_.address()};
 };
 
 TEST_F(DesktopServicesTest,
        KeysAreBoundAndAnActivatedShortcutTalksUntilItIsDeactivatedOrThePortalGoes) {
-  StartPortal();
+  StartStandIn();
   StartCopy();
   WaitForBinding();
-  EXPECT_TRUE(PortalSaid("bind key0|Call: Ann|CTRL+ALT+F9")) << FileText(portal_said_);
+  EXPECT_TRUE(StandInSaid("bind key0|Call: Ann|CTRL+ALT+F9")) << FileText(stand_in_said_);
 
-  TellPortal("activate key0");
+  TellStandIn("activate key0");
   ASSERT_TRUE(Eventually([&] { return MessageSize() > 46 + 441 * 2; }, 5s)) << copy_.log();
   std::this_thread::sleep_for(1500ms);  // twice the hold time: the repeats keep the call
   EXPECT_TRUE(Recording());
   const int64_t before = MessageSize();
   const auto released = std::chrono::steady_clock::now();
-  TellPortal("deactivate key0");
+  TellStandIn("deactivate key0");
   ASSERT_TRUE(Eventually([&] { return !Recording(); }, 5s));
   const auto ended = std::chrono::steady_clock::now() - released;
   EXPECT_GE(ended, 500ms);  // about 0.7 s after the last repeat
@@ -136,14 +136,14 @@ TEST_F(DesktopServicesTest,
   EXPECT_GT(MessageSize(), before);
   std::filesystem::remove(Message());
 
-  TellPortal("activate key1");  // "Turn Parlavox Off"
-  TellPortal("deactivate key1");
+  TellStandIn("activate key1");  // "Turn Parlavox Off"
+  TellStandIn("deactivate key1");
   EXPECT_TRUE(Eventually([&] { return !copy_.OwnRecord().is_on(); }, 5s));
 
   // The portal leaves the bus in the middle of a call: the call ends whole.
-  TellPortal("activate key0");
+  TellStandIn("activate key0");
   ASSERT_TRUE(Eventually([&] { return MessageSize() > 46 + 441 * 2; }, 5s)) << copy_.log();
-  TellPortal("vanish");
+  TellStandIn("vanish");
   ASSERT_TRUE(Eventually([&] { return !Recording(); }, 5s));
   EXPECT_TRUE(LogSays("No hot keys: the desktop portal has gone", 5s)) << copy_.log();
   const std::string bytes = FileText(Message());
@@ -158,40 +158,40 @@ TEST_F(DesktopServicesTest,
 // sleep, the call ends whole, and once it woke the intercom is on again and holds the
 // next sleep back in turn.
 TEST_F(DesktopServicesTest, WhileTheMachineSleepsColleaguesSeeTheIntercomOff) {
-  StartPortal();
+  StartStandIn();
   StartCopy();
   const auto inhibitors = [&] {
-    const std::string said = FileText(portal_said_);
+    const std::string said = FileText(stand_in_said_);
     int count = 0;
     for (size_t at = 0; (at = said.find("inhibit sleep|Parlavox|delay\n", at)) != said.npos; ++at) {
       ++count;
     }
     return count;
   };
-  ASSERT_TRUE(Eventually([&] { return inhibitors() == 1; }, 10s)) << FileText(portal_said_);
+  ASSERT_TRUE(Eventually([&] { return inhibitors() == 1; }, 10s)) << FileText(stand_in_said_);
   ASSERT_EQ(copy_.Control({"--call", "0"}).first, 0);
   ASSERT_TRUE(Eventually([&] { return MessageSize() > 46; }, 5s)) << copy_.log();
-  TellPortal("sleep");
-  ASSERT_TRUE(Eventually([&] { return PortalSaid("slept, inhibitors let go"); }, 10s))
-      << FileText(portal_said_) << copy_.log();
+  TellStandIn("sleep");
+  ASSERT_TRUE(Eventually([&] { return StandInSaid("slept, inhibitors let go"); }, 10s))
+      << FileText(stand_in_said_) << copy_.log();
   EXPECT_FALSE(copy_.OwnRecord().is_on());  // written before the machine could sleep
   EXPECT_TRUE(Eventually([&] { return IsFinishedMessage(FileText(Message())); }, 5s));
-  TellPortal("wake");
+  TellStandIn("wake");
   EXPECT_TRUE(Eventually([&] { return copy_.OwnRecord().is_on(); }, 5s));
-  EXPECT_TRUE(Eventually([&] { return inhibitors() == 2; }, 5s)) << FileText(portal_said_);
+  EXPECT_TRUE(Eventually([&] { return inhibitors() == 2; }, 5s)) << FileText(stand_in_said_);
 }
 
 TEST_F(DesktopServicesTest, APortalThatNeverAnswersRefusesOrHasNoShortcutsLeavesTheProgramRunning) {
-  StartPortal({"--mute"});
+  StartStandIn({"--mute"});
   const auto started = std::chrono::steady_clock::now();
   StartCopy();
-  ASSERT_TRUE(
-      Eventually([&] { return FileText(portal_said_).find("session /") != std::string::npos; }, 5s))
-      << FileText(portal_said_);
+  ASSERT_TRUE(Eventually(
+      [&] { return FileText(stand_in_said_).find("session /") != std::string::npos; }, 5s))
+      << FileText(stand_in_said_);
   ASSERT_TRUE(LogSays("No hot keys: the desktop portal did not answer", 15s)) << copy_.log();
   EXPECT_GE(std::chrono::steady_clock::now() - started,
-            4500ms);                                            // coarse timers fire a little early
-  EXPECT_FALSE(PortalSaid("bind key0|Call: Ann|CTRL+ALT+F9"));  // nothing bound without a session
+            4500ms);  // coarse timers fire a little early
+  EXPECT_FALSE(StandInSaid("bind key0|Call: Ann|CTRL+ALT+F9"));  // nothing bound without a session
   EXPECT_EQ(copy_.Control({"--status"}).first, 0);
   QuitCopy();
   ReplacePortal({"--refuse-bind"});
@@ -200,7 +200,7 @@ TEST_F(DesktopServicesTest, APortalThatNeverAnswersRefusesOrHasNoShortcutsLeaves
   WaitForBinding();
   EXPECT_TRUE(LogSays("No hot keys: the desktop did not bind the shortcuts", 5s)) << copy_.log();
   QuitCopy();
-  EXPECT_TRUE(PortalSaid("closed")) << FileText(portal_said_);  // the session, on the way out
+  EXPECT_TRUE(StandInSaid("closed")) << FileText(stand_in_said_);  // the session, on the way out
   ReplacePortal({"--without-shortcuts"});
 
   // A desktop whose portal has no global shortcuts is as one without a portal.
