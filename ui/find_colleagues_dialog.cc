@@ -1,6 +1,5 @@
 #include "ui/find_colleagues_dialog.h"
 
-#include <QApplication>
 #include <QComboBox>
 #include <QDialog>
 #include <QDialogButtonBox>
@@ -9,10 +8,11 @@
 #include <QLineEdit>
 #include <QListWidget>
 #include <QPushButton>
-#include <QTimer>
 #include <algorithm>
 #include <optional>
+#include <thread>
 
+#include "platform/qt_task_poster.h"
 #include "words/server_trouble.h"
 #include "words/share_name.h"
 
@@ -35,37 +35,39 @@ class FindColleaguesDialog : public QDialog {
     where_->lineEdit()->setPlaceholderText("\\\\server, smb://server/share or a folder");
     auto* where_label = new QLabel("&Server or folder:");
     where_label->setBuddy(where_);
-    auto* look = new QPushButton("&Look");
+    look_ = new QPushButton("&Look");
     found_ = new QListWidget;
     said_ = new QLabel("Name a server to look in each of its shares, or a share or folder.");
     said_->setWordWrap(true);
     auto* buttons = new QDialogButtonBox(QDialogButtonBox::Cancel);
     add_ = buttons->addButton("&Add", QDialogButtonBox::AcceptRole);
     add_->setEnabled(false);
-    look->setDefault(true);  // Return looks; adding is asked for apart
+    look_->setDefault(true);  // Return looks; adding is asked for apart
 
     auto* layout = new QGridLayout(this);
     layout->addWidget(where_label, 0, 0);
     layout->addWidget(where_, 0, 1);
-    layout->addWidget(look, 0, 2);
+    layout->addWidget(look_, 0, 2);
     layout->addWidget(found_, 1, 0, 1, 3);
     layout->addWidget(said_, 2, 0, 1, 3);
     layout->addWidget(buttons, 3, 0, 1, 3);
 
-    connect(look, &QPushButton::clicked, this, [this] { Look(); });
+    connect(look_, &QPushButton::clicked, this, [this] { Look(); });
     connect(found_, &QListWidget::itemChanged, this,
             [this] { add_->setEnabled(!Picked().empty()); });
     connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
-    // Asking the network takes a moment: the dialog shows first.
-    QTimer::singleShot(0, this, [this, &announced] {
-      QApplication::setOverrideCursor(Qt::WaitCursor);
-      for (const std::string& server : announced()) {
-        const QString name = QString::fromStdString(server);
-        // Server names are the same whatever their case ("\\ANN-PC", as NetBIOS says it).
-        if (where_->findText(name, Qt::MatchFixedString) < 0) where_->addItem(name);
-      }
-      QApplication::restoreOverrideCursor();
+    // Asking the network takes a moment: the servers are offered as they come.
+    Busy(+1);
+    asking_ = std::jthread([this, &announced] {
+      to_dialog_.Post([this, servers = announced()] {
+        for (const std::string& server : servers) {
+          const QString name = QString::fromStdString(server);
+          // Server names are the same whatever their case ("\\ANN-PC", as NetBIOS says it).
+          if (where_->findText(name, Qt::MatchFixedString) < 0) where_->addItem(name);
+        }
+        Busy(-1);
+      });
     });
   }
 
@@ -82,16 +84,25 @@ class FindColleaguesDialog : public QDialog {
   }
 
  private:
-  // Lists the colleagues found where the person said, those not yet listed ticked.
+  // Looks where the person said, on a thread of its own: the dialog stays with the
+  // person meanwhile, and Look waits until the answer is shown.
   void Look() {
     const std::string where = where_->currentText().trimmed().toStdString();
     if (where.empty()) return;
     said_->setText("Looking in " + QString::fromStdString(where) + "...");
-    QApplication::setOverrideCursor(Qt::WaitCursor);
-    QApplication::processEvents();
-    const FoundUsers found = find_(where);
-    QApplication::restoreOverrideCursor();
+    look_->setEnabled(false);
+    Busy(+1);
+    looking_ = std::jthread([this, where] {
+      to_dialog_.Post([this, where, found = find_(where)] {
+        Busy(-1);
+        look_->setEnabled(true);
+        Show(where, found);
+      });
+    });
+  }
 
+  // Lists the colleagues found in `where`, those not yet listed ticked.
+  void Show(const std::string& where, const FoundUsers& found) {
     const QSignalBlocker quiet(found_);
     found_->clear();
     for (const FoundUser& user : found.users) {
@@ -116,6 +127,16 @@ class FindColleaguesDialog : public QDialog {
     if (found.users.empty()) AskForAccountWhereRefused(found.trouble);
   }
 
+  // The pointer says that the network is being asked while anything is.
+  void Busy(int change) {
+    busy_ += change;
+    if (busy_ > 0) {
+      setCursor(Qt::BusyCursor);
+    } else {
+      unsetCursor();
+    }
+  }
+
   // A server that refused the account is asked with the one the person gives, if any.
   void AskForAccountWhereRefused(const std::string& trouble) {
     const std::optional<std::string> host = RefusingServer(trouble);
@@ -135,9 +156,16 @@ class FindColleaguesDialog : public QDialog {
   const AccountGiver& give_account_;
   const std::vector<std::string>& listed_;
   QComboBox* where_;
+  QPushButton* look_;
   QListWidget* found_;
   QLabel* said_;
   QPushButton* add_;
+  int busy_ = 0;  // questions to the network not yet answered
+  // What the threads found comes back through `to_dialog_`; a dialog closed while they
+  // ask waits for them as it goes.
+  QtTaskPoster to_dialog_;
+  std::jthread asking_;   // the servers on the network
+  std::jthread looking_;  // the last look
 };
 
 }  // namespace

@@ -18,6 +18,7 @@
 #include <QTest>
 #include <QTimer>
 #include <algorithm>
+#include <future>
 
 #include <gtest/gtest.h>
 
@@ -197,16 +198,14 @@ TEST(FindColleaguesDialogTest, AServerThatRefusesIsAskedWithAnAccountAndWhoIsFou
                        {"\\\\fileserver\\office\\ben", MakeUserRecord("Ben", 0, false)},
                        {"\\\\fileserver\\office\\cid", MakeUserRecord("Cid", 0, true)}}};
   };
-  bool announced_asked = false;
-  const ServerFinder announced = [&] {
-    announced_asked = true;
-    return std::vector<std::string>{"\\\\FILESERVER"};
+  const ServerFinder announced = [] {
+    return std::vector<std::string>{"\\\\FILESERVER", "\\\\OFFICEPC"};
   };
-  // Looks once the dialog shows, then closes it with Add, whatever the checks found.
+  // Looks once the servers are offered, then closes it with Add, whatever the checks found.
   const auto look = [&](QDialog* dialog) {
-    ASSERT_TRUE(QTest::qWaitFor([&] { return announced_asked; }));  // once it shows
     auto* where = dialog->findChild<QComboBox*>();
-    ASSERT_EQ(where->count(), 1);  // listed, and announced as NetBIOS says it: once
+    // Listed, and announced as NetBIOS says it: once.
+    ASSERT_TRUE(QTest::qWaitFor([&] { return where->count() == 2; })) << where->count();
     where->setCurrentIndex(0);
     QTimer asked;  // for the account, once the look has been refused
     QObject::connect(&asked, &QTimer::timeout, [&asked] {
@@ -218,9 +217,9 @@ TEST(FindColleaguesDialogTest, AServerThatRefusesIsAskedWithAnAccountAndWhoIsFou
     });
     asked.start(10);
     QTest::keyClick(where, Qt::Key_Return);  // looks, and again with the account
-    EXPECT_EQ(given, std::vector<std::string>{"fileserver anna"});
     auto* found = dialog->findChild<QListWidget*>();
-    ASSERT_EQ(found->count(), 3);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return found->count() == 3; }));
+    EXPECT_EQ(given, std::vector<std::string>{"fileserver anna"});
     EXPECT_TRUE(found->item(0)->text().startsWith("Ann (on)"));
     EXPECT_EQ(found->item(0)->checkState(), Qt::Checked);
     EXPECT_FALSE(found->item(1)->flags() & Qt::ItemIsEnabled);  // Ben is listed already
@@ -236,6 +235,33 @@ TEST(FindColleaguesDialogTest, AServerThatRefusesIsAskedWithAnAccountAndWhoIsFou
   const std::vector<std::string> picked =
       RunFindColleaguesDialog(nullptr, find, announced, give, {"\\\\fileserver\\office\\ben"});
   EXPECT_EQ(picked, std::vector<std::string>{"\\\\fileserver\\office\\ann"});
+}
+
+// A look that takes long leaves the dialog to the person: it says where it looks, and
+// Cancel closes it; what the look finds afterwards goes nowhere.
+TEST(FindColleaguesDialogTest, ALongLookLeavesTheDialogToThePerson) {
+  std::promise<void> answer;
+  const std::shared_future<void> answered = answer.get_future().share();
+  const ColleagueFinder find = [answered](const std::string&) {
+    answered.wait_for(10s);
+    return FoundUsers{{{"\\\\slow\\office\\ann", MakeUserRecord("Ann", 0, true)}}};
+  };
+  QTimer::singleShot(0, [&] {
+    auto* dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
+    ASSERT_NE(dialog, nullptr);
+    auto* where = dialog->findChild<QComboBox*>();
+    where->setEditText("\\\\slow");
+    QTest::keyClick(where, Qt::Key_Return);
+    const QList<QLabel*> labels = dialog->findChildren<QLabel*>();
+    EXPECT_TRUE(std::any_of(labels.begin(), labels.end(), [](const QLabel* label) {
+      return label->text() == "Looking in \\\\slow...";
+    }));
+    dialog->findChild<QDialogButtonBox*>()->button(QDialogButtonBox::Cancel)->click();
+    answer.set_value();
+  });
+  EXPECT_TRUE(
+      RunFindColleaguesDialog(nullptr, find, [] { return std::vector<std::string>{}; }, {}, {})
+          .empty());
 }
 
 }  // namespace

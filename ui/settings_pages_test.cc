@@ -263,6 +263,7 @@ TEST_F(SettingsPagesTest, TheUsersPageAddsFoldersTypedAndFound) {
       auto* where = find->findChild<QComboBox*>();
       where->setEditText("/srv/office");
       QTest::keyClick(where, Qt::Key_Return);  // looks
+      ASSERT_TRUE(QTest::qWaitFor([&] { return find->findChild<QListWidget*>()->count() > 0; }));
       find->accept();
     });
     Named<QPushButton>(page.get(), "Find on network…")->click();
