@@ -61,11 +61,14 @@ class FindColleaguesDialog : public QDialog {
     Busy(+1);
     asking_ = std::jthread([this, &announced] {
       to_dialog_.Post([this, servers = announced()] {
+        // The first server offered would take the place of what the person typed.
+        const QString typed = where_->currentText();
         for (const std::string& server : servers) {
           const QString name = QString::fromStdString(server);
           // Server names are the same whatever their case ("\\ANN-PC", as NetBIOS says it).
           if (where_->findText(name, Qt::MatchFixedString) < 0) where_->addItem(name);
         }
+        if (!typed.isEmpty()) where_->setEditText(typed);
         Busy(-1);
       });
     });
