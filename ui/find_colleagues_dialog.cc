@@ -36,6 +36,9 @@ class FindColleaguesDialog : public QDialog {
     auto* where_label = new QLabel("&Server or folder:");
     where_label->setBuddy(where_);
     look_ = new QPushButton("&Look");
+    look_everywhere_ = new QPushButton("Look in &all");
+    look_everywhere_->setToolTip("Looks in every server offered");
+    look_everywhere_->setEnabled(where_->count() > 0);
     found_ = new QListWidget;
     said_ = new QLabel("Name a server to look in each of its shares, or a share or folder.");
     said_->setWordWrap(true);
@@ -48,11 +51,13 @@ class FindColleaguesDialog : public QDialog {
     layout->addWidget(where_label, 0, 0);
     layout->addWidget(where_, 0, 1);
     layout->addWidget(look_, 0, 2);
-    layout->addWidget(found_, 1, 0, 1, 3);
-    layout->addWidget(said_, 2, 0, 1, 3);
-    layout->addWidget(buttons, 3, 0, 1, 3);
+    layout->addWidget(look_everywhere_, 0, 3);
+    layout->addWidget(found_, 1, 0, 1, 4);
+    layout->addWidget(said_, 2, 0, 1, 4);
+    layout->addWidget(buttons, 3, 0, 1, 4);
 
     connect(look_, &QPushButton::clicked, this, [this] { Look(); });
+    connect(look_everywhere_, &QPushButton::clicked, this, [this] { LookEverywhere(); });
     connect(found_, &QListWidget::itemChanged, this,
             [this] { add_->setEnabled(!Picked().empty()); });
     connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
@@ -69,6 +74,7 @@ class FindColleaguesDialog : public QDialog {
           if (where_->findText(name, Qt::MatchFixedString) < 0) where_->addItem(name);
         }
         if (!typed.isEmpty()) where_->setEditText(typed);
+        look_everywhere_->setEnabled(where_->count() > 0 && look_->isEnabled());
         Busy(-1);
       });
     });
@@ -88,46 +94,91 @@ class FindColleaguesDialog : public QDialog {
 
  private:
   // Looks where the person said, on a thread of its own: the dialog stays with the
-  // person meanwhile, and Look waits until the answer is shown.
+  // person meanwhile, and the Look buttons wait until the answer is shown.
   void Look() {
     const std::string where = where_->currentText().trimmed().toStdString();
     if (where.empty()) return;
     said_->setText("Looking in " + QString::fromStdString(where) + "...");
-    look_->setEnabled(false);
-    Busy(+1);
+    Looking(true);
     looking_ = std::jthread([this, where] {
       to_dialog_.Post([this, where, found = find_(where)] {
-        Busy(-1);
-        look_->setEnabled(true);
+        Looking(false);
         Show(where, found);
       });
     });
   }
 
+  // Looks in every server offered, one after another, listing the colleagues of each as
+  // they come; what kept a server from being looked in is said, not asked about.
+  void LookEverywhere() {
+    std::vector<std::string> servers;
+    for (int i = 0; i < where_->count(); ++i) servers.push_back(where_->itemText(i).toStdString());
+    const QString counted =
+        QString::number(servers.size()) + (servers.size() == 1 ? " server" : " servers");
+    said_->setText("Looking in " + counted + "...");
+    Clear();
+    Looking(true);
+    looking_ = std::jthread([this, servers, counted](std::stop_token closing) {
+      std::vector<std::string> trouble;
+      for (size_t i = 0; i < servers.size() && !closing.stop_requested(); ++i) {
+        const FoundUsers found = find_(servers[i]);
+        if (!found.trouble.empty()) trouble.push_back(found.trouble);
+        to_dialog_.Post([this, found, ended = i + 1 == servers.size(), counted, trouble] {
+          List(found.users);
+          if (!ended) return;
+          Looking(false);
+          QString said = (found_->count() > 0 ? QString::number(found_->count()) + " found in "
+                                              : QString("No colleagues found in ")) +
+                         counted;
+          for (const std::string& sentence : trouble)
+            said += ". " + QString::fromStdString(sentence);
+          said_->setText(said);
+        });
+      }
+    });
+  }
+
   // Lists the colleagues found in `where`, those not yet listed ticked.
   void Show(const std::string& where, const FoundUsers& found) {
-    const QSignalBlocker quiet(found_);
-    found_->clear();
-    for (const FoundUser& user : found.users) {
-      const bool listed = std::find(listed_.begin(), listed_.end(), user.folder) != listed_.end();
-      // "In your list" goes beside the name: after a long folder it would be out of sight.
-      const QString state =
-          QString(user.record.is_on() ? "on" : "off") + (listed ? ", in your list" : "");
-      auto* line = new QListWidgetItem(QString::fromStdString(user.record.Name()) + " (" + state +
-                                           ")  " + QString::fromStdString(user.folder),
-                                       found_);
-      line->setData(Qt::UserRole, QString::fromStdString(user.folder));
-      line->setFlags(listed ? Qt::ItemIsUserCheckable
-                            : Qt::ItemIsUserCheckable | Qt::ItemIsEnabled);
-      line->setCheckState(listed ? Qt::Unchecked : Qt::Checked);
-    }
+    Clear();
+    List(found.users);
     said_->setText(!found.users.empty() ? QString::number(found.users.size()) + " found"
                    : !found.trouble.empty()
                        ? QString::fromStdString(found.trouble)
                        : "No colleagues found in " + QString::fromStdString(where) +
                              " (no folder there holds a Parlavox user)");
-    add_->setEnabled(!Picked().empty());
     if (found.users.empty()) AskForAccountWhereRefused(found.trouble);
+  }
+
+  void Clear() {
+    found_->clear();
+    add_->setEnabled(false);
+  }
+
+  // Adds the colleagues to the list, those not yet listed ticked.
+  void List(const std::vector<FoundUser>& users) {
+    const QSignalBlocker quiet(found_);
+    for (const FoundUser& user : users) {
+      const QString folder = QString::fromStdString(user.folder);
+      const bool listed = std::find(listed_.begin(), listed_.end(), user.folder) != listed_.end();
+      // "In your list" goes beside the name: after a long folder it would be out of sight.
+      const QString state =
+          QString(user.record.is_on() ? "on" : "off") + (listed ? ", in your list" : "");
+      auto* line = new QListWidgetItem(
+          QString::fromStdString(user.record.Name()) + " (" + state + ")  " + folder, found_);
+      line->setData(Qt::UserRole, folder);
+      line->setFlags(listed ? Qt::ItemIsUserCheckable
+                            : Qt::ItemIsUserCheckable | Qt::ItemIsEnabled);
+      line->setCheckState(listed ? Qt::Unchecked : Qt::Checked);
+    }
+    add_->setEnabled(!Picked().empty());
+  }
+
+  // While a look runs, the Look buttons wait for it.
+  void Looking(bool looking) {
+    look_->setEnabled(!looking);
+    look_everywhere_->setEnabled(!looking && where_->count() > 0);
+    Busy(looking ? +1 : -1);
   }
 
   // The pointer says that the network is being asked while anything is.
@@ -160,6 +211,7 @@ class FindColleaguesDialog : public QDialog {
   const std::vector<std::string>& listed_;
   QComboBox* where_;
   QPushButton* look_;
+  QPushButton* look_everywhere_;
   QListWidget* found_;
   QLabel* said_;
   QPushButton* add_;
@@ -168,7 +220,7 @@ class FindColleaguesDialog : public QDialog {
   // ask waits for them as it goes.
   QtTaskPoster to_dialog_;
   std::jthread asking_;   // the servers on the network
-  std::jthread looking_;  // the last look
+  std::jthread looking_;  // the last look; a dialog closed asks it to stop
 };
 
 }  // namespace

@@ -22,10 +22,11 @@ using ServerFinder = std::function<std::vector<std::string>()>;
 // dialog shows, those `announced`, and picks among the colleagues found there; those
 // already listed are shown but can't be picked again. Where the server kept the look
 // from happening, it says why; where it refused the account, it asks for one ("Log on
-// to <host>"), gives it to `give_account` and looks again. Returns the folders picked
-// (none when cancelled). `find` and `announced` run on threads of their own, one look
-// at a time, while the dialog stays with the person; a dialog closed while they run
-// waits for them, at most the servers' time-outs.
+// to <host>"), gives it to `give_account` and looks again. "Look in all" looks in every
+// server offered, one after another, and says what kept any of them out without asking.
+// Returns the folders picked (none when cancelled). `find` and `announced` run on
+// threads of their own, one look at a time, while the dialog stays with the person; a
+// dialog closed while they run waits for the server being asked, at most its time-out.
 std::vector<std::string> RunFindColleaguesDialog(QWidget* owner, const ColleagueFinder& find,
                                                  const ServerFinder& announced,
                                                  const AccountGiver& give_account,

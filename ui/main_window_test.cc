@@ -237,6 +237,43 @@ TEST(FindColleaguesDialogTest, AServerThatRefusesIsAskedWithAnAccountAndWhoIsFou
   EXPECT_EQ(picked, std::vector<std::string>{"\\\\fileserver\\office\\ann"});
 }
 
+// "Look in all" lists the colleagues of every server offered, and says which server it
+// could not look in and why, without asking.
+TEST(FindColleaguesDialogTest, LookInAllListsTheColleaguesOfEveryServerOffered) {
+  const ColleagueFinder find = [](const std::string& where) {
+    if (where == "\\\\OFFICEPC") return FoundUsers{{}, "Server OFFICEPC does not answer"};
+    return FoundUsers{{{where + "\\parlavox", MakeUserRecord(where.substr(2), 0, true)}}};
+  };
+  const ServerFinder announced = [] {
+    return std::vector<std::string>{"\\\\BEN-PC", "\\\\OFFICEPC"};
+  };
+  QTimer::singleShot(0, [&] {
+    auto* dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
+    ASSERT_NE(dialog, nullptr);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return dialog->findChild<QComboBox*>()->count() == 3; }));
+    QPushButton* look_in_all = nullptr;
+    for (QPushButton* button : dialog->findChildren<QPushButton*>()) {
+      if (button->text() == "Look in &all") look_in_all = button;
+    }
+    ASSERT_NE(look_in_all, nullptr);
+    look_in_all->click();
+    const QList<QLabel*> labels = dialog->findChildren<QLabel*>();
+    const auto said = [&](const QString& text) {
+      return std::any_of(labels.begin(), labels.end(),
+                         [&](const QLabel* label) { return label->text() == text; });
+    };
+    EXPECT_TRUE(QTest::qWaitFor(
+        [&] { return said("2 found in 3 servers. Server OFFICEPC does not answer"); }));
+    auto* found = dialog->findChild<QListWidget*>();
+    ASSERT_EQ(found->count(), 2);
+    EXPECT_TRUE(found->item(0)->text().startsWith("ann-pc (on, in your list)"));
+    EXPECT_TRUE(found->item(1)->text().startsWith("BEN-PC (on)"));
+    dialog->accept();
+  });
+  EXPECT_EQ(RunFindColleaguesDialog(nullptr, find, announced, {}, {"\\\\ann-pc\\parlavox"}),
+            std::vector<std::string>{"\\\\BEN-PC\\parlavox"});
+}
+
 // A slow network leaves the dialog to the person: the servers offered come in as they
 // answer, without taking the place of what the person typed meanwhile; a look says where
 // it looks, and Cancel closes the dialog; what the look finds afterwards goes nowhere.
