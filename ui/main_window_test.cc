@@ -16,14 +16,13 @@
 #include <QMenuBar>
 #include <QPushButton>
 #include <QTest>
-#include <QTimer>
-#include <algorithm>
 #include <future>
 
 #include <gtest/gtest.h>
 
 #include "core/intercom_bench_test_util.h"
 #include "ui/find_colleagues_dialog.h"
+#include "ui/widget_test_util.h"
 #include "words/server_trouble.h"
 
 namespace parlavox {
@@ -40,13 +39,7 @@ class MainWindowTest : public IntercomBench {
   }
 
   QListWidget* Users() { return window_.findChild<QListWidget*>(); }
-  QPushButton* Button(const QString& text) {
-    for (QPushButton* button : window_.findChildren<QPushButton*>()) {
-      if (button->text() == text) return button;
-    }
-    ADD_FAILURE() << "no button " << text.toStdString();
-    return new QPushButton(&window_);
-  }
+  QPushButton* Button(const QString& text) { return Named<QPushButton>(&window_, text); }
 
   struct Given {
     std::string host;
@@ -77,15 +70,12 @@ TEST_F(MainWindowTest, ShowsTheUsersTheirStateAndTheStatusLine) {
   EXPECT_FALSE(users->item(2)->toolTip().isEmpty());
 
   intercom_.ShowStatus("Server fileserver does not answer");
-  const QList<QLabel*> labels = window_.findChildren<QLabel*>();
-  const auto status = std::find_if(labels.begin(), labels.end(), [](const QLabel* label) {
-    return label->text() == "Server fileserver does not answer";
-  });
-  ASSERT_NE(status, labels.end());
-  EXPECT_TRUE((*status)->toolTip().contains((*status)->text()));  // whole, where it is cut
-  clock_.Advance(std::chrono::seconds(13));  // an idle text follows, without one
-  EXPECT_NE((*status)->text(), "Server fileserver does not answer");
-  EXPECT_EQ((*status)->toolTip(), "");
+  QLabel* status = Reading<QLabel>(&window_, "Server fileserver does not answer");
+  ASSERT_NE(status, nullptr);
+  EXPECT_TRUE(status->toolTip().contains(status->text()));  // whole, where it is cut
+  clock_.Advance(std::chrono::seconds(13));                 // an idle text follows, without one
+  EXPECT_NE(status->text(), "Server fileserver does not answer");
+  EXPECT_EQ(status->toolTip(), "");
 }
 
 TEST_F(MainWindowTest, F5HeldCallsTheSelectedUserAndLettingGoEndsTheCall) {
@@ -202,20 +192,15 @@ TEST(FindColleaguesDialogTest, AServerThatRefusesIsAskedWithAnAccountAndWhoIsFou
     return std::vector<std::string>{"\\\\FILESERVER", "\\\\OFFICEPC"};
   };
   // Looks once the servers are offered, then closes it with Add, whatever the checks found.
-  const auto look = [&](QDialog* dialog) {
+  Answer("Find on network", [&](QDialog* dialog) {
     auto* where = dialog->findChild<QComboBox*>();
     // Listed, and announced as NetBIOS says it: once.
     ASSERT_TRUE(QTest::qWaitFor([&] { return where->count() == 2; })) << where->count();
     where->setCurrentIndex(0);
-    QTimer asked;  // for the account, once the look has been refused
-    QObject::connect(&asked, &QTimer::timeout, [&asked] {
-      auto* ask = qobject_cast<QDialog*>(QApplication::activeModalWidget());
-      if (ask == nullptr || ask->windowTitle() != "Log on to fileserver") return;
-      asked.stop();
+    Answer("Log on to fileserver", [](QDialog* ask) {  // once the look has been refused
       QTest::keyClicks(ask->findChild<QLineEdit*>("username"), "anna");
       ask->findChild<QDialogButtonBox*>()->button(QDialogButtonBox::Ok)->click();
     });
-    asked.start(10);
     QTest::keyClick(where, Qt::Key_Return);  // looks, and again with the account
     auto* found = dialog->findChild<QListWidget*>();
     ASSERT_TRUE(QTest::qWaitFor([&] { return found->count() == 3; }));
@@ -225,11 +210,6 @@ TEST(FindColleaguesDialogTest, AServerThatRefusesIsAskedWithAnAccountAndWhoIsFou
     EXPECT_FALSE(found->item(1)->flags() & Qt::ItemIsEnabled);  // Ben is listed already
     EXPECT_TRUE(found->item(1)->text().startsWith("Ben (off, in your list)"));
     found->item(2)->setCheckState(Qt::Unchecked);  // Cid is left out
-  };
-  QTimer::singleShot(0, [&] {
-    auto* dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
-    ASSERT_NE(dialog, nullptr);
-    look(dialog);
     dialog->accept();
   });
   const std::vector<std::string> picked =
@@ -247,23 +227,12 @@ TEST(FindColleaguesDialogTest, LookInAllListsTheColleaguesOfEveryServerOffered) 
   const ServerFinder announced = [] {
     return std::vector<std::string>{"\\\\BEN-PC", "\\\\OFFICEPC"};
   };
-  QTimer::singleShot(0, [&] {
-    auto* dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
-    ASSERT_NE(dialog, nullptr);
+  Answer("Find on network", [&](QDialog* dialog) {
     ASSERT_TRUE(QTest::qWaitFor([&] { return dialog->findChild<QComboBox*>()->count() == 3; }));
-    QPushButton* look_in_all = nullptr;
-    for (QPushButton* button : dialog->findChildren<QPushButton*>()) {
-      if (button->text() == "Look in &all") look_in_all = button;
-    }
-    ASSERT_NE(look_in_all, nullptr);
-    look_in_all->click();
-    const QList<QLabel*> labels = dialog->findChildren<QLabel*>();
-    const auto said = [&](const QString& text) {
-      return std::any_of(labels.begin(), labels.end(),
-                         [&](const QLabel* label) { return label->text() == text; });
-    };
-    EXPECT_TRUE(QTest::qWaitFor(
-        [&] { return said("2 found in 3 servers. Server OFFICEPC does not answer"); }));
+    Named<QPushButton>(dialog, "Look in &all")->click();
+    EXPECT_TRUE(QTest::qWaitFor([&] {
+      return Reading<QLabel>(dialog, "2 found in 3 servers. Server OFFICEPC does not answer");
+    }));
     auto* found = dialog->findChild<QListWidget*>();
     ASSERT_EQ(found->count(), 2);
     EXPECT_TRUE(found->item(0)->text().startsWith("ann-pc (on, in your list)"));
@@ -289,19 +258,14 @@ TEST(FindColleaguesDialogTest, ASlowNetworkLeavesTheDialogToThePerson) {
     answered.wait_for(10s);
     return FoundUsers{{{"\\\\slow\\office\\ann", MakeUserRecord("Ann", 0, true)}}};
   };
-  QTimer::singleShot(0, [&] {
-    auto* dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
-    ASSERT_NE(dialog, nullptr);
+  Answer("Find on network", [&](QDialog* dialog) {
     auto* where = dialog->findChild<QComboBox*>();
     QTest::keyClicks(where, "\\\\slow");
     offer.set_value();
     EXPECT_TRUE(QTest::qWaitFor([&] { return where->count() == 1; }));
     EXPECT_EQ(where->currentText(), "\\\\slow");
     QTest::keyClick(where, Qt::Key_Return);
-    const QList<QLabel*> labels = dialog->findChildren<QLabel*>();
-    EXPECT_TRUE(std::any_of(labels.begin(), labels.end(), [](const QLabel* label) {
-      return label->text() == "Looking in \\\\slow...";
-    }));
+    EXPECT_NE(Reading<QLabel>(dialog, "Looking in \\\\slow..."), nullptr);
     dialog->findChild<QDialogButtonBox*>()->button(QDialogButtonBox::Cancel)->click();
     answer.set_value();
   });

@@ -17,8 +17,6 @@
 #include <QScreen>
 #include <QScrollArea>
 #include <QTest>
-#include <QTimer>
-#include <algorithm>
 #include <map>
 
 #include <gtest/gtest.h>
@@ -30,6 +28,7 @@
 #include "ui/device_lists.h"
 #include "ui/key_dialogs.h"
 #include "ui/settings_sheet.h"
+#include "ui/widget_test_util.h"
 
 namespace parlavox {
 namespace {
@@ -38,30 +37,6 @@ class SettingsPagesTest : public ScratchSettingsTest {
  protected:
   std::string Value(const std::string& key, std::string_view section = kKeysSection) {
     return settings_.FindText(section, key).value_or("<missing>");
-  }
-  template <typename Widget>
-  static Widget* Named(const QWidget* page, const QString& text) {
-    for (Widget* widget : page->findChildren<Widget*>()) {
-      if (widget->text() == text) return widget;
-    }
-    ADD_FAILURE() << "no " << text.toStdString();
-    return nullptr;
-  }
-  // Does `steps` in the dialog titled `title` once it shows; it must close it.
-  static void Answer(const QString& title, std::function<void(QDialog*)> steps) {
-    auto* timer = new QTimer;
-    QObject::connect(timer, &QTimer::timeout, [timer, title, steps = std::move(steps)] {
-      auto* dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
-      if (dialog == nullptr || dialog->windowTitle() != title) return;
-      timer->deleteLater();
-      timer->stop();
-      steps(dialog);
-      if (dialog->isVisible()) {  // rather than hang the test
-        ADD_FAILURE() << title.toStdString() << " is still open";
-        dialog->reject();
-      }
-    });
-    timer->start(10);
   }
   UsersCache users_{settings_};
   KeyAssignments keys_{settings_, users_};
@@ -105,12 +80,8 @@ TEST_F(SettingsPagesTest, AKeyIsWrittenAsItIsPressedAndCanBePressedAnewWhereTheC
   Answer("Select Command", [](QDialog* select_command) {
     Answer("Press Key",
            [](QDialog* press_key) { QTest::keyClick(press_key, Qt::Key_F6, Qt::ShiftModifier); });
-    for (QPushButton* button : select_command->findChildren<QPushButton*>()) {
-      if (button->text() == "Change Key") button->click();
-    }
-    const QList<QLabel*> labels = select_command->findChildren<QLabel*>();
-    EXPECT_TRUE(std::any_of(labels.begin(), labels.end(),
-                            [](const QLabel* label) { return label->text() == "Shift+F6"; }));
+    Named<QPushButton>(select_command, "Change Key")->click();
+    EXPECT_NE(Reading<QLabel>(select_command, "Shift+F6"), nullptr);
     select_command->findChild<QComboBox*>()->setCurrentIndex(0);
     select_command->findChild<QDialogButtonBox*>()->button(QDialogButtonBox::Ok)->click();
   });
