@@ -80,6 +80,12 @@ class FindColleaguesDialog : public QDialog {
     });
   }
 
+  // Closed, the dialog asks a look that runs to stop after the server it asks.
+  void done(int result) override {
+    looking_.request_stop();
+    QDialog::done(result);
+  }
+
   // The folders of the colleagues ticked.
   std::vector<std::string> Picked() const {
     std::vector<std::string> picked;
@@ -220,7 +226,7 @@ class FindColleaguesDialog : public QDialog {
   // ask waits for them as it goes.
   QtTaskPoster to_dialog_;
   std::jthread asking_;   // the servers on the network
-  std::jthread looking_;  // the last look; a dialog closed asks it to stop
+  std::jthread looking_;  // the last look
 };
 
 }  // namespace

@@ -16,7 +16,9 @@
 #include <QMenuBar>
 #include <QPushButton>
 #include <QTest>
+#include <atomic>
 #include <future>
+#include <semaphore>
 
 #include <gtest/gtest.h>
 
@@ -245,31 +247,49 @@ TEST(FindColleaguesDialogTest, LookInAllListsTheColleaguesOfEveryServerOffered) 
 
 // A slow network leaves the dialog to the person: the servers offered come in as they
 // answer, without taking the place of what the person typed meanwhile; a look says where
-// it looks, and Cancel closes the dialog; what the look finds afterwards goes nowhere.
+// it looks, and Cancel closes the dialog; what the look finds afterwards goes nowhere,
+// and a "Look in all" asks no server after the one it was asking.
 TEST(FindColleaguesDialogTest, ASlowNetworkLeavesTheDialogToThePerson) {
-  std::promise<void> offer, answer;
-  const std::shared_future<void> offered = offer.get_future().share(),
-                                 answered = answer.get_future().share();
+  std::promise<void> offer;
+  const std::shared_future<void> offered = offer.get_future().share();
   const ServerFinder announced = [offered] {
     offered.wait_for(10s);
-    return std::vector<std::string>{"\\\\FILESERVER"};
+    return std::vector<std::string>{"\\\\FILESERVER", "\\\\OFFICEPC"};
   };
-  const ColleagueFinder find = [answered](const std::string&) {
-    answered.wait_for(10s);
-    return FoundUsers{{{"\\\\slow\\office\\ann", MakeUserRecord("Ann", 0, true)}}};
+  std::counting_semaphore<> answers(0);  // one a look
+  std::vector<std::string> asked;        // read once the looks are over
+  std::atomic<size_t> asking = 0;
+  const ColleagueFinder find = [&](const std::string& where) {
+    asked.push_back(where);
+    ++asking;
+    answers.try_acquire_for(10s);
+    return FoundUsers{{{where + "\\office\\ann", MakeUserRecord("Ann", 0, true)}}};
+  };
+  const auto cancel_while_looking = [&](QDialog* dialog, const QString& looking, size_t asked) {
+    EXPECT_NE(Reading<QLabel>(dialog, looking), nullptr);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return asking == asked; }));
+    dialog->findChild<QDialogButtonBox*>()->button(QDialogButtonBox::Cancel)->click();
+    answers.release();
   };
   Answer("Find on network", [&](QDialog* dialog) {
     auto* where = dialog->findChild<QComboBox*>();
     QTest::keyClicks(where, "\\\\slow");
     offer.set_value();
-    EXPECT_TRUE(QTest::qWaitFor([&] { return where->count() == 1; }));
+    EXPECT_TRUE(QTest::qWaitFor([&] { return where->count() == 2; }));
     EXPECT_EQ(where->currentText(), "\\\\slow");
     QTest::keyClick(where, Qt::Key_Return);
-    EXPECT_NE(Reading<QLabel>(dialog, "Looking in \\\\slow..."), nullptr);
-    dialog->findChild<QDialogButtonBox*>()->button(QDialogButtonBox::Cancel)->click();
-    answer.set_value();
+    cancel_while_looking(dialog, "Looking in \\\\slow...", 1);
   });
   EXPECT_TRUE(RunFindColleaguesDialog(nullptr, find, announced, {}, {}).empty());
+
+  Answer("Find on network", [&](QDialog* dialog) {
+    auto* look_in_all = Named<QPushButton>(dialog, "Look in &all");
+    ASSERT_TRUE(QTest::qWaitFor([&] { return look_in_all->isEnabled(); }));
+    look_in_all->click();
+    cancel_while_looking(dialog, "Looking in 2 servers...", 2);
+  });
+  EXPECT_TRUE(RunFindColleaguesDialog(nullptr, find, announced, {}, {}).empty());
+  EXPECT_EQ(asked, (std::vector<std::string>{"\\\\slow", "\\\\FILESERVER"}));
 }
 
 }  // namespace
