@@ -36,7 +36,7 @@ class FindColleaguesDialog : public QDialog {
     auto* where_label = new QLabel("&Server or folder:");
     where_label->setBuddy(where_);
     look_ = new QPushButton("&Look");
-    look_everywhere_ = new QPushButton("Look in &all");
+    look_everywhere_ = new QPushButton("Look &in all");
     look_everywhere_->setToolTip("Looks in every server offered");
     look_everywhere_->setEnabled(where_->count() > 0);
     found_ = new QListWidget;

@@ -231,7 +231,7 @@ TEST(FindColleaguesDialogTest, LookInAllListsTheColleaguesOfEveryServerOffered) 
   };
   Answer("Find on network", [&](QDialog* dialog) {
     ASSERT_TRUE(QTest::qWaitFor([&] { return dialog->findChild<QComboBox*>()->count() == 3; }));
-    Named<QPushButton>(dialog, "Look in &all")->click();
+    Named<QPushButton>(dialog, "Look &in all")->click();
     EXPECT_TRUE(QTest::qWaitFor([&] {
       return Reading<QLabel>(dialog, "2 found in 3 servers. Server OFFICEPC does not answer");
     }));
@@ -283,7 +283,7 @@ TEST(FindColleaguesDialogTest, ASlowNetworkLeavesTheDialogToThePerson) {
   EXPECT_TRUE(RunFindColleaguesDialog(nullptr, find, announced, {}, {}).empty());
 
   Answer("Find on network", [&](QDialog* dialog) {
-    auto* look_in_all = Named<QPushButton>(dialog, "Look in &all");
+    auto* look_in_all = Named<QPushButton>(dialog, "Look &in all");
     ASSERT_TRUE(QTest::qWaitFor([&] { return look_in_all->isEnabled(); }));
     look_in_all->click();
     cancel_while_looking(dialog, "Looking in 2 servers...", 2);
