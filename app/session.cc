@@ -44,7 +44,10 @@ Session::Session(QCoreApplication& application, SettingsFile& settings, Intercom
         // The asker hears its answer before the copy goes.
         AnswerControlRequest(
             request, intercom_,
-            [this] { QMetaObject::invokeMethod(&application_, quit_, Qt::QueuedConnection); },
+            [this] {
+              ending_ = true;
+              QMetaObject::invokeMethod(&application_, quit_, Qt::QueuedConnection);
+            },
             std::move(reply));
       }) {}
 
@@ -58,6 +61,9 @@ void Session::RunSettings(const std::function<void()>& sheet) {
   if (hot_keys_) hot_keys_->Unregister();
   intercom_.BeginSettings();
   sheet();
+  // A sheet closed because the program ends leaves the intercom resting until it ends:
+  // started again, it would show the person on for a moment and wait for its workers.
+  if (ending_) return;
   intercom_.EndSettings();
   if (hot_keys_) hot_keys_->Register();
   if (settings_.inward_folder() != inward_folder) SayWhereColleaguesAreKeptOut();
@@ -94,10 +100,11 @@ int Session::Run(const sigset_t& termination, const std::function<void()>& start
 
   const int signal_fd = signalfd(-1, &termination, SFD_CLOEXEC | SFD_NONBLOCK);
   QSocketNotifier signal_notifier(signal_fd, QSocketNotifier::Read);
-  QObject::connect(&signal_notifier, &QSocketNotifier::activated, [signal_fd] {
+  QObject::connect(&signal_notifier, &QSocketNotifier::activated, [this, signal_fd] {
     signalfd_siginfo info;
     while (read(signal_fd, &info, sizeof info) == sizeof info) {
     }
+    ending_ = true;
     // exit, not quit: quit would first ask the windows whether they may close.
     QCoreApplication::exit(0);
   });

@@ -54,8 +54,9 @@ class Session {
   Intercom& intercom() { return intercom_; }
   Clock& clock() { return clock_; }
   // Runs `sheet`, the settings sheet, as the Settings command does: the hot keys are
-  // let go and the intercom rests while it is open, and all is taken up anew after. An
-  // inward folder moved to one that keeps colleagues out is said with the fix.
+  // let go and the intercom rests while it is open, and all is taken up anew after,
+  // unless the program is ending meanwhile. An inward folder moved to one that keeps
+  // colleagues out is said with the fix.
   void RunSettings(const std::function<void()>& sheet);
 
   // An account the person typed for `host` after it refused: used from the next poll on
@@ -124,6 +125,7 @@ class Session {
   std::optional<HotKeyBinder> hot_keys_;
   std::optional<LogindSleep> sleep_;
   std::function<void()> quit_;
+  bool ending_ = false;  // asked to end; the loop has yet to stop
   ControlServer control_;
 };
 

@@ -139,6 +139,20 @@ TEST_F(SettingsTest, ANewPersonPicksDevicesStartsAtLoginMovesTheFolderAndAddsCol
   const auto loud =
       std::count_if(heard.begin(), heard.end(), [](int16_t s) { return std::abs(s) > 500; });
   EXPECT_GT(loud, 11025 / 2) << heard.size() << " samples heard";
+
+  // Ended while the sheet is open (--quit, as a logout's SIGTERM), it is not turned on
+  // again on its way out: once the sheet opened, others see it off until it has gone.
+  OpenSettings();
+  const auto times_on = [this] {
+    const std::string log = copy_.log();
+    size_t times = 0;
+    for (size_t at = 0; (at = log.find("intercom on\n", at)) != std::string::npos; ++at) ++times;
+    return times;
+  };
+  const size_t on_before = times_on();
+  ASSERT_EQ(copy_.Control({"--quit"}).first, 0);
+  EXPECT_EQ(copy_.process().WaitForExit(10s), 0) << copy_.log();
+  EXPECT_EQ(times_on(), on_before) << copy_.log();
 }
 
 // Sharing is refused while a folder above the inward folder keeps guests out, and made
