@@ -150,6 +150,12 @@ void MainWindow::Begin(StartedAs started_as) {
 void MainWindow::CloseWithoutAsking() {
   stop_guard_.DontAsk();
   close();
+  if (ending_) return;
+  // The window was asking whether to go on in the background: Qt passes over a close
+  // while one is under way. Ending the event loops ends that question and the program.
+  ending_ = true;
+  splash_.Close();
+  QCoreApplication::exit(0);
 }
 
 void MainWindow::OpenHelpAt(int topic) {

@@ -197,8 +197,11 @@ TEST_F(WindowTest, ClosingAsksWhetherToGoOnInTheBackgroundAndEveryEndPublishesIt
   EXPECT_EQ(copy_.process().WaitForExit(10s), 0) << copy_.log();
   EXPECT_FALSE(copy_.OwnRecord().is_on());
 
-  // --quit, and the desktop session ending (SIGTERM), end it without the question.
+  // --quit, and the desktop session ending (SIGTERM), end it without the question, also
+  // while the question is open.
   StartWindow();
+  Keys("key alt+F4");
+  ASSERT_TRUE(Eventually([&] { return desktop_.VisibleWindow("Confirm Stop"); }));
   EXPECT_EQ(copy_.Control({"--quit"}).first, 0);
   EXPECT_EQ(copy_.process().WaitForExit(10s), 0);
   EXPECT_FALSE(copy_.OwnRecord().is_on());
