@@ -89,7 +89,7 @@ void Intercom::EndSettings() {
   unreached_.clear();  // the list may have changed: the first poll tells again
   own_.Load();
   view_.ShowIdentity(own_.record());
-  own_.set_on(on_before_settings_);
+  own_.set_on(std::exchange(on_before_settings_, std::nullopt).value_or(own_.is_on()));
   ApplyOnOffState();
   StartWorkers();
 }
@@ -125,13 +125,12 @@ void Intercom::End() {
   status_.Stop();
 }
 
-void Intercom::TurnOn() {
-  own_.set_on(true);
-  ApplyOnOffState();
-}
-
-void Intercom::TurnOff() {
-  own_.set_on(false);
+void Intercom::Turn(bool on) {
+  if (on_before_settings_) {
+    on_before_settings_ = on;
+    return;
+  }
+  own_.set_on(on);
   ApplyOnOffState();
 }
 

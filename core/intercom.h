@@ -81,8 +81,9 @@ class Intercom {
   // Shutdown: publishes the intercom as off and stops workers, playback and calls.
   void End();
 
-  void TurnOn();
-  void TurnOff();
+  // While the settings sheet is open, what is asked is taken up when it closes.
+  void TurnOn() { Turn(true); }
+  void TurnOff() { Turn(false); }
   // Changes the own name, id or e-mail and publishes the record at once.
   void ChangeIdentity(const IdentityChange& change);
 
@@ -135,6 +136,7 @@ class Intercom {
 
  private:
   // Publishes the own record and shows the on/off state.
+  void Turn(bool on);
   void ApplyOnOffState();
   // Publishes the own record as it stands then, now and after each failure.
   void PublishUntilWritten();
@@ -159,8 +161,8 @@ class Intercom {
   Inbox inbox_;
   Calls calls_;
   PushToTalkHold hold_;
-  bool on_before_settings_ = true;
-  std::optional<bool> on_before_sleep_;  // while the machine sleeps
+  std::optional<bool> on_before_settings_;  // while the settings sheet is open
+  std::optional<bool> on_before_sleep_;     // while the machine sleeps
   std::unique_ptr<Timer> publish_again_;
   Lifetime lifetime_;
 };

@@ -153,6 +153,17 @@ TEST_F(IntercomTest, WhileTheSettingsAreOpenOrTheMachineSleepsOthersSeeThisUserO
   intercom_.BeginSettings();
   intercom_.EndSettings();
   EXPECT_FALSE(Published().is_on());
+  // Turned on or off meanwhile (from the command line), it stays off to others until
+  // the sheet closes, and then is as it was last asked to be.
+  intercom_.BeginSettings();
+  intercom_.TurnOn();
+  EXPECT_FALSE(Published().is_on());
+  intercom_.EndSettings();
+  EXPECT_TRUE(Published().is_on());
+  intercom_.BeginSettings();
+  intercom_.TurnOff();
+  intercom_.EndSettings();
+  EXPECT_FALSE(Published().is_on());
 
   // The machine sleeps, a call running: the call ends, and others see the user off until
   // it wakes, then as before; so too where the sheet was open meanwhile.
