@@ -135,8 +135,10 @@ class Intercom {
   const StatusLine& status_line() const { return status_; }
 
  private:
-  // Publishes the own record and shows the on/off state.
+  // Turns the intercom on or off, or, while the settings sheet is open, sets what it
+  // is to be once the sheet closes.
   void Turn(bool on);
+  // Publishes the own record and shows the on/off state.
   void ApplyOnOffState();
   // Publishes the own record as it stands then, now and after each failure.
   void PublishUntilWritten();
