@@ -148,11 +148,13 @@ void MainWindow::Begin(StartedAs started_as) {
 }
 
 void MainWindow::CloseWithoutAsking() {
-  stop_guard_.DontAsk();
+  // The loops end also where the window is asking whether to go on in the background,
+  // whose close is under way: Qt passes over a second close meanwhile.
+  EndForGood();
   close();
-  if (ending_) return;
-  // The window was asking whether to go on in the background: Qt passes over a close
-  // while one is under way. Ending the event loops ends that question and the program.
+}
+
+void MainWindow::EndForGood() {
   ending_ = true;
   splash_.Close();
   QCoreApplication::exit(0);
@@ -223,10 +225,8 @@ void MainWindow::closeEvent(QCloseEvent* event) {
       event->ignore();
       return;
     case StopGuard::Outcome::kEnd:
-      ending_ = true;
-      splash_.Close();
       event->accept();
-      QCoreApplication::exit(0);  // the session ends the intercom
+      EndForGood();
       return;
   }
 }

@@ -77,6 +77,8 @@ class MainWindow : public QMainWindow, public IntercomView {
   QWidget* BuildFace();
   void OpenHelpAt(int topic);
   StopGuard::Answer AskBeforeStopping();
+  // The window goes for good and the event loops end; the session ends the intercom.
+  void EndForGood();
 
   Intercom& intercom_;
   WindowKeys keys_;
