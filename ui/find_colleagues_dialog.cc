@@ -126,21 +126,20 @@ class FindColleaguesDialog : public QDialog {
     Looking(true);
     looking_ = std::jthread([this, servers, counted](std::stop_token closing) {
       std::vector<std::string> trouble;
-      for (size_t i = 0; i < servers.size() && !closing.stop_requested(); ++i) {
-        const FoundUsers found = find_(servers[i]);
+      for (const std::string& server : servers) {
+        if (closing.stop_requested()) return;
+        FoundUsers found = find_(server);
         if (!found.trouble.empty()) trouble.push_back(found.trouble);
-        to_dialog_.Post([this, found, ended = i + 1 == servers.size(), counted, trouble] {
-          List(found.users);
-          if (!ended) return;
-          Looking(false);
-          QString said = (found_->count() > 0 ? QString::number(found_->count()) + " found in "
-                                              : QString("No colleagues found in ")) +
-                         counted;
-          for (const std::string& sentence : trouble)
-            said += ". " + QString::fromStdString(sentence);
-          said_->setText(said);
-        });
+        to_dialog_.Post([this, users = std::move(found.users)] { List(users); });
       }
+      to_dialog_.Post([this, counted, trouble] {
+        Looking(false);
+        QString said = (found_->count() > 0 ? QString::number(found_->count()) + " found in "
+                                            : QString("No colleagues found in ")) +
+                       counted;
+        for (const std::string& sentence : trouble) said += ". " + QString::fromStdString(sentence);
+        said_->setText(said);
+      });
     });
   }
 
