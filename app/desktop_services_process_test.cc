@@ -94,8 +94,10 @@ class DesktopServicesTest : public testing::Test {
   bool Recording() const { return copy_.Status()["recording"].toBool(); }
 
   // Whether the copy's log (its status texts among them) says `text` within `limit`.
-  bool LogSays(const std::string& text, std::chrono::milliseconds limit) const {
-    return Eventually([&] { return copy_.log().find(text) != std::string::npos; }, limit);
+  // Whether the copy's log says `text` within 15 s: the program answers at once, but a
+  // busy machine running it under ThreadSanitizer has held it up for more than 5 s.
+  bool LogSays(const std::string& text) const {
+    return Eventually([&] { return copy_.log().find(text) != std::string::npos; }, 15s);
   }
 
   void WaitForBinding() {
@@ -145,7 +147,7 @@ TEST_F(DesktopServicesTest,
   ASSERT_TRUE(Eventually([&] { return MessageSize() > 46 + 441 * 2; }, 5s)) << copy_.log();
   TellStandIn("vanish");
   ASSERT_TRUE(Eventually([&] { return !Recording(); }, 5s));
-  EXPECT_TRUE(LogSays("No hot keys: the desktop portal has gone", 5s)) << copy_.log();
+  EXPECT_TRUE(LogSays("No hot keys: the desktop portal has gone")) << copy_.log();
   const std::string bytes = FileText(Message());
   EXPECT_GT(bytes.size(), 46u);
   EXPECT_TRUE(IsFinishedMessage(bytes)) << bytes.size() << " bytes";
@@ -188,7 +190,7 @@ TEST_F(DesktopServicesTest, APortalThatNeverAnswersRefusesOrHasNoShortcutsLeaves
   ASSERT_TRUE(Eventually(
       [&] { return FileText(stand_in_said_).find("session /") != std::string::npos; }, 5s))
       << FileText(stand_in_said_);
-  ASSERT_TRUE(LogSays("No hot keys: the desktop portal did not answer", 15s)) << copy_.log();
+  ASSERT_TRUE(LogSays("No hot keys: the desktop portal did not answer")) << copy_.log();
   EXPECT_GE(std::chrono::steady_clock::now() - started,
             4500ms);  // coarse timers fire a little early
   EXPECT_FALSE(StandInSaid("bind key0|Call: Ann|CTRL+ALT+F9"));  // nothing bound without a session
@@ -198,14 +200,14 @@ TEST_F(DesktopServicesTest, APortalThatNeverAnswersRefusesOrHasNoShortcutsLeaves
 
   StartCopy();
   WaitForBinding();
-  EXPECT_TRUE(LogSays("No hot keys: the desktop did not bind the shortcuts", 5s)) << copy_.log();
+  EXPECT_TRUE(LogSays("No hot keys: the desktop did not bind the shortcuts")) << copy_.log();
   QuitCopy();
   EXPECT_TRUE(StandInSaid("closed")) << FileText(stand_in_said_);  // the session, on the way out
   ReplacePortal({"--without-shortcuts"});
 
   // A desktop whose portal has no global shortcuts is as one without a portal.
   StartCopy();
-  EXPECT_TRUE(LogSays("No hot keys: the desktop offers no shortcuts portal", 5s)) << copy_.log();
+  EXPECT_TRUE(LogSays("No hot keys: the desktop offers no shortcuts portal")) << copy_.log();
 }
 
 }  // namespace
